@@ -1,0 +1,43 @@
+#include "Platform/Gestalt.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <vector>
+
+using namespace platform;
+
+TEST(Gestalt, releaseNumbersComeFromTheEnvironment) {
+    struct Case {
+        const char* set;
+        std::vector<int> release; // empty: unknown
+    };
+    for (const Case& c : {
+             Case{nullptr, {10, 9, 0}},
+             Case{"10.6.8", {10, 6, 8}},
+             Case{"10.10", {10, 10, 0}},
+             Case{"11", {11, 0, 0}},
+             Case{"", {}},
+             Case{"ten", {}},
+             Case{"10.", {}},
+             Case{"10.-1", {}},
+             Case{"10.9.0.1", {}},
+             Case{"10.99999999999", {}},
+         }) {
+        SCOPED_TRACE(c.set != nullptr ? c.set : "(unset)");
+        c.set != nullptr ? setenv("ORVAN_SYSTEM_RELEASE", c.set, 1) : unsetenv("ORVAN_SYSTEM_RELEASE");
+        std::vector<int> release;
+        for (const auto selector :
+            {kGestaltSystemVersionMajor, kGestaltSystemVersionMinor, kGestaltSystemVersionBugFix}) {
+            std::int32_t answer = -7;
+            if (Gestalt(selector, &answer) == 0)
+                release.push_back(answer);
+            else
+                EXPECT_EQ(answer, -7) << "an unanswered query leaves the value alone";
+        }
+        EXPECT_EQ(release, c.release);
+    }
+    std::int32_t packed = 0;
+    EXPECT_EQ(Gestalt(kGestaltSystemVersion, &packed), kGestaltUndefinedSelector);
+    unsetenv("ORVAN_SYSTEM_RELEASE");
+}

@@ -1,0 +1,21 @@
+# The build tree has the layout of the installed tree, so that every program finds its companions in
+# the same way in both: programs in bin/, the plug-in bundle and the dialog's host in lib/orvan/.
+set(ORVAN_PRIVATE_DIR lib/orvan)
+set(ORVAN_BUNDLE_DIR ${ORVAN_PRIVATE_DIR}/OrvanPaperOptions.plugin)
+set(ORVAN_GTK_MODULE_DIR ${CMAKE_INSTALL_LIBDIR}/gtk-3.0/modules)
+
+add_library(OrvanFlags INTERFACE)
+target_compile_options(OrvanFlags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(ORVAN_SANITIZE)
+    target_compile_options(OrvanFlags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined
+        -fno-omit-frame-pointer -O1)
+    target_link_options(OrvanFlags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# One room: a static library of the given sources whose headers are included as "Room/Header.h".
+function(orvan_room name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+    target_link_libraries(${name} PUBLIC OrvanFlags ${ARG_LINK} PRIVATE ${ARG_PRIVATE_LINK})
+endfunction()
