@@ -27,7 +27,7 @@ class Bundle {
 public:
     // Null, and a message for people in *error (when given), when the folder has no readable Info.plist. Nothing of
     // the bundle's code is loaded yet.
-    static std::unique_ptr<Bundle> open(const std::filesystem::path& folder, std::string* error = nullptr);
+    static std::shared_ptr<Bundle> open(const std::filesystem::path& folder, std::string* error = nullptr);
 
     const std::filesystem::path& folder() const { return folder_; }
 

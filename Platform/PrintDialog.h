@@ -81,8 +81,8 @@ class PDEPlugin {
 public:
     virtual ~PDEPlugin() = default;
 
-    // `bundle` outlives the plug-in. False when the plug-in cannot work.
-    virtual bool initWithBundle(Bundle* bundle) = 0;
+    // The plug-in's own bundle, which the dialog keeps for as long as the plug-in. False when the plug-in cannot work.
+    virtual bool initWithBundle(const std::shared_ptr<Bundle>& bundle) = 0;
 
     // The panels for a dialog of the given type, made with the dialog's callback object: null when the plug-in has
     // a panel for such a dialog but not for this printer, an empty list when it has none for such a dialog. The
