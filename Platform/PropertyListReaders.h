@@ -1,0 +1,18 @@
+// The readers of the single forms, behind PropertyList::read. Each answers nothing, and says in `error` what
+// is wrong and where, when the bytes are not a property list in its form.
+#pragma once
+
+#include "Platform/PropertyList.h"
+
+namespace platform {
+
+// `encoding` overrides what the document declares; null leaves it to the document.
+std::optional<PropertyList> readXMLPropertyList(
+    std::string_view bytes, const char* encoding, std::string& error);
+
+std::optional<PropertyList> readBinaryPropertyList(std::string_view bytes, std::string& error);
+
+// `text` is valid UTF-8 without a byte order mark.
+std::optional<PropertyList> readTextPropertyList(std::string_view text, std::string& error);
+
+} // namespace platform

@@ -1,0 +1,114 @@
+#include "Platform/Unicode.h"
+
+#include <cstring>
+
+namespace platform {
+
+namespace {
+
+constexpr std::uint8_t byteAt(std::string_view text, std::size_t position) {
+    return static_cast<std::uint8_t>(text[position]);
+}
+
+} // namespace
+
+std::optional<char32_t> decodeUTF8(std::string_view text, std::size_t* position) {
+    const std::size_t at = *position;
+    const std::uint8_t first = byteAt(text, at);
+    if (first < 0x80) {
+        *position = at + 1;
+        return first;
+    }
+    const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+    if (first < 0xC2 || first > 0xF4 || text.size() - at < length) return std::nullopt;
+    char32_t character = first & (0x7FU >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        const std::uint8_t next = byteAt(text, at + i);
+        if ((next & 0xC0U) != 0x80) return std::nullopt;
+        character = (character << 6U) | (next & 0x3FU);
+    }
+    const char32_t least = length == 4 ? 0x10000 : length == 3 ? 0x800 : 0x80;
+    const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
+    if (character < least || surrogate || character > 0x10FFFF) return std::nullopt;
+    *position = at + length;
+    return character;
+}
+
+std::size_t findNonASCII(std::string_view text) {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    std::size_t at = 0;
+    while (text.size() - at >= sizeof(std::uint64_t)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data() + at, sizeof word);
+        if ((word & kHighBits) != 0) break;
+        at += sizeof word;
+    }
+    while (at < text.size() && byteAt(text, at) < 0x80)
+        ++at;
+    return at < text.size() ? at : std::string_view::npos;
+}
+
+std::size_t findInvalidUTF8(std::string_view text) {
+    std::size_t at = 0;
+    while (at < text.size()) {
+        if (byteAt(text, at) < 0x80) {
+            const std::size_t run = findNonASCII(text.substr(at));
+            if (run == std::string_view::npos) return run;
+            at += run;
+        }
+        if (!decodeUTF8(text, &at)) return at;
+    }
+    return std::string_view::npos;
+}
+
+void appendUTF8(std::string& text, char32_t character) {
+    const auto trail = [&](unsigned shift) {
+        text.push_back(static_cast<char>(0x80U | ((character >> shift) & 0x3FU)));
+    };
+    if (character < 0x80) {
+        text.push_back(static_cast<char>(character));
+    } else if (character < 0x800) {
+        text.push_back(static_cast<char>(0xC0U | (character >> 6U)));
+        trail(0);
+    } else if (character < 0x10000) {
+        text.push_back(static_cast<char>(0xE0U | (character >> 12U)));
+        trail(6);
+        trail(0);
+    } else {
+        text.push_back(static_cast<char>(0xF0U | (character >> 18U)));
+        trail(12);
+        trail(6);
+        trail(0);
+    }
+}
+
+std::optional<std::string> utf8FromUTF16(std::string_view bytes, ByteOrder order, std::size_t* badPosition) {
+    const std::size_t highByte = order == ByteOrder::big ? 0 : 1;
+    const auto unitAt = [&](std::size_t at) -> char32_t {
+        return static_cast<char32_t>(byteAt(bytes, at + highByte) << 8U) | byteAt(bytes, at + 1 - highByte);
+    };
+    const auto fail = [&](std::size_t at) {
+        if (badPosition != nullptr) *badPosition = at;
+        return std::nullopt;
+    };
+    std::string text;
+    text.reserve(bytes.size());
+    std::size_t at = 0;
+    while (bytes.size() - at >= 2) {
+        char32_t character = unitAt(at);
+        std::size_t length = 2;
+        if (isHighSurrogate(character)) {
+            if (bytes.size() - at < 4 || !isLowSurrogate(unitAt(at + 2))) return fail(at);
+            character = joinSurrogates(character, unitAt(at + 2));
+            length = 4;
+        } else if (isLowSurrogate(character)) {
+            return fail(at);
+        }
+        appendUTF8(text, character);
+        at += length;
+    }
+    if (at != bytes.size()) return fail(at);
+    return text;
+}
+
+} // namespace platform
