@@ -11,6 +11,11 @@ if(ORVAN_SANITIZE)
         -fno-omit-frame-pointer -O1)
     target_link_options(OrvanFlags INTERFACE -fsanitize=address,undefined)
 endif()
+if(ORVAN_FUZZ)
+    target_compile_options(OrvanFlags INTERFACE -fsanitize=fuzzer-no-link,address,undefined
+        -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    target_link_options(OrvanFlags INTERFACE -fsanitize=address,undefined)
+endif()
 
 # One room: a static library of the given sources whose headers are included as "Room/Header.h".
 function(orvan_room name)
