@@ -11,7 +11,9 @@ namespace orvan {
 
 namespace {
 
-const std::string* ifPresent(const std::optional<std::string>& text) { return text ? &*text : nullptr; }
+const std::string* ifPresent(const std::optional<std::string>& text) {
+    return text ? &*text : nullptr;
+}
 
 } // namespace
 
@@ -34,8 +36,8 @@ std::string PDEChoice::description() {
     std::array<char, 24> address{};
     std::snprintf(address.data(), address.size(), "%p", static_cast<void*>(this));
     const ppd_option_t* option = choice_->option;
-    return std::string("<PDEChoice ") + address.data() + " userTitle:\"" + orNull(userTitle()) + "\" ppdTitle:\"" +
-           orNull(ppdTitle()) + "\" marked:" + (choice_->marked != 0 ? "YES" : "NO") +
+    return std::string("<PDEChoice ") + address.data() + " userTitle:\"" + orNull(userTitle()) +
+           "\" ppdTitle:\"" + orNull(ppdTitle()) + "\" marked:" + (choice_->marked != 0 ? "YES" : "NO") +
            " choice:" + std::to_string(choice_ - option->choices + 1) + " of " +
            std::to_string(option->num_choices) + ">";
 }

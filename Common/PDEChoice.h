@@ -1,5 +1,5 @@
-// One choice record of a PPD option, presented twice: as the text that a person sees and as the keyword that the PPD
-// and the dialog use.
+// One choice record of a PPD option, presented twice: as the text that a person sees and as the keyword that
+// the PPD and the dialog use.
 #pragma once
 
 #include <cups/ppd.h>
@@ -11,11 +11,11 @@
 
 namespace orvan {
 
-// A wrapper of a CUPS choice record. The record belongs to the PPD file record, which outlives every wrapper. Two
-// wrappers are distinct objects even when they wrap the same record.
+// A wrapper of a CUPS choice record. The record belongs to the PPD file record, which outlives every wrapper.
+// Two wrappers are distinct objects even when they wrap the same record.
 //
-// The titles are cached from their first use: a wrapper that has produced a title keeps it even if the record is
-// rewritten afterwards. Used on the panel's thread only.
+// The titles are cached from their first use: a wrapper that has produced a title keeps it even if the record
+// is rewritten afterwards. Used on the panel's thread only.
 class PDEChoice {
 public:
     static std::shared_ptr<PDEChoice> choiceWithChoice(ppd_choice_t* choice) {

@@ -18,7 +18,8 @@ std::unique_ptr<PDEChoiceList> ArrayFromPPDOption(const ppd_option_t* option) {
     if (option == nullptr) return nullptr;
     auto list = std::make_unique<PDEChoiceList>();
     list->reserve(records(*option).size());
-    for (ppd_choice_t& choice : records(*option)) list->push_back(PDEChoice::choiceWithChoice(&choice));
+    for (ppd_choice_t& choice : records(*option))
+        list->push_back(PDEChoice::choiceWithChoice(&choice));
     return list;
 }
 

@@ -23,8 +23,8 @@ std::string_view fieldText(const char (&field)[size]) {
 // One new wrapper for each of the option's choice records, in PPD order; null for a null option.
 std::unique_ptr<PDEChoiceList> ArrayFromPPDOption(const ppd_option_t* option);
 
-// The first entry with the choice keyword or, without a keyword, the first that is its option's default; null when
-// there is none.
+// The first entry with the choice keyword or, without a keyword, the first that is its option's default; null
+// when there is none.
 std::shared_ptr<PDEChoice> FindChoiceForString(
     std::optional<std::string_view> choiceKeyword, const PDEChoiceList& choices);
 

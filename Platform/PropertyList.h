@@ -99,6 +99,7 @@ public:
     bool operator==(const PropertyList& other) const;
 
 private:
+    friend class PropertyListBinaryReader;
     friend class PropertyListXMLWriter;
     friend class PropertyListBinaryWriter;
 

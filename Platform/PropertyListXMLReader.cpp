@@ -35,40 +35,53 @@ constexpr std::array kElementNames = {
 };
 
 const ElementName* findElement(std::string_view name) {
-    const auto* found = std::find_if(kElementNames.begin(), kElementNames.end(),
-        [&](const ElementName& element) { return element.name == name; });
-    return found != kElementNames.end() ? found : nullptr;
+    for (const ElementName& element : kElementNames) {
+        if (element.name.front() == name.front() && element.name == name) return &element;
+    }
+    return nullptr;
 }
 
-constexpr std::string_view kSpaces = " \t\r\n";
+constexpr bool isSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+bool isBlank(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), isSpace);
+}
 
 std::string_view trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(kSpaces);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(kSpaces) - first + 1);
+    while (!text.empty() && isSpace(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isSpace(text.back()))
+        text.remove_suffix(1);
+    return text;
 }
+
+struct Integer {
+    bool isNegative = false;
+    std::uint64_t magnitude = 0;
+};
 
 // Decimal, or hexadecimal after "0x", with an optional sign.
-std::optional<PropertyList> parseInteger(std::string_view text) {
-    const bool negative = text.starts_with('-');
-    if (negative || text.starts_with('+')) text.remove_prefix(1);
+std::optional<Integer> parseInteger(std::string_view text) {
+    Integer integer{.isNegative = text.starts_with('-')};
+    if (integer.isNegative || text.starts_with('+')) text.remove_prefix(1);
     const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
     if (hexadecimal) text.remove_prefix(2);
-    std::uint64_t magnitude = 0;
-    const auto [end, code] =
-        std::from_chars(text.data(), text.data() + text.size(), magnitude, hexadecimal ? 16 : 10);
-    if (code != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    if (!negative) return PropertyList(magnitude);
-    if (magnitude > std::uint64_t{1} << 63U) return std::nullopt;
-    return PropertyList(static_cast<std::int64_t>(~magnitude + 1));
+    const char* end = text.data() + text.size();
+    const auto [stop, code] = std::from_chars(text.data(), end, integer.magnitude, hexadecimal ? 16 : 10);
+    const bool tooLow = integer.isNegative && integer.magnitude > std::uint64_t{1} << 63U;
+    if (code != std::errc() || stop != end || tooLow) return std::nullopt;
+    return integer;
 }
 
-std::optional<PropertyList> parseReal(std::string_view text) {
+std::optional<double> parseReal(std::string_view text) {
     if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
     double value = 0;
-    const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (code != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return PropertyList(value);
+    const char* end = text.data() + text.size();
+    const auto [stop, code] = std::from_chars(text.data(), end, value);
+    if (code != std::errc() || stop != end) return std::nullopt;
+    return value;
 }
 
 // Builds the tree in place: an open container is the last value of the container around it, so that its
@@ -168,7 +181,7 @@ private:
         if (failed_) return;
         if (scalar_ != nullptr)
             text_.append(text);
-        else if (text.find_first_not_of(kSpaces) != std::string_view::npos)
+        else if (!isBlank(text))
             fail("there is text between the values");
     }
 
@@ -196,7 +209,7 @@ private:
             add(std::string(text_));
             return;
         case Element::integer:
-            return addParsed(parseInteger(trimmed(text_)), "an integer of 64 bits");
+            return endInteger();
         case Element::real:
             return addParsed(parseReal(trimmed(text_)), "a number");
         case Element::date:
@@ -205,7 +218,7 @@ private:
             return addParsed(decodeBase64(text_), "base 64 data");
         case Element::boolTrue:
         case Element::boolFalse:
-            if (!trimmed(text_).empty()) return fail("there is text in a boolean");
+            if (!isBlank(text_)) return fail("there is text in a boolean");
             add(element == Element::boolTrue);
             return;
         case Element::plist:
@@ -215,14 +228,27 @@ private:
         }
     }
 
+    void endInteger() {
+        const std::optional<Integer> integer = parseInteger(trimmed(text_));
+        if (!integer) return failValue("an integer of 64 bits");
+        if (integer->isNegative)
+            add(static_cast<std::int64_t>(~integer->magnitude + 1));
+        else
+            add(integer->magnitude);
+    }
+
     template <class T>
     void addParsed(std::optional<T> value, const char* what) {
-        if (value) {
+        if (value)
             add(std::move(*value));
-            return;
-        }
+        else
+            failValue(what);
+    }
+
+    void failValue(const char* expected) {
         constexpr std::size_t kShown = 40;
-        fail("\"" + text_.substr(0, kShown) + (text_.size() > kShown ? "...\"" : "\"") + " is not " + what);
+        fail("\"" + text_.substr(0, kShown) + (text_.size() > kShown ? "...\"" : "\"") + " is not " +
+             expected);
     }
 
     template <class T>

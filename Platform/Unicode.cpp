@@ -34,6 +34,12 @@ std::optional<char32_t> decodeUTF8(std::string_view text, std::size_t* position)
     return character;
 }
 
+char32_t decodeUTF8OrReplace(std::string_view text, std::size_t* position) {
+    if (const std::optional<char32_t> character = decodeUTF8(text, position)) return *character;
+    ++*position;
+    return kReplacementCharacter;
+}
+
 std::size_t findNonASCII(std::string_view text) {
     constexpr std::uint64_t kHighBits = 0x8080808080808080;
     std::size_t at = 0;
@@ -109,6 +115,26 @@ std::optional<std::string> utf8FromUTF16(std::string_view bytes, ByteOrder order
     }
     if (at != bytes.size()) return fail(at);
     return text;
+}
+
+std::string utf16FromUTF8(std::string_view text) {
+    std::string bytes;
+    bytes.reserve(text.size() * 2);
+    const auto put = [&](char32_t unit) {
+        bytes.push_back(static_cast<char>(unit >> 8U));
+        bytes.push_back(static_cast<char>(unit & 0xFFU));
+    };
+    std::size_t at = 0;
+    while (at < text.size()) {
+        const char32_t character = decodeUTF8OrReplace(text, &at);
+        if (character >= 0x10000) {
+            put(0xD800 + ((character - 0x10000) >> 10U));
+            put(0xDC00 + ((character - 0x10000) & 0x3FFU));
+        } else {
+            put(character);
+        }
+    }
+    return bytes;
 }
 
 } // namespace platform

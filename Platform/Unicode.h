@@ -25,6 +25,9 @@ constexpr char32_t joinSurrogates(char32_t high, char32_t low) {
 // it; nothing, and *position stays, when there is none. *position is below the text's size.
 std::optional<char32_t> decodeUTF8(std::string_view text, std::size_t* position);
 
+// The same for text that may hold anything: what is not UTF-8 counts as U+FFFD, byte by byte.
+char32_t decodeUTF8OrReplace(std::string_view text, std::size_t* position);
+
 // The position of the first byte that does not belong to valid UTF-8; npos when there is none.
 std::size_t findInvalidUTF8(std::string_view text);
 
@@ -40,5 +43,8 @@ enum class ByteOrder { big, little };
 // given) is then where.
 std::optional<std::string> utf8FromUTF16(
     std::string_view bytes, ByteOrder order, std::size_t* badPosition = nullptr);
+
+// Big endian, without byte order mark; what is not UTF-8 becomes U+FFFD, byte by byte.
+std::string utf16FromUTF8(std::string_view text);
 
 } // namespace platform

@@ -1,7 +1,6 @@
 # The build tree has the layout of the installed tree, so that every program finds its companions in
 # the same way in both: programs in bin/, the plug-in bundle and the dialog's host in lib/orvan/.
 set(ORVAN_PRIVATE_DIR lib/orvan)
-set(ORVAN_BUNDLE_DIR ${ORVAN_PRIVATE_DIR}/OrvanPaperOptions.plugin)
 set(ORVAN_GTK_MODULE_DIR ${CMAKE_INSTALL_LIBDIR}/gtk-3.0/modules)
 
 add_library(OrvanFlags INTERFACE)
@@ -9,6 +8,11 @@ target_compile_options(OrvanFlags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -W
 if(ORVAN_SANITIZE)
     target_compile_options(OrvanFlags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined
         -fno-omit-frame-pointer -O1)
+    target_link_options(OrvanFlags INTERFACE -fsanitize=address,undefined)
+endif()
+if(ORVAN_FUZZ)
+    target_compile_options(OrvanFlags INTERFACE -fsanitize=fuzzer-no-link,address,undefined
+        -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
     target_link_options(OrvanFlags INTERFACE -fsanitize=address,undefined)
 endif()
 

@@ -17,7 +17,9 @@ bool runningOnTenPointOrLater(std::int32_t thresholdMinor) {
 
 } // namespace
 
-bool RunningOn105OrLater() { return true; }
+bool RunningOn105OrLater() {
+    return true;
+}
 
 bool RunningOn107OrLater() {
     static const bool tenSevenOrLater = runningOnTenPointOrLater(7);

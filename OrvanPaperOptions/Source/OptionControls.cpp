@@ -25,7 +25,8 @@ void InitPopUpFromArray(platform::PopUpButton* popUp, const PDEChoiceList* choic
     for (const std::shared_ptr<PDEChoice>& entry : *choices) {
         const std::string* title = entry->userTitle();
         if (title == nullptr) title = entry->ppdTitle();
-        popUp->addItem({.title = EmptyIfNil(title), .keyEquivalent = "", .enabled = true, .representedObject = entry});
+        popUp->addItem(
+            {.title = EmptyIfNil(title), .keyEquivalent = "", .enabled = true, .representedObject = entry});
     }
 }
 
@@ -93,7 +94,8 @@ void OrvanPaperOptions::updateUI() {
 
 void OrvanPaperOptions::changePopupButtonOption(platform::PopUpButton& sender) {
     for (const OptionRow& row : rows_)
-        if (row.spec->popUpTag() == sender.tag()) selectionForPopUpWithKey(row.popUp.get(), row.spec->keyword);
+        if (row.spec->popUpTag() == sender.tag())
+            selectionForPopUpWithKey(row.popUp.get(), row.spec->keyword);
     updateUI();
 }
 
@@ -118,13 +120,15 @@ void OrvanPaperOptions::updateMarkedSelections() {
         const std::int64_t marked = indexOfMarkedOptionForKey(row.option, row.spec->keyword);
         if (marked < 0) continue;
         const ppd_choice_t* const record = &row.option->choices[marked];
-        const auto wraps = [record](const std::shared_ptr<PDEChoice>& entry) { return entry->choice() == record; };
+        const auto wraps = [record](
+                               const std::shared_ptr<PDEChoice>& entry) { return entry->choice() == record; };
         const auto found = std::ranges::find_if(*row.choices, wraps);
         if (found != row.choices->end()) row.selection = *found;
     }
 }
 
-std::int64_t OrvanPaperOptions::indexOfMarkedOptionForKey(ppd_option_t* option, const char* optionKeyword) const {
+std::int64_t OrvanPaperOptions::indexOfMarkedOptionForKey(
+    ppd_option_t* option, const char* optionKeyword) const {
     const ppd_choice_t* choice = ppdFindMarkedChoice(ppd_, optionKeyword);
     if (choice == nullptr) choice = ppdFindChoice(option, option->defchoice);
     return choice != nullptr ? choice - option->choices : -1;

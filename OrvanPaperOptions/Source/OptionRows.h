@@ -1,5 +1,5 @@
-// The panel's option rows: one line of this table an option. To add an option, add its line here and its label and
-// pop-up to Resources/PaperOptions.view.
+// The panel's option rows: one line of this table an option. To add an option, add its line here and its
+// label and pop-up to Resources/PaperOptions.view.
 #pragma once
 
 #include <array>
@@ -47,8 +47,8 @@ inline constexpr double kRowPitch = 30;
 
 // The lowest row that is always shown: what the rows below it are placed from.
 inline constexpr const OptionRowSpec& kLastFixedRow = kOptionRows[4];
-static_assert(kLastFixedRow.whenAbsent == WhenAbsent::DisablePopUp &&
-              kOptionRows[5].whenAbsent == WhenAbsent::HideRow);
+static_assert(
+    kLastFixedRow.whenAbsent == WhenAbsent::DisablePopUp && kOptionRows[5].whenAbsent == WhenAbsent::HideRow);
 
 // Rows are numbered in table order, so a row's index is its number less one.
 static_assert([] {

@@ -7,7 +7,8 @@
 
 namespace orvan {
 
-OrvanPaperOptions::OptionRow OrvanPaperOptions::OptionRow::fromPPD(ppd_file_t* ppd, const OptionRowSpec& spec) {
+OrvanPaperOptions::OptionRow OrvanPaperOptions::OptionRow::fromPPD(
+    ppd_file_t* ppd, const OptionRowSpec& spec) {
     OptionRow row;
     row.spec = &spec;
     row.option = ppdFindOption(ppd, spec.keyword);
@@ -38,7 +39,8 @@ platform::ViewOwner OrvanPaperOptions::viewOwner() {
     platform::ViewOwner owner;
     owner.setOutlet = [this](std::string_view outlet, const std::shared_ptr<platform::View>& view) {
         for (OptionRow& row : rows_)
-            if (row.spec->outlet == outlet) row.popUp = std::dynamic_pointer_cast<platform::PopUpButton>(view);
+            if (row.spec->outlet == outlet)
+                row.popUp = std::dynamic_pointer_cast<platform::PopUpButton>(view);
     };
     // The dialog may keep a view longer than the panel; the action of such a view does nothing.
     owner.action = [weak = weak_from_this()](std::string_view name) -> platform::PopUpButton::Action {
@@ -55,7 +57,9 @@ std::string OrvanPaperOptions::panelName() {
     return *thePDEName_;
 }
 
-std::string OrvanPaperOptions::panelKind() { return "com.orvan.qbv.print.pde.cocoa.paperfeed"; }
+std::string OrvanPaperOptions::panelKind() {
+    return "com.orvan.qbv.print.pde.cocoa.paperfeed";
+}
 
 const std::vector<std::string>& OrvanPaperOptions::supportedPPDOptionKeys() {
     if (!supportedOptions_) {
@@ -87,6 +91,8 @@ std::map<std::string, std::string> OrvanPaperOptions::summaryInfo() {
     return summary;
 }
 
-std::string EmptyIfNil(const std::string* text) { return text != nullptr ? *text : std::string(); }
+std::string EmptyIfNil(const std::string* text) {
+    return text != nullptr ? *text : std::string();
+}
 
 } // namespace orvan

@@ -19,16 +19,17 @@
 
 namespace orvan {
 
-// Makes the pop-up's items anew, one for each entry of the list and in its order; the items' represented objects are
-// the entries. Nothing is selected afterwards. A choice whose text is not UTF-8 is titled by its keyword. Either
-// argument may be null, and then nothing is done.
+// Makes the pop-up's items anew, one for each entry of the list and in its order; the items' represented
+// objects are the entries. Nothing is selected afterwards. A choice whose text is not UTF-8 is titled by its
+// keyword. Either argument may be null, and then nothing is done.
 void InitPopUpFromArray(platform::PopUpButton* popUp, const PDEChoiceList* choices);
 
 // The text, or "" for null.
 std::string EmptyIfNil(const std::string* text);
 
-// One panel of one print dialog. The dialog owns it and calls it on its main thread. It borrows the dialog's PPD
-// record, whose marks are the only state of the options: a pick goes to the dialog, and what is shown is read back.
+// One panel of one print dialog. The dialog owns it and calls it on its main thread. It borrows the dialog's
+// PPD record, whose marks are the only state of the options: a pick goes to the dialog, and what is shown is
+// read back.
 class OrvanPaperOptions final : public platform::PDEPanel,
                                 public std::enable_shared_from_this<OrvanPaperOptions> {
 public:
@@ -48,22 +49,23 @@ public:
     bool restoreValuesAndReturnError(platform::PDEError* error) override;
     // Picks reach the dialog when they are made, so there is nothing to save.
     bool saveValuesAndReturnError(platform::PDEError*) override { return true; }
-    // Rows without a current choice are left out. Where two options have the same title, the later row's stands. An
-    // option whose title is not UTF-8 goes by its keyword.
+    // Rows without a current choice are left out. Where two options have the same title, the later row's
+    // stands. An option whose title is not UTF-8 goes by its keyword.
     std::map<std::string, std::string> summaryInfo() override;
 
-    // Builds the controls: titles, items, absent rows, the panel's height. Once a panel; later calls do nothing.
+    // Builds the controls: titles, items, absent rows, the panel's height. Once a panel; later calls do
+    // nothing.
     void initializeUI();
     // Labels the view with the tag "title:".
     void setViewTitleByTagFromOptions(std::int64_t tag, const ppd_option_t& option);
-    // Selects each row's current choice in its pop-up; a row without one, or whose choice is no longer in its list,
-    // keeps what it shows. Does nothing before initializeUI.
+    // Selects each row's current choice in its pop-up; a row without one, or whose choice is no longer in its
+    // list, keeps what it shows. Does nothing before initializeUI.
     void updateUI();
-    // The pop-ups' action: hands the sender's pick to the dialog and shows what the dialog made of it. A sender that
-    // is none of the seven pop-ups only refreshes them.
+    // The pop-ups' action: hands the sender's pick to the dialog and shows what the dialog made of it. A
+    // sender that is none of the seven pop-ups only refreshes them.
     void changePopupButtonOption(platform::PopUpButton& sender);
-    // Hands the pop-up's selected choice to the dialog and reads all rows back. Always null: the row's selection is the
-    // one that was read back.
+    // Hands the pop-up's selected choice to the dialog and reads all rows back. Always null: the row's
+    // selection is the one that was read back.
     std::shared_ptr<PDEChoice> selectionForPopUpWithKey(
         platform::PopUpButton* popUp, const std::string& optionKeyword);
     // Reads each row's current choice from the dialog's marks.

@@ -7,7 +7,9 @@ PLATFORM_PRINCIPAL_CLASS(OrvanPaperOptionsPlugin, orvan::OrvanPaperOptionsPlugin
 
 namespace orvan {
 
-OrvanPaperOptionsPlugin::~OrvanPaperOptionsPlugin() { platform::systemLog("paper options plugin dealloc"); }
+OrvanPaperOptionsPlugin::~OrvanPaperOptionsPlugin() {
+    platform::systemLog("paper options plugin dealloc");
+}
 
 bool OrvanPaperOptionsPlugin::initWithBundle(const std::shared_ptr<platform::Bundle>& bundle) {
     pluginBundle_ = bundle;

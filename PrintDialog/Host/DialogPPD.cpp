@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <span>
 #include <system_error>
@@ -22,7 +23,9 @@ public:
     CupsOptions& operator=(const CupsOptions&) = delete;
     ~CupsOptions() { cupsFreeOptions(count, options); }
 
-    std::span<const cups_option_t> all() const { return {options, static_cast<std::size_t>(std::max(count, 0))}; }
+    std::span<const cups_option_t> all() const {
+        return {options, static_cast<std::size_t>(std::max(count, 0))};
+    }
 
     int count = 0;
     cups_option_t* options = nullptr;
@@ -67,7 +70,22 @@ std::string DialogPPD::choiceOf(const std::string& option) const {
     if (found == nullptr) return {};
     if (const ppd_choice_t* marked = ppdFindMarkedChoice(record_.get(), found->keyword))
         return std::string(fieldText(marked->choice));
-    return HasOptionKey(found, fieldText(found->defchoice)) ? std::string(fieldText(found->defchoice)) : "";
+    return defaultChoiceOf(option);
+}
+
+std::string DialogPPD::defaultChoiceOf(const std::string& option) const {
+    const ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
+    if (found == nullptr || !HasOptionKey(found, fieldText(found->defchoice))) return {};
+    return std::string(fieldText(found->defchoice));
+}
+
+std::string DialogPPD::pageSizeOf(double width, double height) const {
+    constexpr double kMillimetre = 72 / 25.4;
+    const auto near = [](double a, double b) { return std::abs(a - b) < kMillimetre; };
+    for (const ppd_size_t& size :
+        std::span(record_->sizes, static_cast<std::size_t>(std::max(record_->num_sizes, 0))))
+        if (near(size.width, width) && near(size.length, height)) return std::string(fieldText(size.name));
+    return {};
 }
 
 DialogPPD::Marks DialogPPD::marks() const {
@@ -94,7 +112,8 @@ MarkResult DialogPPD::mark(const std::string& option, const std::string& choice)
 
 MarkResult DialogPPD::markAll(const std::map<std::string, std::string>& choices) {
     const Marks before = marks();
-    for (const auto& [option, choice] : choices) markOne(option, choice);
+    for (const auto& [option, choice] : choices)
+        markOne(option, choice);
     return resolve(before, nullptr, nullptr);
 }
 
@@ -102,12 +121,16 @@ MarkResult DialogPPD::resolve(const Marks& before, const std::string* option, co
     const auto text = [](const std::string* value) { return value != nullptr ? value->c_str() : nullptr; };
     MarkResult result;
     CupsOptions needed;
-    if (cupsResolveConflicts(record_.get(), text(option), text(choice), &needed.count, &needed.options) != 0) {
-        for (const cups_option_t& change : needed.all()) markOne(change.name, change.value);
+    if (cupsResolveConflicts(record_.get(), text(option), text(choice), &needed.count, &needed.options) !=
+        0) {
+        for (const cups_option_t& change : needed.all())
+            markOne(change.name, change.value);
     } else if (option != nullptr) {
         CupsOptions contradicting;
-        contradicting.count = cupsGetConflicts(record_.get(), text(option), text(choice), &contradicting.options);
-        for (const cups_option_t& other : contradicting.all()) result.conflicts.emplace(other.name, other.value);
+        contradicting.count =
+            cupsGetConflicts(record_.get(), text(option), text(choice), &contradicting.options);
+        for (const cups_option_t& other : contradicting.all())
+            result.conflicts.emplace(other.name, other.value);
     }
 
     const Marks after = marks();

@@ -25,27 +25,32 @@ struct ChoiceChange {
 struct MarkResult {
     // The options whose choice changed, the one that was asked for first when it did.
     std::vector<ChoiceChange> changes;
-    // The options, with their choices, that contradict the choice and could not be made to give way (the size of the
-    // paper never does: it is the document's).
+    // The options, with their choices, that contradict the choice and could not be made to give way (the size
+    // of the paper never does: it is the document's).
     std::map<std::string, std::string> conflicts;
 };
 
 // Owns the record. One thread at a time; the record may be opened on one thread and used on another.
 class DialogPPD {
 public:
-    // Opens the file, translates its titles into the language of the process's locale and marks its defaults. Null,
-    // and a message for people in *error, when the file cannot be read as a PPD.
+    // Opens the file, translates its titles into the language of the process's locale and marks its defaults.
+    // Null, and a message for people in *error, when the file cannot be read as a PPD.
     static std::unique_ptr<DialogPPD> open(const std::filesystem::path& file, std::string* error);
 
     ppd_file_t* record() { return record_.get(); }
 
     bool hasChoice(const std::string& option, const std::string& choice);
-    // The keyword of the option's marked choice, or of its default when none is marked; "" for neither and for an
-    // option that the PPD does not have.
+    // The keyword of the option's marked choice, or of its default when none is marked; "" for neither and
+    // for an option that the PPD does not have.
     std::string choiceOf(const std::string& option) const;
 
-    // Marks a choice. Conflicts that it causes (*UIConstraints, *cupsUIConstraints) are resolved: this choice stays, what
-    // contradicts it changes. An option or choice that the PPD does not have changes nothing.
+    // The keyword of the option's default choice; "" when there is no such option or choice.
+    std::string defaultChoiceOf(const std::string& option) const;
+    // The PPD's page size of these dimensions in points (to within a millimetre); "" for none.
+    std::string pageSizeOf(double width, double height) const;
+
+    // Marks a choice. Conflicts that it causes (*UIConstraints, *cupsUIConstraints) are resolved: this choice
+    // stays, what contradicts it changes. An option or choice that the PPD does not have changes nothing.
     MarkResult mark(const std::string& option, const std::string& choice);
     // Marks several choices, none newer than another, and resolves the conflicts among all marks.
     MarkResult markAll(const std::map<std::string, std::string>& choices);

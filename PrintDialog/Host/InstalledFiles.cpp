@@ -8,7 +8,8 @@ namespace orvan {
 
 std::filesystem::path privateFolder() {
     Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(&privateFolder), &info) == 0 || info.dli_fname == nullptr) return {};
+    if (dladdr(reinterpret_cast<const void*>(&privateFolder), &info) == 0 || info.dli_fname == nullptr)
+        return {};
     std::error_code status;
     // A program knows itself by the name it was started with; the kernel knows better.
     std::filesystem::path self = std::filesystem::canonical(info.dli_fname, status);
@@ -22,6 +23,8 @@ std::filesystem::path privateFolder() {
     }
 }
 
-std::filesystem::path paperOptionsBundleFolder() { return privateFolder() / "OrvanPaperOptions.plugin"; }
+std::filesystem::path paperOptionsBundleFolder() {
+    return privateFolder() / "OrvanPaperOptions.plugin";
+}
 
 } // namespace orvan

@@ -2,8 +2,8 @@
 
 namespace orvan {
 
-// The panel holds this object, and this object holds the PPD record that the panel borrows. It holds neither panel nor
-// session, so there is no cycle.
+// The panel holds this object, and this object holds the PPD record that the panel borrows. It holds neither
+// panel nor session, so there is no cycle.
 class PanelSession::Callback final : public platform::PDEPluginCallback {
 public:
     Callback(std::unique_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer)
@@ -34,8 +34,8 @@ std::unique_ptr<PanelSession> PanelSession::create(std::shared_ptr<platform::Bun
     session->plugin_ = session->bundle_->createPrincipalClass(error);
     if (session->plugin_ == nullptr || !session->plugin_->initWithBundle(session->bundle_)) return nullptr;
 
-    const auto panels =
-        session->plugin_->PDEPanelsForTypeWithHostInfo(platform::kPrintDialogTypeIdentifier, session->callback_);
+    const auto panels = session->plugin_->PDEPanelsForTypeWithHostInfo(
+        platform::kPrintDialogTypeIdentifier, session->callback_);
     if (panels == nullptr || panels->empty()) return nullptr;
     session->panel_ = panels->front();
     return session;
@@ -45,7 +45,9 @@ PanelSession::~PanelSession() {
     if (callback_ != nullptr) callback_->setHandler({});
 }
 
-DialogPPD& PanelSession::ppd() { return callback_->ppd(); }
+DialogPPD& PanelSession::ppd() {
+    return callback_->ppd();
+}
 
 void PanelSession::setPickHandler(std::function<void(const MarkResult&)> handler) {
     callback_->setHandler(std::move(handler));
@@ -61,6 +63,17 @@ void PanelSession::willShow() {
     panel_->panelView();
     panel_->willShow();
     panel_->restoreValuesAndReturnError(nullptr);
+}
+
+PanelSession::Summary PanelSession::summary() {
+    std::map<std::string, std::string> lines = panel_->summaryInfo();
+    Summary ordered;
+    for (const std::string& key : panel_->supportedPPDOptionKeys())
+        if (auto line = lines.extract(ppd().optionTitle(key)))
+            ordered.emplace_back(std::move(line.key()), std::move(line.mapped()));
+    for (auto& [title, value] : lines)
+        ordered.emplace_back(title, std::move(value));
+    return ordered;
 }
 
 MarkResult PanelSession::markElsewhere(const std::string& option, const std::string& choice) {

@@ -1,0 +1,183 @@
+#include "Platform/ExpatParser.h"
+#include "Platform/XMLDocument.h"
+
+#include <climits>
+
+namespace platform {
+
+// Receives expat's events in document order, which is also the order in which nodes and texts are stored.
+class XMLDocumentBuilder {
+public:
+    XMLDocumentBuilder(XML_Parser parser, std::size_t size)
+        : parser_(parser), result_(new XMLDocument), document_(*result_) {
+        XML_SetUserData(parser, this);
+        XML_SetElementHandler(parser, &XMLDocumentBuilder::onStart, &XMLDocumentBuilder::onEnd);
+        XML_SetCharacterDataHandler(parser, &XMLDocumentBuilder::onText);
+        XML_SetCommentHandler(parser, &XMLDocumentBuilder::onComment);
+        XML_SetStartDoctypeDeclHandler(parser, &XMLDocumentBuilder::onDoctype);
+        XML_SetSkippedEntityHandler(parser, &XMLDocumentBuilder::onSkippedEntity);
+        document_.names_.reserve(size / 2);
+        document_.text_.reserve(size / 4);
+    }
+
+    std::shared_ptr<const XMLDocument> build(std::string_view bytes, std::string& error) {
+        const auto status = XML_Parse(parser_, bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
+        if (status != XML_STATUS_OK && error_.empty()) fail(XML_ErrorString(XML_GetErrorCode(parser_)));
+        if (!error_.empty()) {
+            error = std::move(error_);
+            return nullptr;
+        }
+        linkChildren();
+        return std::move(result_);
+    }
+
+private:
+    static_assert(XMLDocument::kMaximumSize <= INT_MAX / 4, "texts are addressed by 32 bits");
+
+    static XMLDocumentBuilder& of(void* self) { return *static_cast<XMLDocumentBuilder*>(self); }
+    static void XMLCALL onStart(void* self, const XML_Char* name, const XML_Char** attributes) {
+        of(self).start(name, attributes);
+    }
+    static void XMLCALL onEnd(void* self, const XML_Char*) { of(self).end(); }
+    static void XMLCALL onText(void* self, const XML_Char* text, int length) {
+        of(self).text({text, static_cast<std::size_t>(length)});
+    }
+    static void XMLCALL onComment(void* self, const XML_Char* text) { of(self).comment(text); }
+    static void XMLCALL onDoctype(
+        void* self, const XML_Char*, const XML_Char*, const XML_Char*, int hasInternalSubset) {
+        if (hasInternalSubset != 0)
+            of(self).fail("the document type has an internal subset, which is not allowed");
+    }
+    static void XMLCALL onSkippedEntity(void* self, const XML_Char* name, int) {
+        of(self).fail("the entity \"" + std::string(name) + "\" is not defined");
+    }
+
+    bool failed() const { return !error_.empty(); }
+
+    void fail(std::string_view reason) {
+        if (failed()) return;
+        error_ = expatPosition(parser_) + ": ";
+        error_ += reason;
+        XML_StopParser(parser_, XML_FALSE);
+    }
+
+    static std::uint32_t small(std::size_t value) { return static_cast<std::uint32_t>(value); }
+
+    XMLNode& addNode(XMLNode::Kind kind) {
+        XMLNode& node = document_.nodes_.emplace_back();
+        node.document_ = &document_;
+        node.kind_ = kind;
+        node.end_ = small(document_.nodes_.size());
+        node.textStart_ = small(document_.text_.size());
+        if (!open_.empty()) {
+            node.parent_ = open_.back();
+            ++document_.nodes_[node.parent_].childCount_;
+        }
+        return node;
+    }
+
+    void start(std::string_view name, const XML_Char** attributes) {
+        if (failed()) return;
+        endText();
+        if (open_.size() >= XMLDocument::kMaximumDepth) return fail("elements nest too deep");
+        XMLNode& node = addNode(XMLNode::Kind::element);
+        open_.push_back(small(document_.nodes_.size() - 1));
+        node.nameStart_ = small(document_.names_.size());
+        node.nameLength_ = small(name.size());
+        document_.names_ += name;
+        node.firstAttribute_ = small(document_.attributes_.size());
+        for (; attributes[0] != nullptr; attributes += 2) {
+            if (node.attributeCount_ == XMLDocument::kMaximumAttributes)
+                return fail("an element has too many attributes");
+            ++node.attributeCount_;
+            const std::string_view attributeName = attributes[0];
+            const std::string_view value = attributes[1];
+            document_.attributes_.push_back(
+                {small(document_.names_.size()), small(attributeName.size()), small(value.size())});
+            document_.names_.append(attributeName).append(value);
+        }
+    }
+
+    void end() {
+        if (failed()) return;
+        endText();
+        XMLNode& node = document_.nodes_[open_.back()];
+        node.end_ = small(document_.nodes_.size());
+        node.textLength_ = small(document_.text_.size()) - node.textStart_;
+        open_.pop_back();
+    }
+
+    // Whether the characters make a node is known when the last of them is there.
+    void text(std::string_view text) {
+        if (failed()) return;
+        if (!textIsOpen_) {
+            textIsOpen_ = true;
+            textIsBlank_ = true;
+            textStart_ = document_.text_.size();
+        }
+        textIsBlank_ = textIsBlank_ && text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+        document_.text_ += text;
+    }
+
+    void endText() {
+        if (!textIsOpen_) return;
+        textIsOpen_ = false;
+        if (textIsBlank_) {
+            document_.text_.resize(textStart_);
+            return;
+        }
+        XMLNode& node = addNode(XMLNode::Kind::text);
+        node.textStart_ = small(textStart_);
+        node.textLength_ = small(document_.text_.size() - textStart_);
+    }
+
+    void comment(std::string_view text) {
+        if (failed() || open_.empty()) return;
+        endText();
+        XMLNode& node = addNode(XMLNode::Kind::comment);
+        node.nameStart_ = small(document_.names_.size());
+        node.nameLength_ = small(text.size());
+        document_.names_ += text;
+    }
+
+    // Gives each element its place in the list of children, then fills the places in document order.
+    void linkChildren() {
+        std::vector<XMLNode>& nodes = document_.nodes_;
+        document_.children_.resize(nodes.size() - 1);
+        std::vector<std::uint32_t> next(nodes.size());
+        std::uint32_t place = 0;
+        for (std::size_t i = 0; i < nodes.size(); ++i) {
+            nodes[i].firstChild_ = next[i] = place;
+            place += nodes[i].childCount_;
+        }
+        for (std::size_t i = 1; i < nodes.size(); ++i)
+            document_.children_[next[nodes[i].parent_]++] = small(i);
+    }
+
+    XML_Parser parser_;
+    std::shared_ptr<XMLDocument> result_;
+    XMLDocument& document_;
+    std::string error_;
+    std::vector<std::uint32_t> open_; // the elements that are not closed yet
+    bool textIsOpen_ = false;
+    bool textIsBlank_ = true;
+    std::size_t textStart_ = 0;
+};
+
+std::shared_ptr<const XMLDocument> XMLDocument::parse(std::string_view bytes, std::string* error) {
+    std::string ignored;
+    std::string& reason = error != nullptr ? *error : ignored;
+    if (bytes.size() > kMaximumSize) {
+        reason = "the document has " + std::to_string(bytes.size()) + " bytes; " +
+                 std::to_string(kMaximumSize) + " are the most that is read";
+        return nullptr;
+    }
+    const ExpatParser parser(XML_ParserCreate(nullptr));
+    if (!parser) {
+        reason = "out of memory";
+        return nullptr;
+    }
+    return XMLDocumentBuilder(parser.get(), bytes.size()).build(bytes, reason);
+}
+
+} // namespace platform
