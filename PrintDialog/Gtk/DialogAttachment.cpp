@@ -147,6 +147,7 @@ void DialogAttachment::changedInDialog(const std::string& keyword, const std::st
     if (session_ == nullptr) return;
     const std::string marked = choice.empty() ? session_->ppd().defaultChoiceOf(keyword) : choice;
     const MarkResult result = session_->markElsewhere(keyword, marked);
+    if (result.changes.empty() && result.conflicts.empty()) return;
     writeToDialog(result, keyword);
     report(result, keyword);
     refreshTab();
