@@ -111,10 +111,9 @@ MarkResult DialogPPD::mark(const std::string& option, const std::string& choice)
 }
 
 MarkResult DialogPPD::markAll(const std::map<std::string, std::string>& choices) {
-    const Marks before = marks();
     for (const auto& [option, choice] : choices)
         markOne(option, choice);
-    return resolve(before, nullptr, nullptr);
+    return resolve(marks(), nullptr, nullptr);
 }
 
 MarkResult DialogPPD::resolve(const Marks& before, const std::string* option, const std::string* choice) {

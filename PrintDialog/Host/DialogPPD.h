@@ -52,7 +52,8 @@ public:
     // Marks a choice. Conflicts that it causes (*UIConstraints, *cupsUIConstraints) are resolved: this choice
     // stays, what contradicts it changes. An option or choice that the PPD does not have changes nothing.
     MarkResult mark(const std::string& option, const std::string& choice);
-    // Marks several choices, none newer than another, and resolves the conflicts among all marks.
+    // Marks several choices, none newer than another, and resolves the conflicts among all marks. The changes are those
+    // that this took, from what was asked for.
     MarkResult markAll(const std::map<std::string, std::string>& choices);
 
     // For people: the title in the PPD, or the keyword where there is none that is UTF-8.

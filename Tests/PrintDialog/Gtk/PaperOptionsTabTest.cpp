@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <fstream>
 #include <iterator>
 #include <optional>
@@ -303,6 +304,7 @@ TEST_F(PaperOptionsTab, aMissingOrBrokenBundleLeavesTheApplicationAsItIs) {
 TEST_F(PaperOptionsTab, aFrozenOrDeadSchedulerHoldsUpNothing) {
     inApplication(
         [this] {
+            const pid_t scheduler = desktop_.printing->scheduler().pid();
             OpenDialog remaining(Settings{{"printer", "Office"}});
             ASSERT_TRUE(remaining.waitForTab(kTab));
             {
@@ -310,7 +312,7 @@ TEST_F(PaperOptionsTab, aFrozenOrDeadSchedulerHoldsUpNothing) {
                 ASSERT_TRUE(dialog.waitForTab(kTab));
                 dialog.selectPrinter("Annex");
                 ASSERT_TRUE(dialog.waitForTab(kTab));
-                desktop_.printing->scheduler().suspend();
+                ::kill(scheduler, SIGSTOP);
                 const auto start = std::chrono::steady_clock::now();
                 dialog.selectPrinter("Office");
                 letPass(std::chrono::milliseconds(200));
@@ -320,9 +322,9 @@ TEST_F(PaperOptionsTab, aFrozenOrDeadSchedulerHoldsUpNothing) {
             remaining.openTab(kTab);
             remaining.pick("Paper Type:", "Bond");
             EXPECT_EQ(remaining.shownIn("Paper Type:"), "Bond");
-            desktop_.printing->scheduler().resume();
+            ::kill(scheduler, SIGCONT);
             letPass(std::chrono::milliseconds(200)); // the answer comes for a dialog that has gone
-            desktop_.printing->scheduler().kill();
+            ::kill(scheduler, SIGKILL);
             remaining.pick("Paper Type:", "Glossy");
             EXPECT_EQ(remaining.shownIn("Paper Type:"), "Glossy");
         },
