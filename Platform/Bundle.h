@@ -1,4 +1,5 @@
-// A bundle: a folder `Name.plugin/Contents/` with an Info.plist, a Resources folder and a shared object under Linux/.
+// A bundle: a folder `Name.plugin/Contents/` with an Info.plist, a Resources folder and a shared object under
+// Linux/.
 #pragma once
 
 #include "Platform/PrintDialog.h"
@@ -7,7 +8,6 @@
 
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,44 +15,49 @@
 
 namespace platform {
 
-// What loading a view resource ties together: the resource names outlets and actions, the owner supplies them.
+// What loading a view resource ties together: the resource names outlets and actions, the owner supplies
+// them.
 struct ViewOwner {
     // Called once for each outlet of the resource with its name and the view.
     std::function<void(std::string_view outlet, std::shared_ptr<View> view)> setOutlet;
-    // The action of the given name, wired to each pop-up that names it; empty when the owner has no such action.
+    // The action of the given name, wired to each pop-up that names it; empty when the owner has no such
+    // action.
     std::function<PopUpButton::Action(std::string_view name)> action;
 };
 
 class Bundle {
 public:
-    // Null, and a message for people in *error (when given), when the folder has no readable Info.plist. Nothing of
-    // the bundle's code is loaded yet.
-    static std::unique_ptr<Bundle> open(const std::filesystem::path& folder, std::string* error = nullptr);
+    // Null, and a message for people in *error (when given), when the folder has no readable Info.plist.
+    // Nothing of the bundle's code is loaded yet. One thread.
+    static std::shared_ptr<Bundle> open(const std::filesystem::path& folder, std::string* error = nullptr);
 
     const std::filesystem::path& folder() const { return folder_; }
 
     // The text of a key of Info.plist; null when there is none.
     const std::string* infoString(std::string_view key) const;
 
-    // A new plug-in of the principal class that Info.plist names, from the bundle's shared object, which stays loaded
-    // until the process ends. Null, and a message in *error (when given), when the object or the class is not there.
+    // A new plug-in of the principal class that Info.plist names, from the bundle's shared object, which
+    // stays loaded until the process ends. Null, and a message in *error (when given), when the object or the
+    // class is not there.
     std::unique_ptr<PDEPlugin> createPrincipalClass(std::string* error = nullptr) const;
 
-    // Loads Resources/NAME.view and ties it to the owner. Null, and a message in *error (when given), when the
-    // resource is missing or damaged; the owner has then been told of nothing. The caller shares the root view
-    // with its outlets.
+    // Loads Resources/NAME.view and ties it to the owner. Null, and a message in *error (when given), when
+    // the resource is missing or damaged; the owner has then been told of nothing. The caller shares the root
+    // view with its outlets.
     std::shared_ptr<View> loadView(
         std::string_view name, const ViewOwner& owner, std::string* error = nullptr) const;
 
-    // The text of a key of Resources/LANGUAGE.lproj/Localizable.strings in the first of the person's languages
-    // that the bundle has, or in English; the key itself when the table has no such entry.
+    // The text of a key of Resources/LANGUAGE.lproj/Localizable.strings in the first of the person's
+    // languages that the bundle has, or in English; the key itself when the table has no such entry.
     std::string localizedString(std::string_view key) const;
 
 private:
     Bundle(std::filesystem::path folder, PropertyList info);
+    const PropertyList& stringTable() const;
 
     std::filesystem::path folder_;
     PropertyList info_;
+    mutable std::optional<PropertyList> stringTable_; // read when first asked for
 };
 
 } // namespace platform

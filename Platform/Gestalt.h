@@ -8,7 +8,8 @@ namespace platform {
 // A four-character selector, for example gestaltSelector("sys1").
 constexpr std::uint32_t gestaltSelector(const char (&code)[5]) {
     std::uint32_t selector = 0;
-    for (int i = 0; i < 4; ++i) selector = (selector << 8U) | static_cast<unsigned char>(code[i]);
+    for (int i = 0; i < 4; ++i)
+        selector = (selector << 8U) | static_cast<unsigned char>(code[i]);
     return selector;
 }
 
@@ -20,10 +21,10 @@ inline constexpr std::uint32_t kGestaltSystemVersion = gestaltSelector("sysv");
 
 inline constexpr std::int32_t kGestaltUndefinedSelector = -5551;
 
-// 0 when the fact is known, and then it is in *answer; otherwise kGestaltUndefinedSelector and *answer is as it
-// was. The three release numbers are those of the environment variable ORVAN_SYSTEM_RELEASE ("10.6.8"; missing
-// positions count as 0), or of 10.9.0 when it is not set; a value that is not a release leaves them unknown.
-// The packed version is never known here.
+// 0 when the fact is known, and then it is in *answer; otherwise kGestaltUndefinedSelector and *answer is as
+// it was. The three release numbers are those of the environment variable ORVAN_SYSTEM_RELEASE ("10.6.8";
+// missing positions count as 0), or of 10.9.0 when it is not set; a value that is not a release leaves them
+// unknown. The packed version is never known here.
 std::int32_t Gestalt(std::uint32_t selector, std::int32_t* answer);
 
 } // namespace platform

@@ -18,6 +18,8 @@ private:
 };
 
 // The printer's identifier: its queue name.
-inline const std::string& PMPrinterGetID(const PMPrinter& printer) { return printer.queueName(); }
+inline const std::string& PMPrinterGetID(const PMPrinter& printer) {
+    return printer.queueName();
+}
 
 } // namespace platform

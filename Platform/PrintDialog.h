@@ -1,8 +1,9 @@
-// The print dialog's extension interface: what a plug-in offers a dialog, and what the dialog offers a plug-in.
+// The print dialog's extension interface: what a plug-in offers a dialog, and what the dialog offers a
+// plug-in.
 //
-// A plug-in is a bundle (Platform/Bundle.h) whose Info.plist names its principal class. The dialog creates that
-// class once, hands it the bundle, and asks it for the panels of the dialog's type. Everything is called on the
-// dialog's main thread.
+// A plug-in is a bundle (Platform/Bundle.h) whose Info.plist names its principal class. The dialog creates
+// that class once, hands it the bundle, and asks it for the panels of the dialog's type. Everything is called
+// on the dialog's main thread.
 #pragma once
 
 #include "Platform/PMPrinter.h"
@@ -23,21 +24,22 @@ class Bundle;
 // The type identifier of the print dialog (as opposed to a page-setup dialog).
 inline constexpr std::string_view kPrintDialogTypeIdentifier = "BDB091F4-E57F-11D3-B5CC-0050E4603277";
 
-// The dialog's side. A panel holds its callback object strongly; the dialog keeps the PPD record open for as long as
-// any panel that it gave the record to is alive.
+// The dialog's side. A panel holds its callback object strongly; the dialog keeps the PPD record open for as
+// long as any panel that it gave the record to is alive.
 class PDEPluginCallback {
 public:
     virtual ~PDEPluginCallback() = default;
 
-    // The record of the printer being configured, with the dialog's choices marked; the dialog owns it. Never null
-    // while a panel is alive.
+    // The record of the printer being configured, with the dialog's choices marked; the dialog owns it. Never
+    // null while a panel is alive.
     virtual ppd_file_t* ppdFile() = 0;
 
-    // The printing system's printer that is being configured; null when there is none (a PPD without a queue).
+    // The printing system's printer that is being configured; null when there is none (a PPD without a
+    // queue).
     virtual std::shared_ptr<::platform::PMPrinter> PMPrinter() = 0;
 
-    // A person picked a choice: the dialog marks it in ppdFile() and may mark others in consequence, or refuse.
-    // What it made of the pick is read back from the record.
+    // A person picked a choice: the dialog marks it in ppdFile() and may mark others in consequence, or
+    // refuse. What it made of the pick is read back from the record.
     virtual void willChangePPDOptionKeyValuePpdChoice(
         const std::string& optionKeyword, const std::string& choiceKeyword) = 0;
 };
@@ -81,25 +83,26 @@ class PDEPlugin {
 public:
     virtual ~PDEPlugin() = default;
 
-    // `bundle` outlives the plug-in. False when the plug-in cannot work.
-    virtual bool initWithBundle(Bundle* bundle) = 0;
+    // The plug-in's own bundle, which the dialog keeps for as long as the plug-in. False when the plug-in
+    // cannot work.
+    virtual bool initWithBundle(const std::shared_ptr<Bundle>& bundle) = 0;
 
-    // The panels for a dialog of the given type, made with the dialog's callback object: null when the plug-in has
-    // a panel for such a dialog but not for this printer, an empty list when it has none for such a dialog. The
-    // plug-in keeps the list until the next call; the dialog may hold its panels longer.
+    // The panels for a dialog of the given type, made with the dialog's callback object: null when the
+    // plug-in has a panel for such a dialog but not for this printer, an empty list when it has none for such
+    // a dialog. The plug-in keeps the list until the next call; the dialog may hold its panels longer.
     using PanelList = std::vector<std::shared_ptr<PDEPanel>>;
     virtual std::shared_ptr<const PanelList> PDEPanelsForTypeWithHostInfo(
         std::string_view dialogType, std::shared_ptr<PDEPluginCallback> hostInfo) = 0;
 };
 
-// What the shared object of a plug-in exports under the name "create" followed by its principal class: a function
-// of this type that answers a new plug-in, owned by the caller.
+// What the shared object of a plug-in exports under the name "create" followed by its principal class: a
+// function of this type that answers a new plug-in, owned by the caller.
 using PDEPluginCreator = PDEPlugin* (*)();
 
 } // namespace platform
 
 // Stands once in a plug-in, at file scope, and exports its principal class.
 #define PLATFORM_PRINCIPAL_CLASS(name, type)                                                                 \
-    extern "C" __attribute__((visibility("default"))) ::platform::PDEPlugin* create##name() {               \
+    extern "C" __attribute__((visibility("default"))) ::platform::PDEPlugin* create##name() {                \
         return new type;                                                                                     \
     }

@@ -9,7 +9,8 @@ namespace platform {
 std::vector<std::string> preferredLanguages() {
     std::vector<std::string> languages;
     for (const gchar* const* name = g_get_language_names(); *name != nullptr; ++name) {
-        // Locale names are language[_territory][.codeset][@modifier]; the variants with a codeset repeat the others.
+        // Locale names are language[_territory][.codeset][@modifier]; the variants with a codeset repeat the
+        // others.
         std::string tag = *name;
         if (tag == "C" || tag == "POSIX" || tag.find_first_of(".@") != std::string::npos) continue;
         std::replace(tag.begin(), tag.end(), '_', '-');

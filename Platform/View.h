@@ -70,8 +70,8 @@ private:
     std::string stringValue_;
 };
 
-// One entry of a pop-up list. The represented object is whatever the panel ties to the entry; a mirror does not
-// look at it.
+// One entry of a pop-up list. The represented object is whatever the panel ties to the entry; a mirror does
+// not look at it.
 struct MenuItem {
     std::string title;
     std::string keyEquivalent;
@@ -106,8 +106,8 @@ public:
 
     // What the control tells its target when a person has picked an item.
     void setAction(Action action) { action_ = std::move(action); }
-    // A person's pick: selects the item, then sends the action. Answers false, and does nothing, when the control is
-    // disabled or hidden, or there is no such item, or the item is disabled.
+    // A person's pick: selects the item, then sends the action. Answers false, and does nothing, when the
+    // control is disabled or hidden, or there is no such item, or the item is disabled.
     bool pick(std::int64_t index);
 
 private:

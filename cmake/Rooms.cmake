@@ -1,7 +1,6 @@
 # The build tree has the layout of the installed tree, so that every program finds its companions in
 # the same way in both: programs in bin/, the plug-in bundle and the dialog's host in lib/orvan/.
 set(ORVAN_PRIVATE_DIR lib/orvan)
-set(ORVAN_BUNDLE_DIR ${ORVAN_PRIVATE_DIR}/OrvanPaperOptions.plugin)
 set(ORVAN_GTK_MODULE_DIR ${CMAKE_INSTALL_LIBDIR}/gtk-3.0/modules)
 
 add_library(OrvanFlags INTERFACE)

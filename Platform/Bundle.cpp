@@ -1,0 +1,116 @@
+#include "Platform/Bundle.h"
+
+#include "Platform/UserDefaults.h"
+#include "Platform/ViewResource.h"
+
+#include <dlfcn.h>
+
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+namespace platform {
+namespace {
+
+constexpr std::string_view kDevelopmentLanguage = "en";
+
+std::optional<std::string> readFile(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) return std::nullopt;
+    std::string bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    return stream.bad() ? std::nullopt : std::optional(std::move(bytes));
+}
+
+std::nullptr_t refuse(std::string* error, const std::string& message) {
+    if (error != nullptr) *error = message;
+    return nullptr;
+}
+
+// The dictionary in the file, nothing (and why, in *problem) when there is none.
+std::optional<PropertyList> readDictionary(const std::filesystem::path& file, std::string* problem) {
+    const std::optional<std::string> bytes = readFile(file);
+    if (!bytes) {
+        *problem = "there is no such file, or it cannot be read";
+        return std::nullopt;
+    }
+    std::optional<PropertyList> list = PropertyList::read(*bytes, problem);
+    if (list && list->asDictionary() == nullptr) {
+        *problem = "it is no dictionary";
+        return std::nullopt;
+    }
+    return list;
+}
+
+} // namespace
+
+Bundle::Bundle(std::filesystem::path folder, PropertyList info)
+    : folder_(std::move(folder)), info_(std::move(info)) {}
+
+std::shared_ptr<Bundle> Bundle::open(const std::filesystem::path& folder, std::string* error) {
+    const std::filesystem::path file = folder / "Contents" / "Info.plist";
+    std::string problem;
+    std::optional<PropertyList> info = readDictionary(file, &problem);
+    if (!info) return refuse(error, "cannot open the bundle: " + file.string() + ": " + problem);
+    return std::shared_ptr<Bundle>(new Bundle(folder, std::move(*info)));
+}
+
+const std::string* Bundle::infoString(std::string_view key) const {
+    const PropertyList* const value = info_.find(key);
+    return value != nullptr ? value->asString() : nullptr;
+}
+
+std::unique_ptr<PDEPlugin> Bundle::createPrincipalClass(std::string* error) const {
+    const std::string* const executable = infoString("BundleExecutable");
+    const std::string* const principalClass = infoString("PrincipalClass");
+    if (executable == nullptr || principalClass == nullptr)
+        return refuse(error,
+            folder_.string() + " is no plug-in: its Info.plist names no executable or no principal class");
+
+    const std::filesystem::path object = folder_ / "Contents" / "Linux" / *executable;
+    // Never closed: the code of views and panels is in it.
+    void* const library = dlopen(object.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    if (library == nullptr) return refuse(error, std::string("cannot load the plug-in: ") + dlerror());
+    void* const symbol = dlsym(library, ("create" + *principalClass).c_str());
+    if (symbol == nullptr)
+        return refuse(
+            error, "cannot load the plug-in: " + object.string() + " has no class " + *principalClass);
+    return std::unique_ptr<PDEPlugin>(reinterpret_cast<PDEPluginCreator>(symbol)());
+}
+
+std::shared_ptr<View> Bundle::loadView(
+    std::string_view name, const ViewOwner& owner, std::string* error) const {
+    const std::filesystem::path file = folder_ / "Contents" / "Resources" / (std::string(name) + ".view");
+    const std::optional<std::string> bytes = readFile(file);
+    if (!bytes) return refuse(error, "cannot read the view resource " + file.string());
+    ViewResource resource;
+    std::string problem;
+    if (!resource.read(
+            *bytes, [this](std::string_view text) { return localizedString(text); }, &problem))
+        return refuse(error, "cannot read the view resource " + file.string() + ": " + problem);
+
+    for (const auto& [outlet, view] : resource.outlets)
+        if (owner.setOutlet) owner.setOutlet(outlet, view);
+    for (const auto& [action, popUp] : resource.actions)
+        if (owner.action) popUp->setAction(owner.action(action));
+    return resource.root;
+}
+
+const PropertyList& Bundle::stringTable() const {
+    if (stringTable_) return *stringTable_;
+    std::vector<std::string> languages = preferredLanguages();
+    languages.emplace_back(kDevelopmentLanguage);
+    for (const std::string& language : languages) {
+        std::string problem;
+        const auto file = folder_ / "Contents" / "Resources" / (language + ".lproj") / "Localizable.strings";
+        if (auto table = readDictionary(file, &problem)) return stringTable_.emplace(std::move(*table));
+    }
+    return stringTable_.emplace(PropertyList::Dictionary{});
+}
+
+std::string Bundle::localizedString(std::string_view key) const {
+    const PropertyList* const value = stringTable().find(key);
+    const std::string* const text = value != nullptr ? value->asString() : nullptr;
+    return text != nullptr ? *text : std::string(key);
+}
+
+} // namespace platform

@@ -1,0 +1,26 @@
+#include "Platform/TextEncoding.h"
+
+#include <glib.h>
+
+#include <algorithm>
+
+namespace platform {
+
+std::optional<std::string> decodeUTF8(std::string_view bytes) {
+    // GLib takes a NUL for an error; it is a character like any other here.
+    std::string_view rest = bytes;
+    for (std::size_t nul = rest.find('\0'); nul != std::string_view::npos; nul = rest.find('\0')) {
+        if (!g_utf8_validate_len(rest.data(), nul, nullptr)) return std::nullopt;
+        rest.remove_prefix(nul + 1);
+    }
+    if (!g_utf8_validate_len(rest.data(), rest.size(), nullptr)) return std::nullopt;
+    return std::string(bytes);
+}
+
+std::optional<std::string> decodeASCII(std::string_view bytes) {
+    const auto isASCII = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    if (!std::all_of(bytes.begin(), bytes.end(), isASCII)) return std::nullopt;
+    return std::string(bytes);
+}
+
+} // namespace platform

@@ -1,0 +1,16 @@
+// Bytes to text.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+// The bytes as UTF-8 text; nothing when they are not valid UTF-8 (RFC 3629). A NUL byte is valid.
+std::optional<std::string> decodeUTF8(std::string_view bytes);
+
+// The bytes as ASCII text; nothing when a byte is above 127.
+std::optional<std::string> decodeASCII(std::string_view bytes);
+
+} // namespace platform

@@ -1,0 +1,158 @@
+#include "PrintDialog/Host/DialogPPD.h"
+
+#include "Common/PPDUtilities.h"
+#include "Platform/TextEncoding.h"
+
+#include <cups/cups.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <span>
+#include <system_error>
+
+namespace orvan {
+namespace {
+
+// What libcups answers with: an array of options that the caller frees.
+class CupsOptions {
+public:
+    CupsOptions() = default;
+    CupsOptions(const CupsOptions&) = delete;
+    CupsOptions& operator=(const CupsOptions&) = delete;
+    ~CupsOptions() { cupsFreeOptions(count, options); }
+
+    std::span<const cups_option_t> all() const {
+        return {options, static_cast<std::size_t>(std::max(count, 0))};
+    }
+
+    int count = 0;
+    cups_option_t* options = nullptr;
+};
+
+std::string titleOr(std::string_view title, std::string_view keyword) {
+    return platform::decodeUTF8(title).value_or(std::string(keyword));
+}
+
+} // namespace
+
+std::unique_ptr<DialogPPD> DialogPPD::open(const std::filesystem::path& file, std::string* error) {
+    std::error_code status;
+    const auto type = std::filesystem::status(file, status).type();
+    const auto refuse = [&](const std::string& why) {
+        if (error != nullptr) *error = "cannot read the PPD file " + file.string() + ": " + why;
+        return nullptr;
+    };
+    if (type == std::filesystem::file_type::not_found) return refuse("there is no such file");
+    if (type == std::filesystem::file_type::directory) return refuse("it is a folder");
+
+    ppd_file_t* const record = ppdOpenFile(file.c_str());
+    if (record == nullptr) {
+        int line = 0;
+        const int openError = errno;
+        const ppd_status_t problem = ppdLastError(&line);
+        if (problem == PPD_FILE_OPEN_ERROR) return refuse(std::strerror(openError));
+        return refuse(std::string(ppdErrorString(problem)) + " (line " + std::to_string(line) + ")");
+    }
+    std::unique_ptr<DialogPPD> ppd(new DialogPPD(record));
+    ppdLocalize(record);
+    ppdMarkDefaults(record);
+    return ppd;
+}
+
+bool DialogPPD::hasChoice(const std::string& option, const std::string& choice) {
+    return HasOptionKey(ppdFindOption(record_.get(), option.c_str()), choice);
+}
+
+std::string DialogPPD::choiceOf(const std::string& option) const {
+    const ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
+    if (found == nullptr) return {};
+    if (const ppd_choice_t* marked = ppdFindMarkedChoice(record_.get(), found->keyword))
+        return std::string(fieldText(marked->choice));
+    return defaultChoiceOf(option);
+}
+
+std::string DialogPPD::defaultChoiceOf(const std::string& option) const {
+    const ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
+    if (found == nullptr || !HasOptionKey(found, fieldText(found->defchoice))) return {};
+    return std::string(fieldText(found->defchoice));
+}
+
+std::string DialogPPD::pageSizeOf(double width, double height) const {
+    constexpr double kMillimetre = 72 / 25.4;
+    const auto near = [](double a, double b) { return std::abs(a - b) < kMillimetre; };
+    for (const ppd_size_t& size :
+        std::span(record_->sizes, static_cast<std::size_t>(std::max(record_->num_sizes, 0))))
+        if (near(size.width, width) && near(size.length, height)) return std::string(fieldText(size.name));
+    return {};
+}
+
+DialogPPD::Marks DialogPPD::marks() const {
+    Marks marks;
+    cups_array_t* const marked = record_->marked;
+    for (void* item = cupsArrayFirst(marked); item != nullptr; item = cupsArrayNext(marked)) {
+        const auto* const choice = static_cast<const ppd_choice_t*>(item);
+        marks.emplace(fieldText(choice->option->keyword), fieldText(choice->choice));
+    }
+    return marks;
+}
+
+bool DialogPPD::markOne(const std::string& option, const std::string& choice) {
+    if (!hasChoice(option, choice)) return false;
+    ppdMarkOption(record_.get(), option.c_str(), choice.c_str());
+    return true;
+}
+
+MarkResult DialogPPD::mark(const std::string& option, const std::string& choice) {
+    const Marks before = marks();
+    if (!markOne(option, choice)) return {};
+    return resolve(before, &option, &choice);
+}
+
+MarkResult DialogPPD::markAll(const std::map<std::string, std::string>& choices) {
+    const Marks before = marks();
+    for (const auto& [option, choice] : choices)
+        markOne(option, choice);
+    return resolve(before, nullptr, nullptr);
+}
+
+MarkResult DialogPPD::resolve(const Marks& before, const std::string* option, const std::string* choice) {
+    const auto text = [](const std::string* value) { return value != nullptr ? value->c_str() : nullptr; };
+    MarkResult result;
+    CupsOptions needed;
+    if (cupsResolveConflicts(record_.get(), text(option), text(choice), &needed.count, &needed.options) !=
+        0) {
+        for (const cups_option_t& change : needed.all())
+            markOne(change.name, change.value);
+    } else if (option != nullptr) {
+        CupsOptions contradicting;
+        contradicting.count =
+            cupsGetConflicts(record_.get(), text(option), text(choice), &contradicting.options);
+        for (const cups_option_t& other : contradicting.all())
+            result.conflicts.emplace(other.name, other.value);
+    }
+
+    const Marks after = marks();
+    for (const auto& [keyword, now] : after) {
+        const auto was = before.find(keyword);
+        if (was != before.end() && was->second == now) continue;
+        const bool asked = option != nullptr && keyword == *option;
+        ChoiceChange change{keyword, was != before.end() ? was->second : "", now};
+        result.changes.insert(asked ? result.changes.begin() : result.changes.end(), std::move(change));
+    }
+    return result;
+}
+
+std::string DialogPPD::optionTitle(const std::string& option) const {
+    const ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
+    return found != nullptr ? titleOr(fieldText(found->text), option) : option;
+}
+
+std::string DialogPPD::choiceTitle(const std::string& option, const std::string& choice) const {
+    ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
+    const ppd_choice_t* const record = found != nullptr ? ppdFindChoice(found, choice.c_str()) : nullptr;
+    return record != nullptr ? titleOr(fieldText(record->text), choice) : choice;
+}
+
+} // namespace orvan

@@ -1,0 +1,76 @@
+// The PPD of the printer that a dialog configures, with the dialog's choices marked in it.
+#pragma once
+
+#include <cups/ppd.h>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvan {
+
+// One option whose choice became another one; keywords, "" for no choice.
+struct ChoiceChange {
+    std::string option;
+    std::string from;
+    std::string to;
+    bool operator==(const ChoiceChange&) const = default;
+};
+
+// What marking a choice led to.
+struct MarkResult {
+    // The options whose choice changed, the one that was asked for first when it did.
+    std::vector<ChoiceChange> changes;
+    // The options, with their choices, that contradict the choice and could not be made to give way (the size
+    // of the paper never does: it is the document's).
+    std::map<std::string, std::string> conflicts;
+};
+
+// Owns the record. One thread at a time; the record may be opened on one thread and used on another.
+class DialogPPD {
+public:
+    // Opens the file, translates its titles into the language of the process's locale and marks its defaults.
+    // Null, and a message for people in *error, when the file cannot be read as a PPD.
+    static std::unique_ptr<DialogPPD> open(const std::filesystem::path& file, std::string* error);
+
+    ppd_file_t* record() { return record_.get(); }
+
+    bool hasChoice(const std::string& option, const std::string& choice);
+    // The keyword of the option's marked choice, or of its default when none is marked; "" for neither and
+    // for an option that the PPD does not have.
+    std::string choiceOf(const std::string& option) const;
+
+    // The keyword of the option's default choice; "" when there is no such option or choice.
+    std::string defaultChoiceOf(const std::string& option) const;
+    // The PPD's page size of these dimensions in points (to within a millimetre); "" for none.
+    std::string pageSizeOf(double width, double height) const;
+
+    // Marks a choice. Conflicts that it causes (*UIConstraints, *cupsUIConstraints) are resolved: this choice
+    // stays, what contradicts it changes. An option or choice that the PPD does not have changes nothing.
+    MarkResult mark(const std::string& option, const std::string& choice);
+    // Marks several choices, none newer than another, and resolves the conflicts among all marks.
+    MarkResult markAll(const std::map<std::string, std::string>& choices);
+
+    // For people: the title in the PPD, or the keyword where there is none that is UTF-8.
+    std::string optionTitle(const std::string& option) const;
+    std::string choiceTitle(const std::string& option, const std::string& choice) const;
+
+private:
+    struct Close {
+        void operator()(ppd_file_t* ppd) const { ppdClose(ppd); }
+    };
+    using Marks = std::map<std::string, std::string>;
+
+    explicit DialogPPD(ppd_file_t* record) : record_(record) {}
+    Marks marks() const;
+    bool markOne(const std::string& option, const std::string& choice);
+    MarkResult resolve(const Marks& before, const std::string* option, const std::string* choice);
+
+    std::unique_ptr<ppd_file_t, Close> record_;
+};
+
+} // namespace orvan

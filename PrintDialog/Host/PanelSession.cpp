@@ -1,0 +1,91 @@
+#include "PrintDialog/Host/PanelSession.h"
+
+namespace orvan {
+
+// The panel holds this object, and this object holds the PPD record that the panel borrows. It holds neither
+// panel nor session, so there is no cycle.
+class PanelSession::Callback final : public platform::PDEPluginCallback {
+public:
+    Callback(std::unique_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer)
+        : ppd_(std::move(ppd)), printer_(std::move(printer)) {}
+
+    ppd_file_t* ppdFile() override { return ppd_->record(); }
+    std::shared_ptr<platform::PMPrinter> PMPrinter() override { return printer_; }
+    void willChangePPDOptionKeyValuePpdChoice(
+        const std::string& optionKeyword, const std::string& choiceKeyword) override {
+        const MarkResult result = ppd_->mark(optionKeyword, choiceKeyword);
+        if (handler_) handler_(result);
+    }
+
+    DialogPPD& ppd() { return *ppd_; }
+    void setHandler(std::function<void(const MarkResult&)> handler) { handler_ = std::move(handler); }
+
+private:
+    std::unique_ptr<DialogPPD> ppd_;
+    std::shared_ptr<platform::PMPrinter> printer_;
+    std::function<void(const MarkResult&)> handler_;
+};
+
+std::unique_ptr<PanelSession> PanelSession::create(std::shared_ptr<platform::Bundle> bundle,
+    std::unique_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer, std::string* error) {
+    std::unique_ptr<PanelSession> session(new PanelSession);
+    session->bundle_ = std::move(bundle);
+    session->callback_ = std::make_shared<Callback>(std::move(ppd), std::move(printer));
+    session->plugin_ = session->bundle_->createPrincipalClass(error);
+    if (session->plugin_ == nullptr || !session->plugin_->initWithBundle(session->bundle_)) return nullptr;
+
+    const auto panels = session->plugin_->PDEPanelsForTypeWithHostInfo(
+        platform::kPrintDialogTypeIdentifier, session->callback_);
+    if (panels == nullptr || panels->empty()) return nullptr;
+    session->panel_ = panels->front();
+    return session;
+}
+
+PanelSession::~PanelSession() {
+    if (callback_ != nullptr) callback_->setHandler({});
+}
+
+DialogPPD& PanelSession::ppd() {
+    return callback_->ppd();
+}
+
+void PanelSession::setPickHandler(std::function<void(const MarkResult&)> handler) {
+    callback_->setHandler(std::move(handler));
+}
+
+void PanelSession::willShow() {
+    if (wasShown_) {
+        panel_->willShow();
+        return;
+    }
+    wasShown_ = true;
+    panel_->restoreValuesAndReturnError(nullptr);
+    panel_->panelView();
+    panel_->willShow();
+    panel_->restoreValuesAndReturnError(nullptr);
+}
+
+PanelSession::Summary PanelSession::summary() {
+    std::map<std::string, std::string> lines = panel_->summaryInfo();
+    Summary ordered;
+    for (const std::string& key : panel_->supportedPPDOptionKeys())
+        if (auto line = lines.extract(ppd().optionTitle(key)))
+            ordered.emplace_back(std::move(line.key()), std::move(line.mapped()));
+    for (auto& [title, value] : lines)
+        ordered.emplace_back(title, std::move(value));
+    return ordered;
+}
+
+MarkResult PanelSession::markElsewhere(const std::string& option, const std::string& choice) {
+    MarkResult result = ppd().mark(option, choice);
+    panel_->restoreValuesAndReturnError(nullptr);
+    return result;
+}
+
+MarkResult PanelSession::markElsewhere(const std::map<std::string, std::string>& choices) {
+    MarkResult result = ppd().markAll(choices);
+    panel_->restoreValuesAndReturnError(nullptr);
+    return result;
+}
+
+} // namespace orvan

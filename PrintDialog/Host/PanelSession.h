@@ -1,0 +1,62 @@
+// One printer configured in one dialog: its PPD, the plug-in's panel for it, and the dialog's callback object
+// between the two.
+#pragma once
+
+#include "Platform/Bundle.h"
+#include "Platform/PrintDialog.h"
+#include "PrintDialog/Host/DialogPPD.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvan {
+
+// Ends the panel, the plug-in object and the PPD when it ends. One thread.
+class PanelSession {
+public:
+    // Creates the bundle's plug-in and asks it for its print-dialog panel. Null, and a message for people in
+    // *error, when the plug-in cannot be loaded; null without a message when it has no panel for this PPD.
+    // `printer` may be null when there is no queue.
+    static std::unique_ptr<PanelSession> create(std::shared_ptr<platform::Bundle> bundle,
+        std::unique_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer, std::string* error);
+    ~PanelSession();
+    PanelSession(const PanelSession&) = delete;
+    PanelSession& operator=(const PanelSession&) = delete;
+
+    platform::PDEPanel& panel() { return *panel_; }
+    const platform::PDEPanel& panel() const { return *panel_; }
+    DialogPPD& ppd();
+
+    // Told, after the choice is marked, of each pick in the panel.
+    void setPickHandler(std::function<void(const MarkResult&)> handler);
+
+    // The panel is about to become visible: the first time its values are restored, it is shown, and they are
+    // restored again, because showing may change its lists; later it is only shown.
+    void willShow();
+
+    // The panel's part of the summary, option title and choice title, in the order of the panel's options.
+    using Summary = std::vector<std::pair<std::string, std::string>>;
+    Summary summary();
+
+    // Choices that were made elsewhere in the dialog: marked as the panel's picks are, and the panel reads
+    // them back. The pick handler is not told.
+    MarkResult markElsewhere(const std::string& option, const std::string& choice);
+    MarkResult markElsewhere(const std::map<std::string, std::string>& choices);
+
+private:
+    class Callback;
+
+    PanelSession() = default;
+
+    std::shared_ptr<platform::Bundle> bundle_;
+    std::shared_ptr<Callback> callback_;
+    std::unique_ptr<platform::PDEPlugin> plugin_;
+    std::shared_ptr<platform::PDEPanel> panel_;
+    bool wasShown_ = false;
+};
+
+} // namespace orvan

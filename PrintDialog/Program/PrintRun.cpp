@@ -1,0 +1,148 @@
+#include "PrintDialog/Program/PrintRun.h"
+
+#include "PrintDialog/Gtk/GObjectRef.h"
+#include "PrintDialog/Host/InstalledFiles.h"
+#include "PrintDialog/Host/Scheduler.h"
+
+#include <gmodule.h>
+#include <gtk/gtkunixprint.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <optional>
+
+namespace orvan {
+namespace {
+
+constexpr std::chrono::seconds kSchedulerPatience{5};
+
+int fail(const std::string& title, const std::string& detail) {
+    std::fprintf(stderr, "orvan-print: %s: %s\n", title.c_str(), detail.c_str());
+    GtkWidget* const dialog = gtk_message_dialog_new(
+        nullptr, GTK_DIALOG_MODAL, GTK_MESSAGE_ERROR, GTK_BUTTONS_CLOSE, "%s", title.c_str());
+    gtk_message_dialog_format_secondary_text(GTK_MESSAGE_DIALOG(dialog), "%s", detail.c_str());
+    gtk_dialog_run(GTK_DIALOG(dialog));
+    gtk_widget_destroy(dialog);
+    return 1;
+}
+
+// Why the file cannot be printed; nothing when it can.
+std::optional<std::string> problemWith(const std::string& file) {
+    std::error_code status;
+    const auto type = std::filesystem::status(file, status).type();
+    if (type == std::filesystem::file_type::not_found) return "There is no such file.";
+    if (type == std::filesystem::file_type::directory) return "It is a folder.";
+    if (!std::ifstream(file)) return std::string(std::strerror(errno)) + ".";
+    return std::nullopt;
+}
+
+// The options are optional: without them the dialog is GTK's own.
+void attachPaperOptions(GtkPrintUnixDialog* dialog) {
+    const char* const wish = g_getenv("ORVAN_PAPER_OPTIONS");
+    if (wish != nullptr && g_ascii_strcasecmp(wish, "off") == 0) return;
+    const std::filesystem::path library = privateFolder() / "liborvan-print-dialog.so";
+    gpointer symbol = nullptr;
+    GModule* const host = g_module_open(library.c_str(), G_MODULE_BIND_LOCAL);
+    if (host != nullptr && g_module_symbol(host, "orvanAttachPaperOptions", &symbol) != FALSE) {
+        g_module_make_resident(host);
+        reinterpret_cast<void (*)(GtkPrintUnixDialog*)>(symbol)(dialog);
+    } else {
+        std::fprintf(stderr, "orvan-print: going on without the paper options: %s\n", g_module_error());
+    }
+}
+
+// What the person chose.
+struct Chosen {
+    GObjectRef<GtkPrinter> printer;
+    GObjectRef<GtkPrintSettings> settings;
+    GObjectRef<GtkPageSetup> pageSetup;
+};
+
+// Nothing when the person cancelled.
+std::optional<Chosen> ask(const PrintArguments& arguments) {
+    auto* const dialog = GTK_PRINT_UNIX_DIALOG(gtk_print_unix_dialog_new(nullptr, nullptr));
+    gtk_print_unix_dialog_set_manual_capabilities(dialog, GTK_PRINT_CAPABILITY_GENERATE_PDF);
+    if (!arguments.queue.empty()) {
+        const GObjectRef<GtkPrintSettings> settings(gtk_print_settings_new());
+        gtk_print_settings_set_printer(settings.get(), arguments.queue.c_str());
+        gtk_print_unix_dialog_set_settings(dialog, settings.get());
+    }
+    attachPaperOptions(dialog);
+
+    std::optional<Chosen> chosen;
+    if (gtk_dialog_run(GTK_DIALOG(dialog)) == GTK_RESPONSE_OK) {
+        GtkPrinter* const printer = gtk_print_unix_dialog_get_selected_printer(dialog);
+        GtkPageSetup* const pageSetup = gtk_print_unix_dialog_get_page_setup(dialog);
+        chosen = Chosen{retain(printer),
+            GObjectRef<GtkPrintSettings>(gtk_print_unix_dialog_get_settings(dialog)), retain(pageSetup)};
+    }
+    gtk_widget_destroy(GTK_WIDGET(dialog));
+    return chosen;
+}
+
+// Sends one file and waits for the printing system's answer. Nothing when it took the job, otherwise its
+// reason.
+std::optional<std::string> send(const Chosen& chosen, const std::string& file) {
+    const std::string title = std::filesystem::path(file).filename().string();
+    // The job changes its settings, so each has its own.
+    const GObjectRef<GtkPrintSettings> settings(gtk_print_settings_copy(chosen.settings.get()));
+    const GObjectRef<GtkPrintJob> job(
+        gtk_print_job_new(title.c_str(), chosen.printer.get(), settings.get(), chosen.pageSetup.get()));
+    GError* problem = nullptr;
+    struct Answer {
+        bool arrived = false;
+        std::optional<std::string> problem;
+    } answer;
+    if (gtk_print_job_set_source_file(job.get(), file.c_str(), &problem) == FALSE) {
+        answer.problem = problem->message;
+        g_error_free(problem);
+        return answer.problem;
+    }
+    const auto arrived = [](GtkPrintJob*, gpointer data, const GError* error) {
+        auto* const result = static_cast<Answer*>(data);
+        result->arrived = true;
+        if (error != nullptr) result->problem = error->message;
+    };
+    gtk_print_job_send(job.get(), arrived, &answer, nullptr);
+    while (!answer.arrived)
+        g_main_context_iteration(nullptr, TRUE);
+    if (!answer.problem && gtk_print_job_get_status(job.get()) == GTK_PRINT_STATUS_FINISHED_ABORTED)
+        answer.problem = "The printing system did not take the job.";
+    return answer.problem;
+}
+
+} // namespace
+
+int runPrint(const PrintArguments& arguments) {
+    for (const std::string& file : arguments.files)
+        if (const auto problem = problemWith(file)) return fail("Cannot print " + file, *problem);
+
+    std::string error;
+    const auto queues = listQueues(kSchedulerPatience, &error);
+    if (!queues) return fail("Cannot print", error);
+    if (queues->empty())
+        return fail("There is no printer",
+            "Add one to " + schedulerName() + " first, in the system's printer settings.");
+    if (!arguments.queue.empty() && std::ranges::find(*queues, arguments.queue) == queues->end())
+        return fail("There is no printer " + arguments.queue, "\"lpstat -v\" lists the printers.");
+
+    const std::optional<Chosen> chosen = ask(arguments);
+    if (!chosen) {
+        std::fprintf(stderr, "orvan-print: cancelled; nothing was printed\n");
+        return 1;
+    }
+    int result = 0;
+    for (const std::string& file : arguments.files)
+        if (const auto problem = send(*chosen, file))
+            result = fail("Cannot print " + file,
+                std::string("Printer ") + gtk_printer_get_name(chosen->printer.get()) + ": " + *problem);
+    return result;
+}
+
+} // namespace orvan

@@ -1,0 +1,45 @@
+// orvan-print: the print dialog, with the paper options, for people whose application has none.
+#include "PrintDialog/Program/PrintRun.h"
+
+#include <CLI/CLI.hpp>
+
+#include <gtk/gtk.h>
+
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+int main(int argc, char** argv) {
+    using namespace orvan;
+    CLI::App program(
+        "Print files through the print dialog, with the paper options of Orvan printers.", "orvan-print");
+    PrintArguments arguments;
+    program
+        .add_option("FILE", arguments.files,
+            "The files to print: PDF, PostScript, or what the printer's queue accepts")
+        ->required();
+    program.add_option("-q,--queue", arguments.queue, "The queue that the dialog opens with")
+        ->type_name("QUEUE");
+    program.set_version_flag("--version", "orvan-print " ORVAN_VERSION);
+    program.footer("Exit codes: 0 printed, 1 not printed, 2 wrong usage.\n"
+                   "Example: orvan-print -q Office report.pdf");
+    program.failure_message(CLI::FailureMessage::simple);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& problem) {
+        return program.exit(problem) == 0 ? 0 : 2;
+    }
+
+    if (gtk_init_check(nullptr, nullptr) == FALSE) {
+        std::fprintf(stderr, "orvan-print: cannot open the display; is DISPLAY or WAYLAND_DISPLAY set?"
+                             " (\"lp -d QUEUE FILE\" prints without a dialog.)\n");
+        return 1;
+    }
+    try {
+        return runPrint(arguments);
+    } catch (const std::exception& problem) {
+        std::fprintf(stderr, "orvan-print: %s\n", problem.what());
+        return 1;
+    }
+}

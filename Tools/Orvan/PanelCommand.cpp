@@ -1,0 +1,202 @@
+#include "Common/PDEChoice.h"
+#include "OrvanPaperOptions/Source/OptionRows.h"
+#include "PrintDialog/Host/InstalledFiles.h"
+#include "PrintDialog/Host/PanelSession.h"
+#include "PrintDialog/Host/Scheduler.h"
+#include "Tools/Orvan/Command.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvan {
+namespace {
+
+using Json = nlohmann::ordered_json;
+constexpr std::chrono::seconds kSchedulerPatience{10};
+
+struct PanelArguments {
+    std::string ppdFile;
+    std::string queue;
+    std::vector<std::string> sets;
+    std::string release;
+    bool json = false;
+};
+
+// One row of the panel as it is shown.
+struct ShownRow {
+    const OptionRowSpec& spec;
+    platform::TextField* label;
+    platform::PopUpButton* popUp;
+
+    static ShownRow of(platform::View& root, const OptionRowSpec& spec) {
+        return {spec, dynamic_cast<platform::TextField*>(root.viewWithTag(spec.labelTag())),
+            dynamic_cast<platform::PopUpButton*>(root.viewWithTag(spec.popUpTag()))};
+    }
+};
+
+std::string itemKeyword(const platform::MenuItem& item) {
+    const auto choice = std::static_pointer_cast<PDEChoice>(item.representedObject);
+    const std::string* keyword = choice != nullptr ? choice->ppdTitle() : nullptr;
+    return keyword != nullptr ? *keyword : "";
+}
+
+// Whole points without a fraction.
+Json points(double value) {
+    const auto whole = static_cast<std::int64_t>(value);
+    return static_cast<double>(whole) == value ? Json(whole) : Json(value);
+}
+
+Json pointJson(const platform::View* view) {
+    const platform::Point origin = view != nullptr ? view->frame().origin : platform::Point{};
+    return Json::array({points(origin.x), points(origin.y)});
+}
+
+Json rowJson(const ShownRow& row) {
+    Json items = Json::array();
+    Json selected = nullptr;
+    if (row.popUp != nullptr) {
+        for (const platform::MenuItem& item : row.popUp->items())
+            items.push_back({{"title", item.title}, {"keyword", itemKeyword(item)}});
+        if (row.popUp->indexOfSelectedItem() >= 0) selected = row.popUp->indexOfSelectedItem();
+    }
+    return {{"row", row.spec.row}, {"keyword", row.spec.keyword},
+        {"label", row.label != nullptr ? row.label->stringValue() : ""},
+        {"enabled", row.popUp != nullptr && row.popUp->isEnabled()},
+        {"hidden", row.popUp == nullptr || row.popUp->isHidden()}, {"labelOrigin", pointJson(row.label)},
+        {"popUpOrigin", pointJson(row.popUp)}, {"items", std::move(items)},
+        {"selected", std::move(selected)}};
+}
+
+void printJson(platform::PDEPanel& panel, platform::View& root) {
+    Json rows = Json::array();
+    for (const OptionRowSpec& spec : kOptionRows)
+        rows.push_back(rowJson(ShownRow::of(root, spec)));
+    const Json answer{{"schemaVersion", 1}, {"kind", panel.panelKind()}, {"name", panel.panelName()},
+        {"supportedPPDOptionKeys", panel.supportedPPDOptionKeys()}, {"height", points(root.frame().height)},
+        {"rows", std::move(rows)}, {"summary", panel.summaryInfo()}};
+    std::cout << answer << '\n';
+}
+
+void printText(PanelSession& session, platform::View& root) {
+    platform::PDEPanel& panel = session.panel();
+    std::cout << panel.panelName() << "\n\n";
+    for (const OptionRowSpec& spec : kOptionRows) {
+        const ShownRow row = ShownRow::of(root, spec);
+        if (row.label == nullptr || row.popUp == nullptr || row.popUp->isHidden()) continue;
+        const platform::MenuItem* const item = row.popUp->itemAtIndex(row.popUp->indexOfSelectedItem());
+        std::cout << "  " << row.label->stringValue() << ' ';
+        if (!row.popUp->isEnabled())
+            std::cout << "(not available)\n";
+        else
+            std::cout << '[' << (item != nullptr ? item->title : "") << "]  of " << row.popUp->items().size()
+                      << '\n';
+    }
+    std::cout << "\nSummary\n";
+    for (const auto& [title, value] : session.summary())
+        std::cout << "  " << title << ": " << value << '\n';
+}
+
+// Picks the choice through its pop-up. Answers what is wrong, or nothing.
+std::optional<std::string> pick(platform::View& root, const std::string& option, const std::string& choice) {
+    const auto spec = std::ranges::find(kOptionRows, option, &OptionRowSpec::keyword);
+    if (spec == kOptionRows.end()) {
+        std::string known;
+        for (const OptionRowSpec& row : kOptionRows)
+            known += std::string(known.empty() ? "" : ", ") + row.keyword;
+        return "the panel has no option " + option + "; it has " + known;
+    }
+    platform::PopUpButton* const popUp = ShownRow::of(root, *spec).popUp;
+    if (popUp == nullptr || popUp->items().empty()) return "this printer has no option " + option;
+    const auto& items = popUp->items();
+    const auto item = std::ranges::find(items, choice, itemKeyword);
+    if (item == items.end() || !popUp->pick(item - items.begin())) {
+        std::string known;
+        for (const platform::MenuItem& other : items)
+            known += (known.empty() ? "" : ", ") + itemKeyword(other);
+        return "option " + option + " has no choice " + choice + "; it has " + known;
+    }
+    return std::nullopt;
+}
+
+int showPanel(PanelSession& session, const PanelArguments& arguments) {
+    session.willShow();
+    platform::View* const root = session.panel().panelView();
+    if (root == nullptr)
+        return cannot("the panel's view resource cannot be loaded; is the package installed whole?");
+    for (const std::string& set : arguments.sets) {
+        const std::size_t equals = set.find('=');
+        if (const auto problem = pick(*root, set.substr(0, equals), set.substr(equals + 1)))
+            return cannot("cannot set " + set + ": " + *problem);
+    }
+    arguments.json ? printJson(session.panel(), *root) : printText(session, *root);
+    return kDone;
+}
+
+int runPanel(const PanelArguments& arguments) {
+    // Before the bundle is loaded: the release is asked for once.
+    if (!arguments.release.empty()) setenv("ORVAN_SYSTEM_RELEASE", arguments.release.c_str(), 1);
+
+    std::string error;
+    const bool fromQueue = !arguments.queue.empty();
+    std::unique_ptr<DialogPPD> ppd = fromQueue ? fetchQueuePPD(arguments.queue, kSchedulerPatience, &error)
+                                               : DialogPPD::open(arguments.ppdFile, &error);
+    if (ppd == nullptr) return cannot(error);
+    const auto bundle = platform::Bundle::open(paperOptionsBundleFolder(), &error);
+    if (bundle == nullptr) return cannot(error);
+    const std::unique_ptr<PanelSession> session = PanelSession::create(bundle, std::move(ppd),
+        fromQueue ? std::make_shared<platform::PMPrinter>(arguments.queue) : nullptr, &error);
+    if (session != nullptr) return showPanel(*session, arguments);
+    if (!error.empty()) return cannot(error);
+
+    if (arguments.json) std::cout << Json{{"schemaVersion", 1}, {"panel", nullptr}} << '\n';
+    return cannot("the PPD has none of the panel's options, so there is no panel for it");
+}
+
+std::string checkRelease(const std::string& release) {
+    const bool wellFormed = !release.empty() &&
+                            release.find_first_not_of("0123456789.") == std::string::npos &&
+                            release.front() != '.' && release.back() != '.' &&
+                            release.find("..") == std::string::npos && std::ranges::count(release, '.') <= 2;
+    return wellFormed ? "" : "\"" + release + "\" is not a release such as 10.9.0";
+}
+
+std::string checkSet(const std::string& set) {
+    const std::size_t equals = set.find('=');
+    const bool wellFormed = equals != std::string::npos && equals > 0 && equals + 1 < set.size();
+    return wellFormed ? "" : "\"" + set + "\" is not KEYWORD=CHOICE";
+}
+
+} // namespace
+
+void addPanelCommand(CLI::App& program, CommandBody& run) {
+    const auto arguments = std::make_shared<PanelArguments>();
+    CLI::App* command =
+        program.add_subcommand("panel", "Show the paper options panel for a printer, without a display");
+    CLI::Option_group* source = command->add_option_group("printer");
+    source->add_option("--ppd", arguments->ppdFile, "The printer's PPD file")->type_name("FILE");
+    source->add_option("-q,--queue", arguments->queue, "A queue of the print scheduler")->type_name("QUEUE");
+    source->require_option(1);
+    command->add_option("--set", arguments->sets, "Pick a choice in the panel, as a person would; repeatable")
+        ->type_name("KEYWORD=CHOICE")
+        ->allow_extra_args(false)
+        ->check(checkSet);
+    command->add_option("--release", arguments->release, "The system release to stand for (default 10.9.0)")
+        ->type_name("R")
+        ->check(checkRelease);
+    command->add_flag("--json", arguments->json, "Answer in JSON");
+    command->footer("Examples:\n  orvan panel -q Office\n"
+                    "  orvan panel --ppd Orvan-4500.ppd --set MediaType=Transparency --json");
+    command->callback([arguments, &run] { run = [arguments] { return runPanel(*arguments); }; });
+}
+
+} // namespace orvan

@@ -1,0 +1,47 @@
+#include "Tools/Orvan/Command.h"
+
+#include <clocale>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+
+namespace orvan {
+
+int cannot(const std::string& message) {
+    std::fprintf(stderr, "orvan: %s\n", message.c_str());
+    return kNotDone;
+}
+
+namespace {
+
+int runProgram(int argc, char** argv) {
+    CLI::App program("Paper options of Orvan printers, from the command line.", "orvan");
+    program.set_version_flag("--version", "orvan " ORVAN_VERSION);
+    program.require_subcommand(1);
+    program.failure_message(CLI::FailureMessage::simple);
+    program.footer("Exit codes: 0 done, 1 it could not be done, 2 wrong usage.\n"
+                   "\"orvan COMMAND --help\" says more about a command.");
+    CommandBody run;
+    addPanelCommand(program, run);
+    addCheckCommand(program, run);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& problem) {
+        return program.exit(problem) == 0 ? kDone : kWrongUsage;
+    }
+    return run();
+}
+
+} // namespace
+} // namespace orvan
+
+int main(int argc, char** argv) {
+    std::setlocale(LC_ALL, "");
+    try {
+        const int code = orvan::runProgram(argc, argv);
+        std::cout.flush();
+        return std::cout ? code : orvan::cannot("cannot write to standard output");
+    } catch (const std::exception& problem) {
+        return orvan::cannot(problem.what());
+    }
+}
