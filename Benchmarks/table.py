@@ -90,6 +90,9 @@ def panel(times):
 def rows(build):
     times = Times(build / "Benchmarks/orvan-bench")
     yield from panel(times)
+    yield times.against("XML document read into a tree, 500 entries", "readXML", "readXMLFloor", "expat alone")
+    yield times.against("XML property list read, 500 entries", "readList/xml", "readListPeer/xml", "libplist")
+    yield times.against("Binary property list read, 500 entries", "readList/binary", "readListPeer/binary", "libplist")
     module = next((build / "lib").glob("**/liborvan-paper-options-module.so"))
     with_module, without = startup.instructions(build / "Benchmarks/quiet-application", module)
     yield Row("Instructions of an application that never prints", "instructions", with_module,
