@@ -46,6 +46,9 @@ std::unique_ptr<DialogPPD> DialogPPD::open(const std::filesystem::path& file, st
     };
     if (type == std::filesystem::file_type::not_found) return refuse("there is no such file");
     if (type == std::filesystem::file_type::directory) return refuse("it is a folder");
+    // A pipe might never be written to.
+    if (status == std::error_code() && type != std::filesystem::file_type::regular)
+        return refuse("it is no regular file");
 
     ppd_file_t* const record = ppdOpenFile(file.c_str());
     if (record == nullptr) {
