@@ -37,7 +37,7 @@ std::string textAt(GtkTreeModel* model, GtkTreeIter* row) {
         if (gtk_tree_model_get_column_type(model, column) != G_TYPE_STRING) continue;
         char* text = nullptr;
         gtk_tree_model_get(model, row, column, &text, -1);
-        const std::string copy = text != nullptr ? text : "";
+        std::string copy = text != nullptr ? text : "";
         g_free(text);
         if (!copy.empty()) return copy;
     }

@@ -51,6 +51,7 @@ extern "C" __attribute__((visibility("default"))) void syslog(int, const char* f
 
 // What GTK's print back end and the font library leave behind by themselves, dialog or not. Whole call stacks
 // are needed to tell these from leaks of ours.
+// NOLINTBEGIN(bugprone-reserved-identifier): the sanitizers' names
 extern "C" const char* __asan_default_options();
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options() {
     return "fast_unwind_on_malloc=0:malloc_context_size=10";
@@ -59,6 +60,7 @@ extern "C" const char* __lsan_default_suppressions();
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
     return "leak:libfontconfig\nleak:g_strdupv\n";
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace orvan::test {
 
