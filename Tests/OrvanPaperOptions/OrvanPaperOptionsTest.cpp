@@ -134,6 +134,7 @@ TEST_F(OrvanPaperOptionsTest, AnActionFromElsewhereOnlyRefreshes) {
 
 TEST_F(OrvanPaperOptionsTest, ARowWithoutAMarkGoesByItsDefault) {
     create();
+    panel_->restoreValuesAndReturnError(nullptr); // each row has a choice, which two of them lose
     const auto unmark = [this](const char* keyword) {
         ppd_option_t& option = dialog_->option(keyword);
         for (int i = 0; i < option.num_choices; ++i)
