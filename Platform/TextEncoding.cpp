@@ -23,4 +23,12 @@ std::optional<std::string> decodeASCII(std::string_view bytes) {
     return std::string(bytes);
 }
 
+std::string_view prefixOfUTF8(std::string_view text, std::size_t maximum) {
+    if (text.size() <= maximum) return text;
+    // Every byte of a character but its first is 10xxxxxx (RFC 3629, section 3).
+    while (maximum > 0 && (static_cast<unsigned char>(text[maximum]) & 0xC0U) == 0x80U)
+        --maximum;
+    return text.substr(0, maximum);
+}
+
 } // namespace platform

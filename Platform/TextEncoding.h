@@ -1,6 +1,7 @@
 // Bytes to text.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,5 +13,8 @@ std::optional<std::string> decodeUTF8(std::string_view bytes);
 
 // The bytes as ASCII text; nothing when a byte is above 127.
 std::optional<std::string> decodeASCII(std::string_view bytes);
+
+// As much of valid UTF-8 text as fits `maximum` bytes without cutting a character.
+std::string_view prefixOfUTF8(std::string_view text, std::size_t maximum);
 
 } // namespace platform

@@ -1,5 +1,6 @@
 // The panel's controls: built when it is first shown, then kept in step with the dialog's marks.
 #include "Common/PPDUtilities.h"
+#include "Common/Utilities/ReleaseGates.h"
 #include "OrvanPaperOptions/Source/OrvanPaperOptions.h"
 
 #include <algorithm>
@@ -54,6 +55,7 @@ void OrvanPaperOptions::initializeUI() {
         }
     }
 
+    if (!RunningOn1010OrLater()) queryPrinterForCPTsThread();
     if (pdeView_ != nullptr) pdeView_->setFrame(panelFrame);
     hasInited_ = true;
 }

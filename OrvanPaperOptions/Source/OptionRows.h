@@ -42,6 +42,9 @@ inline constexpr std::array<OptionRowSpec, 7> kOptionRows{{
     {7, "OVNEdgeToEdge", "edgeToEdgePopUp", WhenAbsent::HideRow, RowPlace::BelowLastVisible},
 }};
 
+// The row whose list the printer's custom paper types are put into.
+inline constexpr const OptionRowSpec& kPaperTypeRow = kOptionRows[0];
+
 // Points from one row to the next.
 inline constexpr double kRowPitch = 30;
 

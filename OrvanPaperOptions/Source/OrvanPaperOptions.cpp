@@ -1,6 +1,7 @@
 #include "OrvanPaperOptions/Source/OrvanPaperOptions.h"
 
 #include "Common/PPDUtilities.h"
+#include "Common/Utilities/ReleaseGates.h"
 #include "Platform/SystemLog.h"
 
 #include <algorithm>
@@ -26,8 +27,15 @@ std::shared_ptr<OrvanPaperOptions> OrvanPaperOptions::initWithCallbackAndBundle(
     for (std::size_t i = 0; i < kOptionRows.size(); ++i)
         panel->rows_[i] = OptionRow::fromPPD(panel->ppd_, kOptionRows[i]);
 
+    if (!RunningOn1010OrLater()) panel->startPrinterQuery();
+    panel->cpt_.emplace();
+
     const auto isPresent = [](const OptionRow& row) { return row.option != nullptr; };
     return std::ranges::any_of(panel->rows_, isPresent) ? panel : nullptr;
+}
+
+OrvanPaperOptions::~OrvanPaperOptions() {
+    if (ovBiDi_ != nullptr) ovBiDi_->invalidate();
 }
 
 platform::View* OrvanPaperOptions::panelView() {

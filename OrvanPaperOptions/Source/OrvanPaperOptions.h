@@ -1,10 +1,12 @@
 // The paper options panel: seven pop-ups for options of the printer's PPD.
 #pragma once
 
+#include "BiDi/OrvanBiDi.h"
 #include "Common/PDEChoice.h"
 #include "OrvanPaperOptions/Source/OptionRows.h"
 #include "Platform/Bundle.h"
 #include "Platform/PrintDialog.h"
+#include "Platform/PropertyList.h"
 
 #include <cups/ppd.h>
 
@@ -30,12 +32,19 @@ std::string EmptyIfNil(const std::string* text);
 // One panel of one print dialog. The dialog owns it and calls it on its main thread. It borrows the dialog's
 // PPD record, whose marks are the only state of the options: a pick goes to the dialog, and what is shown is
 // read back.
+//
+// On releases before 10.10 it asks the printer for its custom paper types as soon as it is created. What has arrived when
+// the panel is first shown decides the paper-type list for good: the PPD's generic entries take the printer's names, and
+// those that the printer said nothing of are removed.
 class OrvanPaperOptions final : public platform::PDEPanel,
+                                public OrvanBiDiDelegate,
                                 public std::enable_shared_from_this<OrvanPaperOptions> {
 public:
     // Null when the dialog's PPD has none of the panel's options.
     static std::shared_ptr<OrvanPaperOptions> initWithCallbackAndBundle(
         std::shared_ptr<platform::PDEPluginCallback> callback, std::shared_ptr<platform::Bundle> bundle);
+    // No answer of the printer reaches the panel any more.
+    ~OrvanPaperOptions() override;
 
     // The dialog's panel interface; Platform/PrintDialog.h has its contract.
     platform::View* panelView() override;
@@ -52,6 +61,7 @@ public:
     // Rows without a current choice are left out. Where two options have the same title, the later row's
     // stands. An option whose title is not UTF-8 goes by its keyword.
     std::map<std::string, std::string> summaryInfo() override;
+    bool awaitsPrinter() const override;
 
     // Builds the controls: titles, items, absent rows, the panel's height. Once a panel; later calls do
     // nothing.
@@ -73,7 +83,18 @@ public:
     // The position of the option's marked choice, or of its default when none is marked; -1 for neither.
     std::int64_t indexOfMarkedOptionForKey(ppd_option_t* option, const char* optionKeyword) const;
 
+    // One answer of the printer. Its "customPaperTypes" are kept, five of each answer at most.
+    void receivedBiDiResponse(const platform::PropertyList& response) override;
+    void retrieveCustomPaperTypes(const platform::PropertyList& response);
+    // Puts the custom paper types that have arrived into the paper-type list and its pop-up. Always 0.
+    std::int32_t queryPrinterForCPTsThread();
+    // An entry whose keyword holds "CustomType" and, behind its tenth character, the number N takes name and keyword of the
+    // N-th custom type that arrived, in the dialog's PPD record as well; it is removed when there is no such type. A type
+    // without a name, or without a "type" that makes a keyword, leaves its entry as it is.
+    void updatePaperTypeListForCustomPaperTypes();
+
 private:
+    class ResponseForwarder;
     struct OptionRow {
         const OptionRowSpec* spec = nullptr;
         ppd_option_t* option = nullptr;         // in ppd_; null when the PPD lacks it
@@ -86,6 +107,8 @@ private:
     struct RowAnchor;
 
     OrvanPaperOptions() = default;
+    void startPrinterQuery();
+    static bool rename(ppd_choice_t& record, const platform::PropertyList& customType);
     platform::ViewOwner viewOwner();
     RowAnchor anchorBelow(const OptionRow& row) const;
     void placeRow(const OptionRow& row, const RowAnchor& anchor);
@@ -100,6 +123,9 @@ private:
     ppd_file_t* ppd_ = nullptr;
     std::optional<std::vector<std::string>> supportedOptions_;
     std::array<OptionRow, kOptionRows.size()> rows_;
+    std::optional<platform::PropertyList::List> cpt_; // the custom types that arrived; nothing during creation
+    bool canQueryCPTs_ = false;
+    std::shared_ptr<OrvanBiDi> ovBiDi_; // null from release 10.10 on
 };
 
 } // namespace orvan
