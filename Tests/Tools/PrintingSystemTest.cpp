@@ -1,0 +1,212 @@
+#include "Tools/PrintingSystem/PrintingSystem.h"
+
+#include "Tools/PrintingSystem/SchedulerConnection.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fstream>
+#include <sstream>
+
+namespace orvan {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+constexpr const char* kDocument = "%!PS-Adobe-3.0\n%%Pages: 1\n%%EndComments\n%%Page: 1 1\nshowpage\n%%EOF\n";
+
+std::string contents(const fs::path& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+class PrintingSystemTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (SchedulerProcess::findProgram().empty()) GTEST_SKIP() << "cupsd is not installed";
+        system_ = start({});
+        ASSERT_TRUE(system_);
+        document_ = writeFile("document.ps", kDocument);
+    }
+
+    static std::unique_ptr<PrintingSystem> start(const PrintingSystemOptions& options) {
+        Failure failure;
+        std::unique_ptr<PrintingSystem> system = PrintingSystem::start(options, &failure);
+        EXPECT_TRUE(system) << failure.value_or("");
+        return system;
+    }
+
+    fs::path writeFile(const std::string& name, const std::string& text) const {
+        fs::path path = system_->folder().home() / name;
+        std::ofstream(path) << text;
+        return path;
+    }
+
+    // Adds the queue and checks that this went well.
+    void addQueue(const std::string& name, const std::string& device) const {
+        EXPECT_EQ(system_->addQueue({name, ORVAN_DRIVER_PPD, device}), std::nullopt);
+    }
+
+    int print(const std::string& queue, const std::map<std::string, std::string>& options) const {
+        int job = 0;
+        EXPECT_EQ(system_->print(queue, document_, options, &job), std::nullopt);
+        return job;
+    }
+
+    std::unique_ptr<PrintingSystem> system_;
+    fs::path document_;
+};
+
+TEST_F(PrintingSystemTest, CarriesAJobAndItsPicksToTheDevice) {
+    addQueue("orvan", system_->fileDevice("orvan"));
+    const int number = print("orvan", {{"MediaType", "CustomType2"}, {"OVNMismatch", "Print"}});
+
+    const std::optional<PrintJob> job = system_->waitForJob(number, 30s);
+    ASSERT_TRUE(job);
+    EXPECT_EQ(job->state, IPP_JSTATE_COMPLETED) << system_->folder().errorLogTail(20);
+    EXPECT_EQ(job->queue, "orvan");
+    EXPECT_EQ(job->name, "document.ps");
+    EXPECT_EQ(job->attribute("MediaType"), "CustomType2");
+    EXPECT_EQ(job->attribute("OVNMismatch"), "Print");
+    EXPECT_EQ(job->attribute("Slipsheet"), std::nullopt);
+    EXPECT_NE(contents(system_->outputFile("orvan")).find("%%BeginFeature: *MediaType CustomType2"),
+        std::string::npos);
+    EXPECT_EQ(contents(system_->spooledDocument(number)), kDocument);
+}
+
+TEST_F(PrintingSystemTest, QueuesHoldPauseRejectAndGo) {
+    addQueue("orvan", "file:///dev/null");
+    ASSERT_EQ(system_->setDefaultQueue("orvan"), std::nullopt);
+    ASSERT_EQ(system_->holdNewJobs("orvan"), std::nullopt);
+    const int held = print("orvan", {});
+    EXPECT_EQ(system_->waitForJob(held, 0s)->state, IPP_JSTATE_HELD);
+    ASSERT_EQ(system_->pauseQueue("orvan"), std::nullopt);
+    ASSERT_EQ(system_->stopHoldingNewJobs("orvan"), std::nullopt);
+    const int waiting = print("orvan", {});
+    const int unwanted = print("orvan", {});
+    EXPECT_EQ(system_->releaseJob(held), std::nullopt);
+    EXPECT_EQ(system_->cancelJob(unwanted), std::nullopt);
+    EXPECT_NE(system_->cancelJob(4711), std::nullopt);
+
+    std::vector<PrintJob> jobs;
+    ASSERT_EQ(system_->jobs("orvan", &jobs), std::nullopt);
+    ASSERT_EQ(jobs.size(), 3U);
+    EXPECT_EQ(jobs[0].state, IPP_JSTATE_PENDING);
+    EXPECT_EQ(jobs[1].state, IPP_JSTATE_PENDING);
+    EXPECT_EQ(jobs[2].state, IPP_JSTATE_CANCELED);
+
+    ASSERT_EQ(system_->resumeQueue("orvan"), std::nullopt);
+    for (const int number : {held, waiting})
+        EXPECT_EQ(system_->waitForJob(number, 30s)->state, IPP_JSTATE_COMPLETED);
+
+    ASSERT_EQ(system_->rejectJobs("orvan"), std::nullopt);
+    EXPECT_NE(system_->print("orvan", document_, {}, nullptr), std::nullopt);
+    ASSERT_EQ(system_->acceptJobs("orvan"), std::nullopt);
+    EXPECT_EQ(system_->print("orvan", document_, {}, nullptr), std::nullopt);
+    ASSERT_EQ(system_->deleteQueue("orvan"), std::nullopt);
+    EXPECT_NE(system_->print("orvan", document_, {}, nullptr), std::nullopt);
+}
+
+TEST_F(PrintingSystemTest, QueuesAndJobsSurviveASchedulerThatFails) {
+    addQueue("orvan", "file:///dev/null");
+    ASSERT_EQ(system_->pauseQueue("orvan"), std::nullopt);
+    const int number = print("orvan", {{"MediaType", "Bond"}});
+
+    system_->scheduler().suspend();
+    EXPECT_TRUE(system_->scheduler().isRunning());
+    system_->scheduler().resume();
+    EXPECT_TRUE(system_->waitForJob(number, 0s));
+    system_->scheduler().kill();
+    EXPECT_FALSE(system_->waitForJob(number, 0s));
+    EXPECT_NE(system_->pauseQueue("orvan"), std::nullopt);
+    ASSERT_EQ(system_->restartScheduler(), std::nullopt);
+
+    ASSERT_EQ(system_->resumeQueue("orvan"), std::nullopt);
+    const std::optional<PrintJob> job = system_->waitForJob(number, 30s);
+    ASSERT_TRUE(job);
+    EXPECT_EQ(job->state, IPP_JSTATE_COMPLETED);
+    EXPECT_EQ(job->attribute("MediaType"), "Bond");
+}
+
+TEST_F(PrintingSystemTest, TwoStandSideBySideAndEachCleansUp) {
+    std::unique_ptr<PrintingSystem> other = start({});
+    ASSERT_TRUE(other);
+    addQueue("orvan", "file:///dev/null");
+    EXPECT_NE(other->pauseQueue("orvan"), std::nullopt);
+
+    const fs::path folder = other->folder().path();
+    const pid_t scheduler = other->scheduler().pid();
+    other->scheduler().suspend();
+    other.reset();
+    EXPECT_FALSE(fs::exists(folder));
+    EXPECT_EQ(::kill(scheduler, 0), -1);
+    EXPECT_EQ(system_->pauseQueue("orvan"), std::nullopt);
+}
+
+TEST_F(PrintingSystemTest, SaysWhyAQueueCannotBeAdded) {
+    const struct {
+        QueueDescription queue;
+        const char* reason;
+    } cases[] = {
+        {{"orvan", writeFile("no.ppd", "this is no driver\n")}, "is not a usable PPD file: line 1: "},
+        {{"orvan", "/nonexistent.ppd"}, "No such file or directory"},
+        {{"a queue", ORVAN_DRIVER_PPD}, "a queue"},
+        {{"orvan", ORVAN_DRIVER_PPD, "nonsense://device"}, "nonsense"},
+    };
+    for (const auto& [queue, reason] : cases) {
+        const std::string failure = system_->addQueue(queue).value_or("");
+        EXPECT_NE(failure.find(reason), std::string::npos) << failure;
+    }
+}
+
+TEST_F(PrintingSystemTest, ProgramsOfOnesOwnJoinTheMachines) {
+    const std::string backend =
+        "#!/bin/sh\n[ $# -ge 5 ] || exit 0\necho \"$5 $COLOUR $DEVICE_URI\" >\"$TMPDIR/seen\"\n";
+    PrintingSystemOptions options;
+    options.folder.extraBackends = {writeFile("ownbackend", backend)};
+    options.folder.programEnvironment = {{"COLOUR", "teal"}};
+    std::unique_ptr<PrintingSystem> own = start(options);
+    ASSERT_TRUE(own);
+    ASSERT_EQ(own->addQueue({"orvan", ORVAN_DRIVER_PPD, "ownbackend://there"}), std::nullopt);
+    int number = 0;
+    ASSERT_EQ(own->print("orvan", document_, {{"MediaType", "Labels"}}, &number), std::nullopt);
+    EXPECT_EQ(own->waitForJob(number, 30s)->state, IPP_JSTATE_COMPLETED) << own->folder().errorLogTail(20);
+    const std::string seen = contents(own->folder().spool() / "tmp" / "seen");
+    EXPECT_NE(seen.find("MediaType=Labels"), std::string::npos) << seen;
+    EXPECT_NE(seen.find("teal ownbackend://there"), std::string::npos) << seen;
+}
+
+TEST_F(PrintingSystemTest, LeavesNothingBehindWhenItDoesNotComeUp) {
+    const fs::path parent = system_->folder().home() / "p";
+    fs::create_directory(parent);
+    const fs::path silent = writeFile("silent", "#!/bin/sh\necho out of ink; exec sleep 60\n");
+    fs::permissions(silent, fs::perms::owner_all);
+    const fs::path longParent = parent / std::string(90, 'x');
+    fs::create_directory(longParent);
+    const struct {
+        fs::path scheduler;
+        fs::path parent;
+        const char* reason;
+    } cases[] = {
+        {"/bin/false", parent, "ended at once"},
+        {silent, parent, "does not answer. Its last messages:\nout of ink"},
+        {{}, longParent, "too long a path"},
+        {{}, "/nonexistent", "No such file or directory"},
+    };
+    for (const auto& [scheduler, place, reason] : cases) {
+        PrintingSystemOptions options;
+        options.scheduler = scheduler;
+        options.folder.parent = place;
+        options.patience = 300ms;
+        Failure failure;
+        EXPECT_FALSE(PrintingSystem::start(options, &failure));
+        EXPECT_NE(failure.value_or("").find(reason), std::string::npos) << failure.value_or("");
+    }
+    fs::remove(longParent);
+    EXPECT_TRUE(fs::is_empty(parent));
+}
+
+} // namespace
+} // namespace orvan

@@ -1,0 +1,147 @@
+// orvan-printing-system: a printing system of one's own around a command, or until it is interrupted.
+#include "Tools/PrintingSystem/CommandSession.h"
+#include "Tools/PrintingSystem/PrintingSystem.h"
+
+#include <CLI/CLI.hpp>
+#include <glib.h>
+
+#include <cstdio>
+#include <iostream>
+
+namespace {
+
+using orvan::Failure;
+using orvan::PrintingSystem;
+
+constexpr int kDone = 0;
+constexpr int kFailed = 1;
+constexpr int kWrongUsage = 2;
+
+struct Arguments {
+    std::vector<std::string> queues;
+    std::vector<std::string> devices;
+    std::string defaultQueue;
+    orvan::PrintingSystemOptions system;
+    std::vector<std::string> command;
+};
+
+using NameAndValue = std::pair<std::string, std::string>;
+
+// "NAME=VALUE", which the parser has checked.
+NameAndValue split(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+std::string checkNameAndValue(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    const bool bad = equals == 0 || equals == std::string::npos || equals + 1 == text.size();
+    return bad ? "\"" + text + "\" has not the form NAME=VALUE" : "";
+}
+
+void describe(CLI::App& app, Arguments& arguments) {
+    app.set_version_flag("--version", "orvan-printing-system " ORVAN_VERSION);
+    app.add_option("--queue", arguments.queues, "Add a queue with this PPD file; may be repeated")
+        ->type_name("NAME=PPD")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->check(checkNameAndValue);
+    app.add_option("--device", arguments.devices,
+           "Where a queue's output goes, a device URI; otherwise the file output/NAME in the system's folder")
+        ->type_name("NAME=URI")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->check(checkNameAndValue);
+    app.add_option("--default", arguments.defaultQueue, "Make this queue the default")->type_name("NAME");
+    app.add_option(
+           "--filter", arguments.system.folder.extraFilters, "Add this filter program; may be repeated")
+        ->type_name("FILE")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->check(CLI::ExistingFile);
+    app.add_option(
+           "--backend", arguments.system.folder.extraBackends, "Add this backend program; may be repeated")
+        ->type_name("FILE")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->check(CLI::ExistingFile);
+    app.add_flag(
+        "--keep", arguments.system.folder.keep, "Leave the system's folder behind, and say where it is");
+    app.add_option("command", arguments.command, "Run this command, and end with it and its exit code")
+        ->type_name("ARGS...");
+    app.positionals_at_end();
+    app.footer(
+        "Without a command, the environment of clients is printed for a shell, and the system stays until "
+        "it\n"
+        "is interrupted.\n\nExit codes: 0 done, 1 it could not be done, 2 wrong usage; with a command, the "
+        "command's.");
+}
+
+Failure addQueues(const PrintingSystem& system, const Arguments& arguments) {
+    std::map<std::string, std::string> devices;
+    for (const std::string& device : arguments.devices)
+        devices.insert(split(device));
+    for (const std::string& text : arguments.queues) {
+        const auto [name, ppd] = split(text);
+        const auto device = devices.find(name);
+        if (Failure failure = system.addQueue(
+                {name, ppd, device == devices.end() ? system.fileDevice(name) : device->second}))
+            return failure;
+    }
+    if (arguments.defaultQueue.empty()) return std::nullopt;
+    return system.setDefaultQueue(arguments.defaultQueue);
+}
+
+void printEnvironment(const PrintingSystem& system) {
+    for (const auto& [name, value] : system.environment()) {
+        gchar* quoted = value ? g_shell_quote(value->c_str()) : nullptr;
+        if (quoted)
+            std::cout << "export " << name << '=' << quoted << '\n';
+        else
+            std::cout << "unset " << name << '\n';
+        g_free(quoted);
+    }
+    std::cout.flush();
+}
+
+int complain(const std::string& text) {
+    std::cerr << "orvan-printing-system: " << text << '\n';
+    return kFailed;
+}
+
+int serve(const orvan::CommandSession& session, const Arguments& arguments) {
+    Failure failure;
+    const std::unique_ptr<PrintingSystem> system = PrintingSystem::start(arguments.system, &failure);
+    if (!system) return complain(*failure);
+    if (arguments.system.folder.keep)
+        std::cerr << "orvan-printing-system: the folder is " << system->folder().path().string() << '\n';
+    int exitCode = kDone;
+    failure = addQueues(*system, arguments);
+    if (!failure && !arguments.command.empty()) {
+        failure = session.run(arguments.command, *system, &exitCode);
+    } else if (!failure) {
+        printEnvironment(*system);
+        failure = session.waitForSignal(*system);
+    }
+    return failure ? complain(*failure) : exitCode;
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    try {
+        CLI::App app("Runs a private CUPS scheduler with queues of one's own.", "orvan-printing-system");
+        Arguments parsed;
+        describe(app, parsed);
+        try {
+            app.parse(argumentCount, arguments);
+        } catch (const CLI::ParseError& error) {
+            return app.exit(error) == 0 ? kDone : kWrongUsage;
+        }
+        const orvan::CommandSession session;
+        return serve(session, parsed);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "orvan-printing-system: %s\n", error.what());
+        return kFailed;
+    }
+}
