@@ -1,0 +1,36 @@
+// Splitting UTF-8 text at Unicode white space.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace orvan {
+
+enum class Separator {
+    none,
+    space,     // a tab, or a character of the category Zs (Unicode, section 4.5)
+    lineBreak, // U+000A to U+000D, U+0085, U+2028, U+2029
+};
+
+// What the character at `position` of valid UTF-8 separates, and how many bytes it has in *length when it
+// separates anything. `position` is below the text's size.
+Separator separatorAt(std::string_view text, std::size_t position, std::size_t* length);
+
+// The pieces between line breaks, or between separators of either kind, first to last. Where two separators
+// meet there is an empty piece between them, and one that ends the text is followed by an empty piece.
+class PieceReader {
+public:
+    enum class At { lineBreaks, everySeparator };
+
+    PieceReader(std::string_view text, At at) : text_(text), at_(at) {}
+
+    // False when there are no more. The pieces lie in the text.
+    bool next(std::string_view* piece);
+
+private:
+    std::string_view text_;
+    At at_;
+    bool isDone_ = false;
+};
+
+} // namespace orvan

@@ -1,0 +1,324 @@
+#include "BiDi/ppdx.h"
+
+#include <cups/http.h>
+#include <zlib.h>
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+namespace orvan {
+namespace {
+
+constexpr std::size_t kPieceSize = 158;
+constexpr std::size_t kFourDigitNumbers = 0x10000;
+
+// libcups counts the terminator among the characters that it may write, of text and of bytes alike.
+constexpr int kEncodedBufferSize = 212;
+constexpr int kDecodedBufferSize = kPieceSize + 1;
+
+// A line with its line feed has at most this many bytes.
+constexpr std::size_t kMaximumLine = 2046;
+constexpr std::string_view kLinePrefix = "PPD:";
+constexpr std::string_view kTerminator = "\"\"";
+
+constexpr std::size_t kFirstCapacity = 256;
+constexpr std::size_t kDoublingLimit = 2048;
+constexpr std::size_t kCapacityStep = 2048;
+
+void reportZlib(const char* function, int code, const char* message) {
+    std::fprintf(
+        stderr, "ERROR: %s returned %d (%s)\n", function, code, message != nullptr ? message : "(null)");
+}
+
+// The name and one number; the keyword of an entry. Keeps the name and rewrites the digits only.
+class Keyword {
+public:
+    explicit Keyword(std::string_view name) : nameLength_(std::min(name.size(), kPpdxMaximumKeywordLength)) {
+        name.copy(text_.data(), nameLength_);
+    }
+
+    // False when name and number do not fit; text() is then their beginning.
+    bool setNumber(std::uint32_t number) {
+        constexpr std::string_view kDigits = "0123456789abcdef";
+        std::array<char, 8> digits{};
+        auto first = digits.end();
+        do {
+            *--first = kDigits[number & 0xFU];
+            number >>= 4U;
+        } while (number != 0 || digits.end() - first < 4);
+        const auto count = static_cast<std::size_t>(digits.end() - first);
+        const std::size_t fitting = std::min(count, kPpdxMaximumKeywordLength - nameLength_);
+        std::copy_n(first, fitting, text_.begin() + static_cast<std::ptrdiff_t>(nameLength_));
+        length_ = nameLength_ + fitting;
+        text_[length_] = '\0';
+        return fitting == count;
+    }
+
+    const char* text() const { return text_.data(); }
+    std::size_t length() const { return length_; }
+
+private:
+    std::array<char, kPpdxMaximumKeywordLength + 1> text_{};
+    std::size_t nameLength_;
+    std::size_t length_ = 0;
+};
+
+// Collects entries in a line and writes it when the next one does not fit.
+class EntryWriter {
+public:
+    EntryWriter(int descriptor, std::string_view name) : descriptor_(descriptor), keyword_(name) {
+        startLine();
+    }
+
+    bool write(std::string_view value) {
+        keyword_.setNumber(number_++);
+        const std::size_t entryLength = 1 + keyword_.length() + 1 + value.size();
+        if (length_ + entryLength >= kMaximumLine && !endLine()) return false;
+        append(" ");
+        append({keyword_.text(), keyword_.length()});
+        append("=");
+        append(value);
+        return true;
+    }
+
+    bool endLine() {
+        append("\n");
+        const bool written = writeWhole({line_.data(), length_});
+        startLine();
+        return written;
+    }
+
+private:
+    void startLine() {
+        length_ = 0;
+        append(kLinePrefix);
+    }
+
+    void append(std::string_view text) { length_ += text.copy(line_.data() + length_, text.size()); }
+
+    bool writeWhole(std::string_view text) const {
+        while (!text.empty()) {
+            const ssize_t count = ::write(descriptor_, text.data(), text.size());
+            if (count >= 0) {
+                text.remove_prefix(static_cast<std::size_t>(count));
+            } else if (errno == EAGAIN) {
+                pollfd writable{descriptor_, POLLOUT, 0};
+                ::poll(&writable, 1, -1);
+            } else if (errno != EINTR) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    int descriptor_;
+    Keyword keyword_;
+    std::uint32_t number_ = 0;
+    std::array<char, 2048> line_{};
+    std::size_t length_ = 0;
+};
+
+// A block's zlib stream, piece by piece.
+class Compressor {
+public:
+    Compressor(const void* data, std::size_t size) {
+        stream_.next_in = static_cast<Bytef*>(const_cast<void*>(data));
+        stream_.avail_in = static_cast<uInt>(size);
+        code_ = deflateInit(&stream_, Z_BEST_COMPRESSION);
+        isOpen_ = code_ == Z_OK;
+    }
+    Compressor(const Compressor&) = delete;
+    Compressor& operator=(const Compressor&) = delete;
+    ~Compressor() {
+        if (isOpen_) deflateEnd(&stream_);
+    }
+
+    // The next piece; it is the last one when it is not full. False when zlib fails.
+    bool next(std::string_view* piece) {
+        stream_.next_out = piece_.data();
+        stream_.avail_out = kPieceSize;
+        if (isOpen_) code_ = deflate(&stream_, Z_FINISH);
+        *piece = {reinterpret_cast<const char*>(piece_.data()), kPieceSize - stream_.avail_out};
+        return code_ >= 0;
+    }
+
+    void report() const { reportZlib("deflate", code_, stream_.msg); }
+
+private:
+    z_stream stream_{};
+    int code_ = Z_OK;
+    bool isOpen_ = false;
+    std::array<Bytef, kPieceSize> piece_{};
+};
+
+// Whether all entries, the terminator included, have numbers that fit behind the name.
+bool numbersFit(std::string_view name, const void* data, std::size_t size) {
+    if (name.size() < kPpdxMaximumNameLength) return true;
+    constexpr std::size_t kFittingPieces = kFourDigitNumbers - 1;
+    if (compressBound(size) < kFittingPieces * kPieceSize) return true;
+
+    // Only trying tells. Long names and large blocks hardly ever meet.
+    Compressor compressor(data, size);
+    std::size_t pieces = 0;
+    std::string_view piece;
+    do {
+        if (!compressor.next(&piece)) return true;
+        if (++pieces > kFittingPieces) return false;
+    } while (piece.size() == kPieceSize);
+    return true;
+}
+
+bool writePieces(EntryWriter& entries, const void* data, std::size_t size) {
+    Compressor compressor(data, size);
+    std::array<char, kEncodedBufferSize> encoded{};
+    std::string_view piece;
+    do {
+        if (!compressor.next(&piece)) {
+            compressor.report();
+            return true;
+        }
+        httpEncode64_2(encoded.data(), kEncodedBufferSize, piece.data(), static_cast<int>(piece.size()));
+        if (!entries.write(encoded.data())) return false;
+    } while (piece.size() == kPieceSize);
+    return true;
+}
+
+// What comes out of the decompressor. Its capacity grows in small steps; the memory behind it is reserved in
+// large ones, as an allocator that cannot extend a block in place would copy it at every step.
+class Output {
+public:
+    bool grow() {
+        const std::size_t capacity = capacity_ == 0               ? kFirstCapacity
+                                     : capacity_ < kDoublingLimit ? capacity_ * 2
+                                                                  : capacity_ + kCapacityStep;
+        if (capacity > reserved_ && !reserve(std::min(capacity * 2, kPpdxMaximumSize))) return false;
+        capacity_ = capacity;
+        return true;
+    }
+    bool canGrow() const { return capacity_ < kPpdxMaximumSize; }
+
+    // Where the decompressor goes on, `written` bytes after the start.
+    void continueAt(std::size_t written, z_stream& stream) {
+        stream.next_out = reinterpret_cast<Bytef*>(bytes_.get()) + written;
+        stream.avail_out = static_cast<uInt>(capacity_ - written);
+    }
+
+    // The bytes, in no more memory than they and a zero byte behind them need.
+    PpdxData take(std::size_t written) {
+        reserve(written);
+        bytes_.get()[written] = '\0';
+        return std::move(bytes_);
+    }
+
+private:
+    // One byte more, for the zero byte.
+    bool reserve(std::size_t size) {
+        char* const moved = static_cast<char*>(std::realloc(bytes_.get(), size + 1));
+        if (moved == nullptr) return false;
+        static_cast<void>(bytes_.release());
+        bytes_.reset(moved);
+        reserved_ = size;
+        return true;
+    }
+
+    PpdxData bytes_;
+    std::size_t capacity_ = 0;
+    std::size_t reserved_ = 0;
+};
+
+class Decompressor {
+public:
+    enum class Step { goOn, streamEnded, outOfMemory };
+
+    bool open() {
+        if (!output_.grow()) return false;
+        isOpen_ = inflateInit(&stream_) == Z_OK;
+        output_.continueAt(0, stream_);
+        return isOpen_;
+    }
+    Decompressor() = default;
+    Decompressor(const Decompressor&) = delete;
+    Decompressor& operator=(const Decompressor&) = delete;
+    ~Decompressor() {
+        if (isOpen_) inflateEnd(&stream_);
+    }
+
+    Step feed(const char* bytes, std::size_t count) {
+        stream_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes));
+        stream_.avail_in = static_cast<uInt>(count);
+        while (stream_.avail_in > 0) {
+            const int code = inflate(&stream_, Z_NO_FLUSH);
+            if (code < 0) {
+                reportZlib("inflate", code, stream_.msg);
+                return Step::goOn;
+            }
+            // zlib takes no further input after either.
+            if (code == Z_STREAM_END || code == Z_NEED_DICT) return Step::streamEnded;
+            if (stream_.avail_out > 0) continue;
+            if (!output_.canGrow()) return Step::goOn;
+            if (!output_.grow()) return Step::outOfMemory;
+            output_.continueAt(stream_.total_out, stream_);
+        }
+        return Step::goOn;
+    }
+
+    PpdxData take(std::size_t* size) {
+        if (size != nullptr) *size = stream_.total_out;
+        return output_.take(stream_.total_out);
+    }
+
+private:
+    z_stream stream_{};
+    bool isOpen_ = false;
+    Output output_;
+};
+
+} // namespace
+
+void ppdxWriteData(const char* name, const void* data, std::size_t size) {
+    ppdxWriteDataToDescriptor(STDERR_FILENO, name, data, size);
+}
+
+bool ppdxWriteDataToDescriptor(int descriptor, const char* name, const void* data, std::size_t size) {
+    if (name == nullptr || (data == nullptr && size != 0) || size > kPpdxMaximumSize) return true;
+    const std::string_view nameText = name;
+    if (nameText.size() > kPpdxMaximumNameLength || !numbersFit(nameText, data, size)) return true;
+
+    EntryWriter entries(descriptor, nameText);
+    if (size != 0 && !writePieces(entries, data, size)) return false;
+    return entries.write(kTerminator) && entries.endLine();
+}
+
+PpdxData ppdxReadData(void* source, const char* name, PpdxChunkGetter getter, std::size_t* size) {
+    if (size != nullptr) *size = 0;
+    if (source == nullptr || name == nullptr || getter == nullptr) return nullptr;
+
+    Keyword keyword(name);
+    keyword.setNumber(0);
+    const char* value = getter(source, keyword.text());
+    if (value == nullptr) return nullptr;
+
+    Decompressor decompressor;
+    if (!decompressor.open()) return nullptr;
+    for (std::uint32_t number = 1; value != nullptr; ++number) {
+        std::array<char, kDecodedBufferSize> piece;
+        int count = kDecodedBufferSize;
+        if (httpDecode64_2(piece.data(), &count, value) == nullptr || count <= 0) break;
+
+        const auto step = decompressor.feed(piece.data(), static_cast<std::size_t>(count));
+        if (step == Decompressor::Step::outOfMemory) return nullptr;
+        if (step == Decompressor::Step::streamEnded) break;
+        value = keyword.setNumber(number) ? getter(source, keyword.text()) : nullptr;
+    }
+    return decompressor.take(size);
+}
+
+} // namespace orvan

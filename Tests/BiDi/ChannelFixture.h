@@ -1,0 +1,130 @@
+// What the tests of the channel share: a dialog with a PPD, a delegate that remembers, and a running loop.
+#pragma once
+
+#include "BiDi/OrvanBiDi.h"
+#include "Platform/PMPrinter.h"
+
+#include <glib.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvan {
+
+// Settings that the process reads once; made before any test.
+class ChannelEnvironment : public testing::Environment {
+public:
+    explicit ChannelEnvironment(const char* release) : release_(release) {}
+    void SetUp() override {
+        std::filesystem::create_directories(path_ / "orvan");
+        ::setenv("XDG_CONFIG_HOME", path_.c_str(), 1);
+        ::setenv("ORVAN_SYSTEM_RELEASE", release_, 1);
+        ::setenv("CUPS_SERVER", "/no/such/socket", 1);
+        ::setenv("LANGUAGE", "de", 1);
+        ::setenv("LC_ALL", "de_DE.UTF-8", 1);
+        ::setenv("DISPLAY", ":77", 1);
+    }
+    void TearDown() override { std::filesystem::remove_all(path_); }
+
+private:
+    const char* release_;
+    std::filesystem::path path_ =
+        std::filesystem::path(testing::TempDir()) / ("config" + std::to_string(::getpid()));
+};
+
+class RememberingDelegate : public OrvanBiDiDelegate {
+public:
+    void receivedBiDiResponse(const platform::PropertyList& response) override {
+        responses.push_back(response);
+        if (onResponse) onResponse();
+    }
+
+    std::string text(std::size_t index, const char* key) const {
+        const platform::PropertyList* value = index < responses.size() ? responses[index].find(key) : nullptr;
+        const std::string* string = value != nullptr ? value->asString() : nullptr;
+        return string != nullptr ? *string : "(none)";
+    }
+    std::vector<std::string> commands() const {
+        std::vector<std::string> names;
+        for (std::size_t index = 0; index < responses.size(); ++index)
+            names.push_back(text(index, "command"));
+        return names;
+    }
+
+    std::vector<platform::PropertyList> responses;
+    std::function<void()> onResponse;
+};
+
+// The smallest PPD, with some lines of a test's own.
+inline std::string ppdText(const std::string& lines) {
+    return "*PPD-Adobe: \"4.3\"\n*FormatVersion: \"4.3\"\n*FileVersion: \"1.0\"\n*LanguageVersion: English\n"
+           "*LanguageEncoding: ISOLatin1\n*PCFileName: \"ORVAN.PPD\"\n*Product: \"(Orvan)\"\n"
+           "*PSVersion: \"(3010) 0\"\n*ModelName: \"Orvan\"\n*ShortNickName: \"Orvan\"\n"
+           "*NickName: \"Orvan\"\n*Manufacturer: \"Orvan\"\n"
+           "*OpenUI *PageSize: PickOne\n*DefaultPageSize: A4\n*PageSize A4: \"\"\n*CloseUI: *PageSize\n"
+           "*OpenUI *PageRegion: PickOne\n*DefaultPageRegion: A4\n*PageRegion A4: \"\"\n"
+           "*CloseUI: *PageRegion\n*DefaultImageableArea: A4\n*ImageableArea A4: \"0 0 595 842\"\n"
+           "*DefaultPaperDimension: A4\n*PaperDimension A4: \"595 842\"\n" +
+           lines;
+}
+
+class Dialog : public platform::PDEPluginCallback {
+public:
+    Dialog(const std::filesystem::path& ppdFile, std::shared_ptr<platform::PMPrinter> printer)
+        : ppd_(ppdOpenFile(ppdFile.c_str())), printer_(std::move(printer)) {}
+    Dialog(const Dialog&) = delete;
+    Dialog& operator=(const Dialog&) = delete;
+    ~Dialog() override { ppdClose(ppd_); }
+
+    ppd_file_t* ppdFile() override { return ppd_; }
+    std::shared_ptr<platform::PMPrinter> PMPrinter() override { return printer_; }
+    void willChangePPDOptionKeyValuePpdChoice(const std::string&, const std::string&) override {}
+
+private:
+    ppd_file_t* ppd_;
+    std::shared_ptr<platform::PMPrinter> printer_;
+};
+
+class ChannelTest : public testing::Test {
+protected:
+    ChannelTest() { std::filesystem::create_directories(folder_); }
+    ~ChannelTest() override { std::filesystem::remove_all(folder_); }
+
+    std::filesystem::path writeFile(const std::string& name, const std::string& text) const {
+        std::ofstream(folder_ / name, std::ios::binary) << text;
+        return folder_ / name;
+    }
+    std::string readFile(const std::string& name) const {
+        std::ifstream file(folder_ / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    // A channel of its own dialog, with the fixture's delegate.
+    std::shared_ptr<OrvanBiDi> channelFor(const std::filesystem::path& ppd) {
+        auto dialog = std::make_shared<Dialog>(ppd, std::make_shared<platform::PMPrinter>("orvan"));
+        EXPECT_NE(dialog->ppdFile(), nullptr);
+        auto channel = OrvanBiDi::initWithPDECallbackObject(std::move(dialog));
+        channel->setDelegate(delegate_);
+        return channel;
+    }
+
+    static bool runLoopUntil(const std::function<bool()>& isDone, double seconds = 20) {
+        const gint64 end = g_get_monotonic_time() + static_cast<gint64>(seconds * G_USEC_PER_SEC);
+        while (!isDone() && g_get_monotonic_time() < end)
+            if (!g_main_context_iteration(nullptr, FALSE)) g_usleep(1000);
+        return isDone();
+    }
+
+    std::filesystem::path folder_ =
+        std::filesystem::path(testing::TempDir()) / ("channel" + std::to_string(::getpid()));
+    std::shared_ptr<RememberingDelegate> delegate_ = std::make_shared<RememberingDelegate>();
+};
+
+} // namespace orvan

@@ -1,0 +1,249 @@
+// The channel on releases on which the printing system carries its jobs, with a scheduler of the test's own.
+#include "Tests/BiDi/ChannelFixture.h"
+#include "Tools/PrintingSystem/PrintingSystem.h"
+
+#include <cups/ipp.h>
+
+#include <algorithm>
+#include <thread>
+
+namespace orvan {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+using State = OrvanBiDi::State;
+using Names = std::vector<std::string>;
+
+const testing::Environment* const kSettings =
+    testing::AddGlobalTestEnvironment(new ChannelEnvironment("10.9.0"));
+
+class QueueChannelTest : public ChannelTest {
+protected:
+    void SetUp() override {
+        if (SchedulerProcess::findProgram().empty()) GTEST_SKIP() << "cupsd is not installed";
+        start({});
+    }
+
+    void start(const std::map<std::string, std::string>& filterEnvironment) {
+        PrintingSystemOptions options;
+        options.folder.extraFilters = {ORVAN_TEST_FILTER};
+        options.folder.programEnvironment = filterEnvironment;
+        Failure failure;
+        system_ = PrintingSystem::start(options, &failure);
+        ASSERT_TRUE(system_) << failure.value_or("");
+        system_->adoptEnvironment();
+        // Temporary files are counted.
+        ::setenv("TMPDIR", system_->folder().home().c_str(), 1);
+        ppd_ = writeFile(
+            "queue.ppd", ppdText("*cupsCommands: \"A B\"\n*cupsFilter2: \"application/vnd.cups-command "
+                                 "application/vnd.cups-raw 0 bidi-test-filter\"\n"));
+        ASSERT_EQ(system_->addQueue({"orvan", ppd_, "file:///dev/null"}), std::nullopt);
+    }
+
+    std::vector<PrintJob> jobs() const {
+        std::vector<PrintJob> all;
+        EXPECT_EQ(system_->jobs("orvan", &all), std::nullopt);
+        return all;
+    }
+    std::ptrdiff_t temporaryFiles() const {
+        return std::distance(std::filesystem::directory_iterator(system_->folder().home()),
+            std::filesystem::directory_iterator());
+    }
+    static bool runUntilSpent(const OrvanBiDi& channel) {
+        return runLoopUntil([&channel] { return channel.state() == State::spent; });
+    }
+
+    std::unique_ptr<PrintingSystem> system_;
+    std::filesystem::path ppd_;
+};
+
+TEST_F(QueueChannelTest, WaitsForTheJobAndDeliversFromThePPD) {
+    auto channel = channelFor(ppd_);
+    channel->dispatchCommands(CommandList{"B", "A"});
+    ASSERT_TRUE(runUntilSpent(*channel));
+    EXPECT_EQ(delegate_->commands(), (Names{"A", "B"})) << system_->folder().errorLogTail(30);
+    EXPECT_EQ(delegate_->text(0, "job"), channel->commandJobWithCommands(CommandList{"B", "A"}));
+    ASSERT_EQ(jobs().size(), 1U);
+    EXPECT_EQ(jobs()[0].name, "Printer Status");
+    EXPECT_EQ(channel->delegate(), nullptr);
+    EXPECT_EQ(delegate_.use_count(), 1);
+    EXPECT_EQ(temporaryFiles(), 0);
+    const std::weak_ptr<OrvanBiDi> watched = channel;
+    channel.reset();
+    EXPECT_TRUE(watched.expired());
+
+    // What an earlier job left in the PPD is delivered, too.
+    delegate_->responses.clear();
+    channel = channelFor(ppd_);
+    channel->dispatchCommands(CommandList{"B"});
+    ASSERT_TRUE(runUntilSpent(*channel));
+    EXPECT_EQ(delegate_->commands(), (Names{"A", "B"}));
+    EXPECT_NE(delegate_->text(0, "job"), delegate_->text(1, "job"));
+
+    // A spent channel submits, and that is all.
+    delegate_->responses.clear();
+    channel->setDelegate(delegate_);
+    channel->dispatchCommands(CommandList{"B"});
+    EXPECT_EQ(channel->state(), State::spent);
+    EXPECT_EQ(jobs().size(), 3U);
+    EXPECT_TRUE(delegate_->responses.empty());
+
+    // A queue that takes no job: the first look finds none, within the dispatch.
+    ASSERT_TRUE(system_->waitForJob(jobs().back().id, 20s)->isSettled());
+    ASSERT_EQ(system_->rejectJobs("orvan"), std::nullopt);
+    channel = channelFor(ppd_);
+    channel->dispatchCommands(CommandList{"A"});
+    EXPECT_EQ(channel->state(), State::spent);
+    EXPECT_EQ(delegate_->commands(), (Names{"A", "B"}));
+}
+
+TEST_F(QueueChannelTest, GoesOnWaitingWhileTheJobIsThere) {
+    ASSERT_EQ(system_->holdNewJobs("orvan"), std::nullopt);
+    auto channel = channelFor(ppd_);
+    EXPECT_FALSE(channel->isCommandJobRunning());
+    channel->dispatchCommands(CommandList{"A"});
+    EXPECT_EQ(channel->state(), State::waiting);
+    EXPECT_TRUE(channel->isCommandJobRunning());
+    channel->dispatchCommands(CommandList{"B"});
+
+    // Another channel waits for the same job; the run loop alone keeps it.
+    std::weak_ptr<OrvanBiDi> other;
+    const auto otherDelegate = std::make_shared<RememberingDelegate>();
+    {
+        const auto temporary = channelFor(ppd_);
+        temporary->setDelegate(otherDelegate);
+        temporary->dispatchCommands(CommandList{"A"});
+        other = temporary;
+    }
+    // And one whose wait ends with the next tick, and one that is invalidated at once.
+    const auto marked = channelFor(ppd_);
+    marked->dispatchCommands(CommandList{"A"});
+    marked->setIsInvalidated(true);
+    EXPECT_EQ(marked->state(), State::waiting);
+    const auto invalidated = channelFor(ppd_);
+    invalidated->dispatchCommands(CommandList{"A"});
+    invalidated->invalidate();
+    EXPECT_EQ(invalidated->state(), State::spent);
+    EXPECT_EQ(invalidated->delegate(), nullptr);
+
+    EXPECT_TRUE(runUntilSpent(*marked));
+    EXPECT_EQ(marked->delegate(), nullptr);
+    EXPECT_FALSE(runLoopUntil([&] { return channel->state() != State::waiting; }, 0.7));
+    EXPECT_TRUE(delegate_->responses.empty());
+    ASSERT_EQ(jobs().size(), 1U);
+    EXPECT_FALSE(other.expired());
+
+    ASSERT_EQ(system_->releaseJob(jobs()[0].id), std::nullopt);
+    EXPECT_TRUE(runLoopUntil([&] { return channel->state() == State::spent && other.expired(); }));
+    EXPECT_EQ(delegate_->commands(), Names{"A"});
+    EXPECT_EQ(otherDelegate->commands(), Names{"A"});
+    EXPECT_EQ(temporaryFiles(), 0);
+}
+
+TEST_F(QueueChannelTest, TheDelegateMayEndTheChannelWhileItIsTold) {
+    auto channel = channelFor(ppd_);
+    const std::weak_ptr<OrvanBiDi> watched = channel;
+    delegate_->onResponse = [&] {
+        if (channel == nullptr) return;
+        channel->dispatchCommands(CommandList{"A"});
+        channel->invalidate();
+        channel.reset();
+    };
+    channel->dispatchCommands(CommandList{"A", "B"});
+    EXPECT_TRUE(runLoopUntil([&] { return watched.expired(); }));
+    EXPECT_EQ(delegate_->commands(), Names{"A"});
+    EXPECT_EQ(temporaryFiles(), 0);
+}
+
+TEST_F(QueueChannelTest, AStoppedJobKeepsTheWaitGoing) {
+    system_.reset();
+    start({{"ORVAN_TEST_FILTER_FAILS", "1"}});
+    const auto channel = channelFor(ppd_);
+    channel->dispatchCommands(CommandList{"A"});
+    ASSERT_TRUE(runLoopUntil([&] { return jobs()[0].state == IPP_JSTATE_STOPPED; }));
+    EXPECT_FALSE(runLoopUntil([&] { return channel->state() != State::waiting; }, 0.7));
+    channel->invalidate();
+    EXPECT_EQ(channel->state(), State::spent);
+}
+
+TEST_F(QueueChannelTest, AFrozenSchedulerHoldsNobodyUp) {
+    // While a wait goes on.
+    ASSERT_EQ(system_->holdNewJobs("orvan"), std::nullopt);
+    auto channel = channelFor(ppd_);
+    channel->dispatchCommands(CommandList{"A"});
+    system_->scheduler().suspend();
+    auto longest = 0ns;
+    const auto start = Clock::now();
+    while (channel->state() == State::waiting && Clock::now() - start < 10s) {
+        const auto iteration = Clock::now();
+        if (!g_main_context_iteration(nullptr, FALSE)) g_usleep(1000);
+        longest = std::max<std::chrono::nanoseconds>(longest, Clock::now() - iteration);
+    }
+    EXPECT_EQ(channel->state(), State::spent);
+    EXPECT_LT(longest, 2s);
+
+    // From the beginning, and for a printer object with each of its requests.
+    channel = channelFor(ppd_);
+    const auto dispatch = Clock::now();
+    channel->dispatchCommands(CommandList{"A"});
+    EXPECT_EQ(channel->state(), State::spent);
+    EXPECT_LT(Clock::now() - dispatch, 2s);
+    platform::PMPrinter printer("orvan");
+    std::string text;
+    const auto requests = Clock::now();
+    EXPECT_NE(platform::PMPrinterSendCommand(printer, "#CUPS-COMMAND", "Printer Status", nullptr), 0);
+    EXPECT_NE(platform::PMPrinterCopyDeviceURI(printer, &text), 0);
+    EXPECT_NE(platform::PMPrinterSendCommand(printer, "#CUPS-COMMAND", "Printer Status", nullptr), 0);
+    EXPECT_NE(platform::PMPrinterCopyDeviceURI(printer, &text), 0);
+    EXPECT_LT(Clock::now() - requests, 2s);
+    system_->scheduler().resume();
+    EXPECT_EQ(platform::PMPrinterCopyDeviceURI(printer, &text), 0);
+    EXPECT_FALSE(printer.patience().isUsedUp());
+}
+
+TEST_F(QueueChannelTest, PrintersTellOfTheirQueues) {
+    std::string uri;
+    std::string path;
+    {
+        platform::PMPrinter printer("orvan");
+        EXPECT_EQ(platform::PMPrinterGetID(printer), "orvan");
+        EXPECT_EQ(platform::PMPrinterCopyDeviceURI(printer, &uri), platform::kPMNoError);
+        EXPECT_EQ(uri, "file:///dev/null");
+        // libcups looks at the scheduler's folder once a thread, here before there was one.
+        ASSERT_EQ(platform::PMPrinterCopyDescriptionURL(printer, platform::kPMPPDDescriptionType, &path),
+            platform::kPMNoError);
+        EXPECT_FALSE(std::filesystem::is_symlink(path));
+        EXPECT_NE(std::filesystem::file_size(path), 0U);
+        std::thread([&] {
+            EXPECT_EQ(
+                platform::PMPrinterCopyDescriptionURL(printer, platform::kPMPPDDescriptionType, &path), 0);
+            EXPECT_EQ(std::filesystem::read_symlink(path),
+                system_->folder().configurationFolder() / "ppd" / "orvan.ppd");
+            system_->scheduler().suspend();
+            EXPECT_EQ(
+                platform::PMPrinterCopyDescriptionURL(printer, platform::kPMPPDDescriptionType, &path), 0);
+            EXPECT_EQ(path, system_->folder().configurationFolder() / "ppd" / "orvan.ppd");
+            system_->scheduler().resume();
+        }).join();
+        EXPECT_NE(platform::PMPrinterCopyDescriptionURL(printer, "other", &path), platform::kPMNoError);
+
+        const std::map<std::string, std::string> options = {{"job-priority", "7"}};
+        ASSERT_EQ(platform::PMPrinterSendCommand(printer, "#CUPS-COMMAND\nA x", "Title", &options), 0);
+        EXPECT_EQ(jobs()[0].name, "Title");
+        EXPECT_EQ(jobs()[0].attribute("job-priority"), "7");
+        EXPECT_EQ(temporaryFiles(), 2);
+    }
+    EXPECT_EQ(temporaryFiles(), 0);
+    for (const char* name : {"", "none", "a b/../c"}) {
+        platform::PMPrinter printer(name);
+        EXPECT_NE(platform::PMPrinterCopyDeviceURI(printer, &uri), platform::kPMNoError) << name;
+        EXPECT_NE(platform::PMPrinterCopyDescriptionURL(printer, platform::kPMPPDDescriptionType, &path),
+            platform::kPMNoError)
+            << name;
+        EXPECT_NE(platform::PMPrinterSendCommand(printer, "#CUPS-COMMAND", "T", nullptr), 0) << name;
+    }
+}
+
+} // namespace
+} // namespace orvan

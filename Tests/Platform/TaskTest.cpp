@@ -1,0 +1,192 @@
+#include "Platform/Task.h"
+
+#include <glib.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+void runLoopUntil(const std::function<bool()>& isDone, std::chrono::milliseconds patience = 20s) {
+    const auto deadline = Clock::now() + patience;
+    while (!isDone() && Clock::now() < deadline)
+        if (!g_main_context_iteration(nullptr, FALSE)) g_usleep(1000);
+}
+
+TaskDescription script(const std::string& text, std::string input = {}) {
+    return {"/bin/sh", {"-c", text}, {{"PATH", "/usr/bin:/bin"}}, std::move(input)};
+}
+
+std::ptrdiff_t openDescriptors() {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+}
+
+bool hasChildren() {
+    siginfo_t ignored{};
+    return ::waitid(P_ALL, 0, &ignored, WEXITED | WNOHANG | WNOWAIT) == 0;
+}
+
+// Nothing when the end was not told in time.
+std::optional<TaskOutput> outputOf(TaskDescription description) {
+    std::optional<TaskOutput> output;
+    int ends = 0;
+    const auto task = Task::launch(std::move(description), [&](TaskOutput end) {
+        output = std::move(end);
+        ++ends;
+    });
+    if (task == nullptr) return std::nullopt;
+    EXPECT_TRUE(task->isRunning());
+    EXPECT_EQ(ends, 0) << "the end was told within launch()";
+    runLoopUntil([&] { return ends > 0; });
+    EXPECT_FALSE(ends > 0 && task->isRunning());
+    while (g_main_context_iteration(nullptr, FALSE)) {
+    }
+    EXPECT_LE(ends, 1);
+    return output;
+}
+
+TEST(Task, CollectsWhatHoweverBehavedProcessesWrite) {
+    const std::string large(1000000, 'i');
+    struct Case {
+        const char* what;
+        std::string script;
+        std::string input;
+        std::string output;
+    };
+    const std::vector<Case> cases = {
+        {"an ordinary filter", "cat >&2", "a job", "a job"},
+        {"feeding and draining at once", "cat >&2", large, large},
+        {"nothing to read", "cat >&2; echo end >&2", "", "end\n"},
+        {"never reads", "echo end >&2", large, "end\n"},
+        {"closes its input at once", "exec <&-; sleep 0.1; echo end >&2", large, "end\n"},
+        {"fails", "echo end >&2; exit 1", "", "end\n"},
+        {"dies by a signal", "echo end >&2; kill -KILL $$", large, "end\n"},
+        {"closes its output early", "echo end >&2; exec 2>&-; sleep 0.1", "", "end\n"},
+        {"the environment", "env >&2", "", "PATH=/usr/bin:/bin\nPWD=" + fs::current_path().string() + "\n"},
+        {"signals are as usual", "sh -c 'kill -PIPE $$; echo ignored >&2'; :", "", ""},
+    };
+    const std::ptrdiff_t descriptors = openDescriptors();
+    ::signal(SIGPIPE, SIG_IGN);
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.what);
+        const auto start = Clock::now();
+        const auto output = outputOf(script(test.script, test.input));
+        EXPECT_LT(Clock::now() - start, 10s);
+        ASSERT_TRUE(output);
+        EXPECT_TRUE(output->standardError == test.output) << output->standardError.substr(0, 1000);
+        EXPECT_FALSE(output->isTruncated);
+    }
+    ::signal(SIGPIPE, SIG_DFL);
+    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_FALSE(hasChildren());
+}
+
+TEST(Task, KeepsTheBeginningOfEndlessOutput) {
+    const auto output = outputOf(script("head -c 104857600 /dev/zero >&2"));
+    ASSERT_TRUE(output);
+    EXPECT_EQ(output->standardError.size(), kMaximumTaskOutput);
+    EXPECT_TRUE(output->isTruncated);
+}
+
+TEST(Task, DoesNotWaitForWhatAProcessLeavesBehind) {
+    for (const char* leftBehind : {"sleep 3 &", "(while :; do echo more >&2; done) &"}) {
+        const auto start = Clock::now();
+        const auto output = outputOf(script(std::string("echo end >&2; ") + leftBehind));
+        EXPECT_LT(Clock::now() - start, 2s);
+        ASSERT_TRUE(output);
+        EXPECT_TRUE(output->standardError.starts_with("end\n"));
+    }
+}
+
+TEST(Task, PassesNoDescriptorOn) {
+    const int open = ::dup(STDOUT_FILENO);
+    const auto output = outputOf(script("exec ls /proc/self/fd >&2"));
+    ::close(open);
+    // The fourth is the folder that is being listed.
+    EXPECT_EQ(output->standardError, "0\n1\n2\n3\n");
+}
+
+TEST(Task, SaysWhatDoesNotStart) {
+    const fs::path folder = fs::path(testing::TempDir()) / ("task" + std::to_string(::getpid()));
+    fs::create_directories(folder);
+    std::ofstream(folder / "plain") << "#!/bin/sh\n";
+    std::ofstream(folder / "orphan") << "#!/no/such/interpreter\n";
+    fs::permissions(folder / "orphan", fs::perms::owner_all);
+    const std::ptrdiff_t descriptors = openDescriptors();
+    for (const std::string& program :
+        {std::string(), std::string("sh"), std::string("./plain"), (folder / "plain").string(),
+            (folder / "orphan").string(), (folder / "missing").string(), folder.string()}) {
+        std::string error;
+        bool wasToldEnd = false;
+        EXPECT_EQ(Task::launch(
+                      {program, {}, {}, "input"}, [&](TaskOutput) { wasToldEnd = true; }, &error),
+            nullptr);
+        EXPECT_NE(error.find('"' + program + '"'), std::string::npos) << error;
+        while (g_main_context_iteration(nullptr, FALSE)) {
+        }
+        EXPECT_FALSE(wasToldEnd);
+    }
+    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_FALSE(hasChildren());
+    fs::remove_all(folder);
+}
+
+TEST(Task, EndsPolitely) {
+    const std::ptrdiff_t descriptors = openDescriptors();
+    bool hasEnded = false;
+    auto task = Task::launch(script("exec sleep 60"), [&](TaskOutput) { hasEnded = true; });
+    task->terminate();
+    runLoopUntil([&] { return hasEnded; });
+    EXPECT_TRUE(hasEnded);
+    task->terminate();
+    task.reset();
+
+    // An object that goes takes its process along, and nothing of it is heard any more.
+    hasEnded = false;
+    task = Task::launch(script("exec sleep 60"), [&](TaskOutput) { hasEnded = true; });
+    task.reset();
+    runLoopUntil([] { return !hasChildren(); });
+    EXPECT_FALSE(hasEnded);
+    EXPECT_FALSE(hasChildren());
+    EXPECT_EQ(openDescriptors(), descriptors);
+}
+
+TEST(Task, MayBeDestroyedByItsHandler) {
+    std::unique_ptr<Task> task;
+    bool hasEnded = false;
+    task = Task::launch(script(":"), [&](TaskOutput) {
+        EXPECT_FALSE(task->isRunning());
+        task.reset();
+        hasEnded = true;
+    });
+    runLoopUntil([&] { return hasEnded; });
+    EXPECT_TRUE(hasEnded);
+}
+
+TEST(Task, DefaultEnvironmentLeavesTheDesktopOut) {
+    const std::vector<const char*> left = {
+        "DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR", "GTK3_MODULES"};
+    for (const char* name : left)
+        ::setenv(name, "x", 0);
+    ::setenv("CUPS_SERVER", "server", 1);
+    const auto environment = defaultTaskEnvironment();
+    ::unsetenv("CUPS_SERVER");
+    for (const char* name : left)
+        EXPECT_FALSE(environment.contains(name)) << name;
+    EXPECT_EQ(environment.at("CUPS_SERVER"), "server");
+    EXPECT_EQ(environment.at("PATH"), std::getenv("PATH"));
+}
+
+} // namespace
+} // namespace platform
