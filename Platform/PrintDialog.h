@@ -77,8 +77,8 @@ public:
     // The panel's lines of the dialog's summary: option title to choice title.
     virtual std::map<std::string, std::string> summaryInfo() = 0;
 
-    // Whether the panel still waits, on the main loop, for something that a printer is to tell it. A dialog need not mind;
-    // a host that can wait gets the panel whole.
+    // Whether the panel still waits, on the main loop, for something that a printer is to tell it. A dialog
+    // need not mind; a host that can wait gets the panel whole.
     virtual bool awaitsPrinter() const = 0;
 };
 

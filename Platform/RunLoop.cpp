@@ -50,4 +50,18 @@ void RepeatingTimer::stop() {
     g_source_remove(std::exchange(sourceID_, 0));
 }
 
+bool runMainLoopUntil(const std::function<bool()>& condition, std::chrono::duration<double> time) {
+    const auto end = std::chrono::steady_clock::now() + time;
+    // Wakes the loop for a look at the condition and the clock.
+    constexpr double kLook = 0.02;
+    const auto wake = RepeatingTimer::schedule(kLook, [](RepeatingTimer&) {}, {});
+    bool holds = condition();
+    while (!holds && std::chrono::steady_clock::now() < end) {
+        g_main_context_iteration(nullptr, TRUE);
+        holds = condition();
+    }
+    wake->stop();
+    return holds;
+}
+
 } // namespace platform

@@ -2,6 +2,7 @@
 // application, also while it shows menus and modal dialogs. Main thread only.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -39,5 +40,9 @@ private:
     std::string userInfo_;
     unsigned sourceID_ = 0;
 };
+
+// Runs the main loop until the condition holds or the time is over; answers whether it holds. For programs
+// that have no loop of their own running.
+bool runMainLoopUntil(const std::function<bool()>& condition, std::chrono::duration<double> time);
 
 } // namespace platform

@@ -1,5 +1,5 @@
-// The names that people gave the printer's custom paper types: asked for when the panel is created, and put into the
-// paper-type list when it is first shown.
+// The names that people gave the printer's custom paper types: asked for when the panel is created, and put
+// into the paper-type list when it is first shown.
 #include "Common/PPDUtilities.h"
 #include "Common/Utilities/ReleaseGates.h"
 #include "OrvanPaperOptions/Source/OrvanPaperOptions.h"
@@ -23,8 +23,8 @@ const std::string* textUnder(const platform::PropertyList& entry, std::string_vi
     return value != nullptr ? value->asString() : nullptr;
 }
 
-// The custom type's place in the order of the printer that a choice keyword names, counted from 0; nothing when it names
-// none that can be.
+// The custom type's place in the order of the printer that a choice keyword names, counted from 0; nothing
+// when it names none that can be.
 std::optional<std::size_t> placeNamedBy(const std::string& keyword) {
     const long long number = std::strtoll(keyword.c_str() + kCustomType.size(), nullptr, 10);
     if (number < 1) return std::nullopt;
@@ -39,8 +39,8 @@ void writeField(char (&field)[size], std::string_view text) {
 
 } // namespace
 
-// The channel holds its delegate, and the panel holds the channel. This stands between the two and holds neither, so that a
-// dialog which lets go of its panel ends it, whatever the printer does.
+// The channel holds its delegate, and the panel holds the channel. This stands between the two and holds
+// neither, so that a dialog which lets go of its panel ends it, whatever the printer does.
 class OrvanPaperOptions::ResponseForwarder final : public OrvanBiDiDelegate {
 public:
     explicit ResponseForwarder(std::weak_ptr<OrvanPaperOptions> panel) : panel_(std::move(panel)) {}
@@ -98,8 +98,8 @@ void OrvanPaperOptions::updatePaperTypeListForCustomPaperTypes() {
     });
 }
 
-// A name that is too long for the record is cut between two characters. A keyword cannot be cut, because then it would be
-// another one.
+// A name that is too long for the record is cut between two characters. A keyword cannot be cut, because then
+// it would be another one.
 bool OrvanPaperOptions::rename(ppd_choice_t& record, const platform::PropertyList& customType) {
     const std::string* const name = textUnder(customType, "name");
     const std::string* const type = textUnder(customType, "type");

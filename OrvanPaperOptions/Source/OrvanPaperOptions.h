@@ -33,9 +33,9 @@ std::string EmptyIfNil(const std::string* text);
 // PPD record, whose marks are the only state of the options: a pick goes to the dialog, and what is shown is
 // read back.
 //
-// On releases before 10.10 it asks the printer for its custom paper types as soon as it is created. What has arrived when
-// the panel is first shown decides the paper-type list for good: the PPD's generic entries take the printer's names, and
-// those that the printer said nothing of are removed.
+// On releases before 10.10 it asks the printer for its custom paper types as soon as it is created. What has
+// arrived when the panel is first shown decides the paper-type list for good: the PPD's generic entries take
+// the printer's names, and those that the printer said nothing of are removed.
 class OrvanPaperOptions final : public platform::PDEPanel,
                                 public OrvanBiDiDelegate,
                                 public std::enable_shared_from_this<OrvanPaperOptions> {
@@ -88,9 +88,10 @@ public:
     void retrieveCustomPaperTypes(const platform::PropertyList& response);
     // Puts the custom paper types that have arrived into the paper-type list and its pop-up. Always 0.
     std::int32_t queryPrinterForCPTsThread();
-    // An entry whose keyword holds "CustomType" and, behind its tenth character, the number N takes name and keyword of the
-    // N-th custom type that arrived, in the dialog's PPD record as well; it is removed when there is no such type. A type
-    // without a name, or without a "type" that makes a keyword, leaves its entry as it is.
+    // An entry whose keyword holds "CustomType" and, behind its tenth character, the number N takes name and
+    // keyword of the N-th custom type that arrived, in the dialog's PPD record as well; it is removed when
+    // there is no such type. A type without a name, or without a "type" that makes a keyword, leaves its
+    // entry as it is.
     void updatePaperTypeListForCustomPaperTypes();
 
 private:
@@ -123,7 +124,8 @@ private:
     ppd_file_t* ppd_ = nullptr;
     std::optional<std::vector<std::string>> supportedOptions_;
     std::array<OptionRow, kOptionRows.size()> rows_;
-    std::optional<platform::PropertyList::List> cpt_; // the custom types that arrived; nothing during creation
+    std::optional<platform::PropertyList::List>
+        cpt_; // the custom types that arrived; nothing during creation
     bool canQueryCPTs_ = false;
     std::shared_ptr<OrvanBiDi> ovBiDi_; // null from release 10.10 on
 };

@@ -10,16 +10,6 @@
 namespace orvan {
 namespace {
 
-struct CloseConnection {
-    void operator()(http_t* http) const { httpClose(http); }
-};
-using Connection = std::unique_ptr<http_t, CloseConnection>;
-
-struct DeleteMessage {
-    void operator()(ipp_t* message) const { ippDelete(message); }
-};
-using Message = std::unique_ptr<ipp_t, DeleteMessage>;
-
 int giveUp(http_t*, void* silent) {
     *static_cast<bool*>(silent) = true;
     return 0;
@@ -35,9 +25,9 @@ void say(std::string* error, const std::string& message) {
 
 // Null, and a message in *error, when the scheduler is not there. *silent, which outlives the connection,
 // becomes true when the scheduler is there and says nothing.
-Connection connect(std::chrono::milliseconds patience, bool* silent, std::string* error) {
-    Connection http(httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(), 1,
-        static_cast<int>(patience.count()), nullptr));
+platform::HTTPConnection connect(std::chrono::milliseconds patience, bool* silent, std::string* error) {
+    platform::HTTPConnection http(httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(),
+        1, static_cast<int>(patience.count()), nullptr));
     if (http != nullptr)
         httpSetTimeout(http.get(), static_cast<double>(patience.count()) / 1000.0, giveUp, silent);
     else
@@ -55,7 +45,7 @@ std::string schedulerName() {
 std::unique_ptr<DialogPPD> fetchQueuePPD(
     const std::string& queue, std::chrono::milliseconds patience, std::string* error) {
     bool silent = false;
-    const Connection http = connect(patience, &silent, error);
+    const platform::HTTPConnection http = connect(patience, &silent, error);
     if (http == nullptr) return nullptr;
 
     std::time_t modified = 0;
@@ -76,21 +66,27 @@ std::unique_ptr<DialogPPD> fetchQueuePPD(
     return ppd;
 }
 
-std::optional<std::vector<std::string>> listQueues(std::chrono::milliseconds patience, std::string* error) {
+platform::IPPMessage askScheduler(ipp_t* request, std::chrono::milliseconds patience, std::string* error) {
+    platform::IPPMessage owned(request);
     bool silent = false;
-    const Connection http = connect(patience, &silent, error);
-    if (http == nullptr) return std::nullopt;
+    const platform::HTTPConnection http = connect(patience, &silent, error);
+    if (http == nullptr) return nullptr;
+    platform::IPPMessage answer(cupsDoRequest(http.get(), owned.release(), "/"));
+    const ipp_status_t status = cupsLastError();
+    // A list of nothing is "not found" in CUPS.
+    if (answer != nullptr && (status <= IPP_STATUS_OK_CONFLICTING || status == IPP_STATUS_ERROR_NOT_FOUND))
+        return answer;
+    say(error, schedulerName() + " refuses: " + why(silent));
+    return nullptr;
+}
 
-    // RFC 8011 has no such operation; it is CUPS-Get-Printers of the CUPS implementation of IPP.
+std::optional<std::vector<std::string>> listQueues(std::chrono::milliseconds patience, std::string* error) {
+    // CUPS-Get-Printers: an operation of CUPS, beyond RFC 8011.
     ipp_t* const request = ippNewRequest(IPP_OP_CUPS_GET_PRINTERS);
     ippAddString(
         request, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes", nullptr, "printer-name");
-    const Message answer(cupsDoRequest(http.get(), request, "/"));
-    const ipp_status_t status = cupsLastError();
-    if (answer == nullptr || (status > IPP_STATUS_OK_CONFLICTING && status != IPP_STATUS_ERROR_NOT_FOUND)) {
-        say(error, "cannot list the queues of " + schedulerName() + ": " + why(silent));
-        return std::nullopt;
-    }
+    const platform::IPPMessage answer = askScheduler(request, patience, error);
+    if (answer == nullptr) return std::nullopt;
     std::vector<std::string> queues;
     for (ipp_attribute_t* name = ippFindAttribute(answer.get(), "printer-name", IPP_TAG_NAME);
          name != nullptr; name = ippFindNextAttribute(answer.get(), "printer-name", IPP_TAG_NAME))

@@ -2,6 +2,7 @@
 // longer than `patience` for a single answer, and may be called from any thread.
 #pragma once
 
+#include "Platform/PrintServerConnection.h"
 #include "PrintDialog/Host/DialogPPD.h"
 
 #include <chrono>
@@ -20,6 +21,10 @@ std::unique_ptr<DialogPPD> fetchQueuePPD(
 // The names of the scheduler's queues. Nothing, and a message for people in *error (when given), when it is
 // not there.
 std::optional<std::vector<std::string>> listQueues(std::chrono::milliseconds patience, std::string* error);
+
+// The scheduler's answer to a request, which this takes over. Null, and a message for people in *error (when
+// given), when it is not there, does not answer, or refuses.
+platform::IPPMessage askScheduler(ipp_t* request, std::chrono::milliseconds patience, std::string* error);
 
 // For messages: the scheduler and where it is.
 std::string schedulerName();

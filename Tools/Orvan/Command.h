@@ -22,5 +22,9 @@ int cannot(const std::string& message);
 using CommandBody = std::function<int()>;
 void addPanelCommand(CLI::App& program, CommandBody& run);
 void addCheckCommand(CLI::App& program, CommandBody& run);
+void addStatusCommand(CLI::App& program, CommandBody& run);
+void addPapersCommand(CLI::App& program, CommandBody& run);
+void addPlistCommand(CLI::App& program, CommandBody& run);
+void addChunksCommand(CLI::App& program, CommandBody& run);
 
 } // namespace orvan

@@ -1,15 +1,17 @@
+#include "BiDi/OrvanBiDi.h"
 #include "Common/PDEChoice.h"
 #include "OrvanPaperOptions/Source/OptionRows.h"
 #include "PrintDialog/Host/InstalledFiles.h"
 #include "PrintDialog/Host/PanelSession.h"
 #include "PrintDialog/Host/Scheduler.h"
 #include "Tools/Orvan/Command.h"
+#include "Tools/Orvan/Input.h"
+#include "Tools/Orvan/PrinterQuery.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <iomanip>
 #include <iostream>
 #include <memory>
@@ -29,6 +31,8 @@ struct PanelArguments {
     std::string queue;
     std::vector<std::string> sets;
     std::string release;
+    std::vector<std::string> responses;
+    double timeout = 10;
     bool json = false;
 };
 
@@ -128,7 +132,22 @@ std::optional<std::string> pick(platform::View& root, const std::string& option,
     return std::nullopt;
 }
 
+// Hands the panel a property list as the printer's answer. Answers what is wrong, or nothing.
+std::optional<std::string> deliver(platform::PDEPanel& panel, const std::string& file) {
+    std::string error;
+    const std::optional<std::string> bytes = readFile(file, &error);
+    if (!bytes) return error;
+    const std::optional<platform::PropertyList> response = platform::PropertyList::read(*bytes, &error);
+    if (!response) return file + " is no property list: " + error;
+    if (auto* const delegate = dynamic_cast<OrvanBiDiDelegate*>(&panel))
+        delegate->receivedBiDiResponse(*response);
+    return std::nullopt;
+}
+
 int showPanel(PanelSession& session, const PanelArguments& arguments) {
+    session.waitForPrinter(std::chrono::duration<double>(arguments.timeout));
+    for (const std::string& file : arguments.responses)
+        if (const auto problem = deliver(session.panel(), file)) return cannot(*problem);
     session.willShow();
     platform::View* const root = session.panel().panelView();
     if (root == nullptr)
@@ -144,7 +163,7 @@ int showPanel(PanelSession& session, const PanelArguments& arguments) {
 
 int runPanel(const PanelArguments& arguments) {
     // Before the bundle is loaded: the release is asked for once.
-    if (!arguments.release.empty()) setenv("ORVAN_SYSTEM_RELEASE", arguments.release.c_str(), 1);
+    setSystemRelease(arguments.release);
 
     std::string error;
     const bool fromQueue = !arguments.queue.empty();
@@ -160,14 +179,6 @@ int runPanel(const PanelArguments& arguments) {
 
     if (arguments.json) std::cout << Json{{"schemaVersion", 1}, {"panel", nullptr}} << '\n';
     return cannot("the PPD has none of the panel's options, so there is no panel for it");
-}
-
-std::string checkRelease(const std::string& release) {
-    const bool wellFormed = !release.empty() &&
-                            release.find_first_not_of("0123456789.") == std::string::npos &&
-                            release.front() != '.' && release.back() != '.' &&
-                            release.find("..") == std::string::npos && std::ranges::count(release, '.') <= 2;
-    return wellFormed ? "" : "\"" + release + "\" is not a release such as 10.9.0";
 }
 
 std::string checkSet(const std::string& set) {
@@ -193,6 +204,16 @@ void addPanelCommand(CLI::App& program, CommandBody& run) {
     command->add_option("--release", arguments->release, "The system release to stand for (default 10.9.0)")
         ->type_name("R")
         ->check(checkRelease);
+    command
+        ->add_option("--response", arguments->responses,
+            "A property list to hand to the panel as the printer's answer; repeatable")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    command
+        ->add_option(
+            "--timeout", arguments->timeout, "How long to wait for the printer's answer (default 10)")
+        ->type_name("SECONDS")
+        ->check(CLI::NonNegativeNumber);
     command->add_flag("--json", arguments->json, "Answer in JSON");
     command->footer("Examples:\n  orvan panel -q Office\n"
                     "  orvan panel --ppd Orvan-4500.ppd --set MediaType=Transparency --json");

@@ -35,6 +35,10 @@ int runProgram(int argc, char** argv) {
     CommandBody run;
     addPanelCommand(program, run);
     addCheckCommand(program, run);
+    addStatusCommand(program, run);
+    addPapersCommand(program, run);
+    addPlistCommand(program, run);
+    addChunksCommand(program, run);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& problem) {

@@ -21,6 +21,7 @@ constexpr int kWrongUsage = 2;
 struct Arguments {
     std::vector<std::string> queues;
     std::vector<std::string> devices;
+    std::vector<std::string> filterEnvironment;
     std::string defaultQueue;
     orvan::PrintingSystemOptions system;
     bool showJobs = false;
@@ -69,6 +70,12 @@ void describe(CLI::App& app, Arguments& arguments) {
         ->check(CLI::ExistingFile);
     app.add_flag(
         "--keep", arguments.system.folder.keep, "Leave the system's folder behind, and say where it is");
+    app.add_option("--filter-environment", arguments.filterEnvironment,
+           "Set this variable for filters and backends; may be repeated")
+        ->type_name("NAME=VALUE")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->check(checkNameAndValue);
     app.add_flag("--show-jobs", arguments.showJobs,
         "After the command, print the jobs that arrived, with their options");
     app.add_option("command", arguments.command, "Run this command, and end with it and its exit code")
@@ -151,6 +158,8 @@ int main(int argumentCount, char** arguments) {
         } catch (const CLI::ParseError& error) {
             return app.exit(error) == 0 ? kDone : kWrongUsage;
         }
+        for (const std::string& variable : parsed.filterEnvironment)
+            parsed.system.folder.programEnvironment.insert(split(variable));
         const orvan::CommandSession session;
         return serve(session, parsed);
     } catch (const std::exception& error) {

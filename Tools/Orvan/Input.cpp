@@ -1,0 +1,28 @@
+#include "Tools/Orvan/Input.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+namespace orvan {
+
+std::string readAll(std::istream& stream) {
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+std::optional<std::string> readFile(const std::string& file, std::string* error) {
+    std::error_code status;
+    std::ifstream stream;
+    if (std::filesystem::is_directory(file, status))
+        errno = EISDIR;
+    else
+        stream.open(file, std::ios::binary);
+    if (stream.is_open()) return readAll(stream);
+    *error = "cannot read " + file + ": " + std::strerror(errno);
+    return std::nullopt;
+}
+
+} // namespace orvan

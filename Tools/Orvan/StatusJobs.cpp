@@ -1,0 +1,94 @@
+#include "Tools/Orvan/StatusJobs.h"
+
+#include "BiDi/OrvanBiDi.h"
+#include "PrintDialog/Host/Scheduler.h"
+
+#include <cups/cups.h>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace orvan {
+namespace {
+
+bool isInTrouble(const StatusJob& job) {
+    return job.state == IPP_JSTATE_HELD || job.state == IPP_JSTATE_STOPPED;
+}
+
+// Get-Jobs, RFC 8011, section 4.2.6.
+ipp_t* requestFor(const std::string& queue) {
+    static constexpr std::array<const char*, 4> kWanted{
+        "job-id", "job-name", "job-state", "job-printer-state-message"};
+    ipp_t* const request = ippNewRequest(IPP_OP_GET_JOBS);
+    std::array<char, HTTP_MAX_URI> uri{};
+    httpAssembleURIf(HTTP_URI_CODING_ALL, uri.data(), static_cast<int>(uri.size()), "ipp", nullptr,
+        "localhost", ippPort(), "/printers/%s", queue.c_str());
+    ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_URI, "printer-uri", nullptr, uri.data());
+    ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_NAME, "requesting-user-name", nullptr, cupsUser());
+    ippAddBoolean(request, IPP_TAG_OPERATION, "my-jobs", 1);
+    ippAddStrings(request, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes",
+        static_cast<int>(kWanted.size()), nullptr, kWanted.data());
+    return request;
+}
+
+std::string textOf(ipp_attribute_t* attribute) {
+    const char* const text = ippGetString(attribute, 0, nullptr);
+    return text != nullptr ? text : "";
+}
+
+// The channel's jobs in the answer, oldest first.
+std::vector<StatusJob> jobsIn(ipp_t* answer) {
+    std::vector<StatusJob> jobs;
+    StatusJob job;
+    std::string title;
+    const auto finish = [&] {
+        if (title == OrvanBiDi::kJobTitle) jobs.push_back(job);
+        job = {};
+        title.clear();
+    };
+    for (ipp_attribute_t* attribute = ippFirstAttribute(answer); attribute != nullptr;
+         attribute = ippNextAttribute(answer)) {
+        const char* const name = ippGetName(attribute);
+        if (name == nullptr) { // between two jobs
+            finish();
+            continue;
+        }
+        const std::string_view which = name;
+        if (which == "job-id") job.id = ippGetInteger(attribute, 0);
+        if (which == "job-name") title = textOf(attribute);
+        if (which == "job-state") job.state = static_cast<ipp_jstate_t>(ippGetInteger(attribute, 0));
+        if (which == "job-printer-state-message") job.message = textOf(attribute);
+    }
+    finish();
+    return jobs;
+}
+
+} // namespace
+
+std::optional<StatusJob> findStatusJob(const std::string& queue, std::chrono::milliseconds patience) {
+    const auto answer = askScheduler(requestFor(queue), patience, nullptr);
+    if (answer == nullptr) return std::nullopt;
+    const std::vector<StatusJob> jobs = jobsIn(answer.get());
+    if (jobs.empty()) return std::nullopt;
+    const auto troubled = std::ranges::find_if(jobs, isInTrouble);
+    return troubled != jobs.end() ? *troubled : jobs.front();
+}
+
+std::string describe(const StatusJob& job, const std::string& queue) {
+    const std::string name = queue + "-" + std::to_string(job.id);
+    const std::string said = job.message.empty() ? "" : ", the scheduler's last message: " + job.message;
+    const std::string cancel = " (\"cancel " + name + "\" removes it)";
+    switch (job.state) {
+    case IPP_JSTATE_HELD:
+        return "its command job " + name + " is held" + cancel;
+    case IPP_JSTATE_STOPPED:
+        return "its command job " + name + " was stopped by a filter that failed" + said +
+               "; every later question waits for it" + cancel;
+    default:
+        return "its command job " + name + " is still " +
+               ippEnumString("job-state", static_cast<int>(job.state)) + said + cancel;
+    }
+}
+
+} // namespace orvan

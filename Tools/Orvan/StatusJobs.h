@@ -1,0 +1,25 @@
+// The channel's jobs in a queue.
+#pragma once
+
+#include <cups/ipp.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace orvan {
+
+struct StatusJob {
+    int id = 0;
+    ipp_jstate_t state = IPP_JSTATE_PENDING;
+    std::string message; // the scheduler's last word on it; may be empty
+};
+
+// This person's oldest active job of the channel in the queue: one in trouble (held or stopped) before one
+// that is not. Nothing when there is none, or the scheduler does not say.
+std::optional<StatusJob> findStatusJob(const std::string& queue, std::chrono::milliseconds patience);
+
+// For people: what keeps the job, and how to be rid of it.
+std::string describe(const StatusJob& job, const std::string& queue);
+
+} // namespace orvan
