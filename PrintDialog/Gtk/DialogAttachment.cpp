@@ -138,7 +138,8 @@ void DialogAttachment::pickedInPanel(const MarkResult& result) {
 
 void DialogAttachment::changedInDialog(const std::string& keyword, const std::string& choice) {
     if (session_ == nullptr) return;
-    const std::string marked = choice.empty() ? session_->ppd().defaultChoiceOf(keyword) : choice;
+    DialogPPD& ppd = session_->ppd();
+    const std::string marked = choice.empty() ? ppd.defaultChoiceOf(keyword) : ppd.choiceNow(keyword, choice);
     const MarkResult result = session_->markElsewhere(keyword, marked);
     if (result.changes.empty() && result.conflicts.empty()) return;
     writeToDialog(result, keyword);
@@ -150,7 +151,9 @@ void DialogAttachment::writeToDialog(const MarkResult& result, const std::string
     for (const ChoiceChange& change : result.changes) {
         if (change.option == except) continue;
         carried_.insert(change.option);
-        options_->write(change.option, change.to);
+        // GTK knows a choice that the panel renamed by the keyword that it has in the file.
+        if (!options_->write(change.option, change.to))
+            options_->write(change.option, session_->ppd().choiceInFile(change.option, change.to));
     }
 }
 

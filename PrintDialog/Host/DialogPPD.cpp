@@ -35,6 +35,10 @@ std::string titleOr(std::string_view title, std::string_view keyword) {
     return platform::decodeUTF8(title).value_or(std::string(keyword));
 }
 
+std::span<const ppd_choice_t> recordsOf(const ppd_option_t& option) {
+    return {option.choices, static_cast<std::size_t>(std::max(option.num_choices, 0))};
+}
+
 bool isPaperSize(std::string_view keyword) {
     return keyword == "PageSize" || keyword == "PageRegion";
 }
@@ -65,6 +69,11 @@ std::unique_ptr<DialogPPD> DialogPPD::open(const std::filesystem::path& file, st
     std::unique_ptr<DialogPPD> ppd(new DialogPPD(record));
     ppdLocalize(record);
     ppdMarkDefaults(record);
+    for (const ppd_option_t* option = ppdFirstOption(record); option != nullptr;
+         option = ppdNextOption(record))
+        for (const ppd_choice_t& choice : recordsOf(*option))
+            ppd->choicesInFile_[std::string(fieldText(option->keyword))].emplace_back(
+                fieldText(choice.choice));
     return ppd;
 }
 
@@ -78,6 +87,25 @@ std::string DialogPPD::choiceOf(const std::string& option) const {
     if (const ppd_choice_t* marked = ppdFindMarkedChoice(record_.get(), found->keyword))
         return std::string(fieldText(marked->choice));
     return defaultChoiceOf(option);
+}
+
+std::string DialogPPD::choiceNow(const std::string& option, const std::string& choiceInFile) const {
+    const ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
+    const auto inFile = choicesInFile_.find(option);
+    if (found == nullptr || inFile == choicesInFile_.end()) return choiceInFile;
+    const auto place = std::ranges::find(inFile->second, choiceInFile) - inFile->second.begin();
+    return place < found->num_choices ? std::string(fieldText(found->choices[place].choice)) : choiceInFile;
+}
+
+std::string DialogPPD::choiceInFile(const std::string& option, const std::string& choiceNow) const {
+    const ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
+    const auto inFile = choicesInFile_.find(option);
+    if (found == nullptr || inFile == choicesInFile_.end()) return choiceNow;
+    const auto records = recordsOf(*found);
+    const auto record = std::ranges::find_if(
+        records, [&choiceNow](const ppd_choice_t& choice) { return fieldText(choice.choice) == choiceNow; });
+    const auto place = static_cast<std::size_t>(record - records.begin());
+    return place < inFile->second.size() ? inFile->second[place] : choiceNow;
 }
 
 std::string DialogPPD::defaultChoiceOf(const std::string& option) const {

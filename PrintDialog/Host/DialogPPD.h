@@ -44,6 +44,11 @@ public:
     // for an option that the PPD does not have.
     std::string choiceOf(const std::string& option) const;
 
+    // A panel may give a choice another keyword in the record. The keyword that the choice has now whose
+    // keyword in the file was this one, and the other way round; the keyword itself when there is no such
+    // choice.
+    std::string choiceNow(const std::string& option, const std::string& choiceInFile) const;
+    std::string choiceInFile(const std::string& option, const std::string& choiceNow) const;
     // The keyword of the option's default choice; "" when there is no such option or choice.
     std::string defaultChoiceOf(const std::string& option) const;
     // The PPD's page size of these dimensions in points (to within a millimetre); "" for none.
@@ -74,6 +79,8 @@ private:
     MarkResult resolve(const Marks& before, const std::string* option, const std::string* choice);
 
     std::unique_ptr<ppd_file_t, Close> record_;
+    std::map<std::string, std::vector<std::string>>
+        choicesInFile_; // of each option, in the order of its records
 };
 
 } // namespace orvan

@@ -13,9 +13,11 @@ namespace {
 
 void describe(CLI::App& program, PrintArguments& arguments) {
     program
-        .add_option("FILE", arguments.files, "The files to print: PDF, PostScript, or what the printer's queue accepts")
+        .add_option("FILE", arguments.files,
+            "The files to print: PDF, PostScript, or what the printer's queue accepts")
         ->required();
-    program.add_option("-q,--queue", arguments.queue, "The queue that the dialog opens with")->type_name("QUEUE");
+    program.add_option("-q,--queue", arguments.queue, "The queue that the dialog opens with")
+        ->type_name("QUEUE");
     program.set_version_flag("--version", "orvan-print " ORVAN_VERSION);
     program.footer("Exit codes: 0 printed, 1 not printed, 2 wrong usage.\n"
                    "Example: orvan-print -q Office report.pdf");
@@ -23,7 +25,8 @@ void describe(CLI::App& program, PrintArguments& arguments) {
 }
 
 int run(int argc, char** argv) {
-    CLI::App program("Print files through the print dialog, with the paper options of Orvan printers.", "orvan-print");
+    CLI::App program(
+        "Print files through the print dialog, with the paper options of Orvan printers.", "orvan-print");
     PrintArguments arguments;
     describe(program, arguments);
     try {

@@ -100,14 +100,10 @@ void writeSection(const Section& section, const PropertyList::List& records, std
     }
 }
 
-// Lists under the keys of sections; anything else is shown as it is.
-void writeEntry(const std::string& key, const PropertyList& value, std::ostream& out) {
+const Section* sectionFor(std::string_view key, const PropertyList& value) {
     const auto section =
         std::ranges::find(kSections, key, [](const Section& s) { return std::string_view(s.key); });
-    if (section != kSections.end() && value.asList() != nullptr)
-        writeSection(*section, *value.asList(), out);
-    else
-        out << key << "\n  " << jsonFromPropertyList(value).dump() << '\n';
+    return section != kSections.end() && value.asList() != nullptr ? &*section : nullptr;
 }
 
 } // namespace
@@ -125,6 +121,11 @@ std::vector<CustomPaper> customPapers(const std::vector<PropertyList>& responses
 }
 
 void writeStatus(const std::vector<PropertyList>& responses, std::ostream& out) {
+    for (const Section& section : kSections)
+        for (const PropertyList& response : responses)
+            if (const PropertyList* value = response.find(section.key);
+                value != nullptr && value->asList() != nullptr)
+                writeSection(section, *value->asList(), out);
     for (const PropertyList& response : responses) {
         const PropertyList::Dictionary* const entries = response.asDictionary();
         if (entries == nullptr) {
@@ -132,7 +133,8 @@ void writeStatus(const std::vector<PropertyList>& responses, std::ostream& out) 
             continue;
         }
         for (const auto& [key, value] : *entries)
-            writeEntry(key, value, out);
+            if (sectionFor(key, value) == nullptr)
+                out << key << "\n  " << jsonFromPropertyList(value).dump() << '\n';
     }
 }
 

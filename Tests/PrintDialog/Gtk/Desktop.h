@@ -36,7 +36,7 @@ struct Desktop {
     std::unique_ptr<PrintingSystem> printing;
 
     // With the queues "Office" and "Annex" of Orvan printers and "Other" of another maker's.
-    static Desktop start();
+    static Desktop start(const PrintingSystemOptions& options = {});
 
     // Runs the body in a process of its own, as an application that has just started: its environment has the
     // display, the printing system, the paper options' module and `environment` ("NAME=VALUE"), GTK is not
