@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const auto& [name, value] : entries) {
         promise(name.find_first_of("= \t\n\r") == std::string::npos);
         promise(value.find_first_of(" \t\n\r") == std::string::npos);
-        promise(output.find(name + '=' + value) != std::string_view::npos);
+        promise(output.find(std::string(name).append(1, '=').append(value)) != std::string_view::npos);
         // A keyword is zero-terminated, so one that holds a zero is never asked for.
         if (name.find('\0') != std::string::npos) continue;
         const char* const found = orvan::ppdx_get_chunk_nsdictionary(&entries, name.c_str());
