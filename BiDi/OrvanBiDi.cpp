@@ -107,7 +107,7 @@ void OrvanBiDi::endWait() {
     const auto delegate = std::exchange(delegate_, nullptr);
 }
 
-void OrvanBiDi::commandFilterTerminated(platform::TaskOutput output) {
+void OrvanBiDi::commandFilterTerminated(const platform::TaskOutput& output) {
     std::string_view text = output.standardError;
     // What was cut somewhere in a line is good up to the line before.
     if (output.isTruncated) text = text.substr(0, text.rfind('\n') + 1);

@@ -108,7 +108,7 @@ public:
     // wait.
     void awaitCommandJob(platform::RepeatingTimer& timer);
     // The filter has ended with this output.
-    void commandFilterTerminated(platform::TaskOutput output);
+    void commandFilterTerminated(const platform::TaskOutput& output);
 
     // Ends the channel's use: nothing is delivered any more. A filter that runs is left to run.
     void invalidate();

@@ -120,9 +120,9 @@ void OrvanBiDi::dispatchToFilter(const std::string& job) {
     task.arguments = {"", "", "", "", *program};
     task.environment = commandFilterEnvironment();
     task.input = job;
-    _commandFilterTask =
-        platform::Task::launch(std::move(task), [channel = weak_from_this()](platform::TaskOutput output) {
-            if (const auto self = channel.lock()) self->commandFilterTerminated(std::move(output));
+    _commandFilterTask = platform::Task::launch(
+        std::move(task), [channel = weak_from_this()](const platform::TaskOutput& output) {
+            if (const auto self = channel.lock()) self->commandFilterTerminated(output);
         });
 }
 

@@ -14,7 +14,7 @@
 namespace orvan {
 
 // The largest block.
-inline constexpr std::size_t kPpdxMaximumSize = 16U * 1024U * 1024U;
+inline constexpr std::size_t kPpdxMaximumSize = std::size_t{16} * 1024 * 1024;
 // A PPD keyword has at most 40 characters, the number at least four of them.
 inline constexpr std::size_t kPpdxMaximumKeywordLength = 40;
 inline constexpr std::size_t kPpdxMaximumNameLength = 36;

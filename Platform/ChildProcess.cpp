@@ -100,7 +100,7 @@ int spawn(const TaskDescription& description, const SpawnSettings& settings, pid
     std::vector<std::string> environment;
     environment.reserve(description.environment.size());
     for (const auto& [name, value] : description.environment)
-        environment.push_back(name + '=' + value);
+        environment.push_back(std::string(name).append(1, '=').append(value));
     return ::posix_spawn(pid, description.program.c_str(), settings.actions(), settings.attributes(),
         vectorOf(arguments).data(), vectorOf(environment).data());
 }

@@ -84,10 +84,10 @@ std::int32_t PMPrinterSendCommand(PMPrinter& printer, std::string_view commandTe
 
     // One request, Print-Job of RFC 8011 section 4.2.1: no job without its document, whatever happens.
     const std::string resource = "/printers/" + printer.queueName();
-    http_status_t status =
-        cupsSendRequest(http, request.get(), resource.c_str(), ippLength(request.get()) + commandText.size());
-    if (status == HTTP_STATUS_CONTINUE)
-        status = cupsWriteRequestData(http, commandText.data(), commandText.size());
+    const std::size_t length = ippLength(request.get()) + commandText.size();
+    if (cupsSendRequest(http, request.get(), resource.c_str(), length) != HTTP_STATUS_CONTINUE)
+        return kPMServerNotAvailable;
+    cupsWriteRequestData(http, commandText.data(), commandText.size());
     const IPPMessage answer(cupsGetResponse(http, resource.c_str()));
     return isSuccess(answer) ? kPMNoError : kPMServerNotAvailable;
 }

@@ -32,6 +32,9 @@ HTTPConnection connect(std::chrono::milliseconds time) {
 // Whether the scheduler answers the smallest of requests by then. The connection is of no use afterwards:
 // libcups does not get out of it what belongs to the next request.
 bool isAlive(http_t* http, Clock::time_point deadline) {
+    // RFC 9112 section 3.2 wants it; libcups does not add it here.
+    const char* const server = cupsServer();
+    httpSetField(http, HTTP_FIELD_HOST, *server == '/' ? "localhost" : server);
     if (httpOptions(http, "*") != 0) return false;
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
     return httpWait(http, std::max(static_cast<int>(left.count()), 0)) != 0;

@@ -17,7 +17,7 @@ namespace {
 
 constexpr guint kGraceMilliseconds = 500;
 // How much is read at once, and how often in a row before the application's loop gets its turn.
-constexpr std::size_t kReadSize = 64U * 1024U;
+constexpr std::size_t kReadSize = std::size_t{64} * 1024;
 constexpr int kReadsInARow = 16;
 
 struct EndSource {
@@ -164,7 +164,7 @@ private:
         releaseSources();
         pipes_ = {};
         const EndHandler handler = std::exchange(handler_, nullptr);
-        if (handler) guarded("end of a task", [&] { handler(std::move(output_)); });
+        if (handler) guarded("end of a task", [&] { handler(output_); });
     }
 
     void releaseSources() {

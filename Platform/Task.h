@@ -25,7 +25,7 @@ struct TaskOutput {
     bool isTruncated = false; // there was more than kMaximumTaskOutput, and it was dropped
 };
 
-inline constexpr std::size_t kMaximumTaskOutput = 32U * 1024U * 1024U;
+inline constexpr std::size_t kMaximumTaskOutput = std::size_t{32} * 1024 * 1024;
 
 // The environment of this process without what only concerns its desktop session: display and window
 // manager, session bus and agents, toolkits, desktop folders, and what the dynamic linker was told for this
@@ -41,7 +41,7 @@ public:
     // Called once, when the process has ended and so has its output. The output ends with its last writer;
     // when the process has left behind another one that still has it open, it is waited for half a second
     // more at most. The handler may destroy the task.
-    using EndHandler = std::function<void(TaskOutput)>;
+    using EndHandler = std::function<void(const TaskOutput&)>;
 
     // Null, and why in *error (when given), when the process could not be started; the handler is not called
     // then.

@@ -14,7 +14,7 @@
 namespace platform {
 namespace {
 
-constexpr off_t kMaximumDomainSize = 1024 * 1024;
+constexpr off_t kMaximumDomainSize = off_t{1024} * 1024;
 
 bool isTrustworthy(const struct stat& file) {
     return S_ISREG(file.st_mode) && (file.st_uid == geteuid() || file.st_uid == 0) &&

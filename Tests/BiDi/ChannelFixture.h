@@ -4,6 +4,7 @@
 #include "BiDi/OrvanBiDi.h"
 #include "Platform/PMPrinter.h"
 
+#include <cups/cups.h>
 #include <glib.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -23,20 +24,27 @@ class ChannelEnvironment : public testing::Environment {
 public:
     explicit ChannelEnvironment(const char* release) : release_(release) {}
     void SetUp() override {
-        std::filesystem::create_directories(path_ / "orvan");
-        ::setenv("XDG_CONFIG_HOME", path_.c_str(), 1);
+        std::filesystem::create_directories(folder() / "orvan");
+        ::setenv("XDG_CONFIG_HOME", folder().c_str(), 1);
+        ::setenv("CUPS_SERVERROOT", folder().c_str(), 1);
         ::setenv("ORVAN_SYSTEM_RELEASE", release_, 1);
         ::setenv("CUPS_SERVER", "/no/such/socket", 1);
         ::setenv("LANGUAGE", "de", 1);
         ::setenv("LC_ALL", "de_DE.UTF-8", 1);
         ::setenv("DISPLAY", ":77", 1);
+        cupsServer();
     }
-    void TearDown() override { std::filesystem::remove_all(path_); }
+    void TearDown() override { std::filesystem::remove_all(folder()); }
+
+    // The person's configuration, and where libcups, on this thread, looks for the PPDs of a local scheduler.
+    static const std::filesystem::path& folder() {
+        static const auto path =
+            std::filesystem::path(testing::TempDir()) / ("config" + std::to_string(::getpid()));
+        return path;
+    }
 
 private:
     const char* release_;
-    std::filesystem::path path_ =
-        std::filesystem::path(testing::TempDir()) / ("config" + std::to_string(::getpid()));
 };
 
 class RememberingDelegate : public OrvanBiDiDelegate {

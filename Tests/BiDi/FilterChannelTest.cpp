@@ -1,6 +1,7 @@
 // The channel on releases on which it runs the command filter itself.
 #include "Platform/UserDefaults.h"
 #include "Tests/BiDi/ChannelFixture.h"
+#include "Tools/PrintingSystem/PrintingSystem.h"
 
 #include <signal.h>
 #include <sys/stat.h>
@@ -64,6 +65,42 @@ TEST_F(FilterChannelTest, RunsTheFilterAndDeliversItsAnswers) {
     EXPECT_EQ(channel->state(), State::filterRunning);
     ASSERT_TRUE(runUntilEnded(*channel));
     EXPECT_EQ(delegate_->commands(), (Names{"A", "B", "A"}));
+}
+
+TEST_F(FilterChannelTest, TellsTheFilterOfItsPrinter) {
+    if (SchedulerProcess::findProgram().empty()) GTEST_SKIP() << "cupsd is not installed";
+    Failure failure;
+    const auto system = PrintingSystem::start({}, &failure);
+    ASSERT_TRUE(system) << failure.value_or("");
+    system->adoptEnvironment();
+    const auto ppd = ppdWithFilter(ORVAN_TEST_FILTER);
+    ASSERT_EQ(system->addQueue({"orvan", ppd, "file:///dev/null"}), std::nullopt);
+    const auto run = [&] {
+        auto channel = channelFor(ppd);
+        channel->dispatchCommands(CommandList{"A"});
+        EXPECT_TRUE(runUntilEnded(*channel));
+        return channel;
+    };
+
+    // A copy of the queue's PPD lasts as long as the printer object, and its path is tidied up.
+    ::setenv("TMPDIR", (folder_.string() + "/").c_str(), 1);
+    {
+        const auto channel = run();
+        EXPECT_EQ(delegate_->text(0, "DEVICE_URI"), "file:///dev/null");
+        const std::string copy = delegate_->text(0, "PPD");
+        EXPECT_EQ(copy.find("//"), std::string::npos);
+        EXPECT_TRUE(std::filesystem::is_regular_file(copy)) << copy;
+    }
+    EXPECT_FALSE(std::filesystem::exists(delegate_->text(0, "PPD")));
+
+    // Of a link to the scheduler's own file the filter sees the target.
+    const std::filesystem::path own = ChannelEnvironment::folder() / "ppd" / "orvan.ppd";
+    std::filesystem::create_directories(own.parent_path());
+    std::filesystem::copy_file(ppd, own);
+    run();
+    EXPECT_EQ(delegate_->text(1, "PPD"), own.string());
+    std::filesystem::remove(own);
+    ::unsetenv("TMPDIR");
 }
 
 TEST_F(FilterChannelTest, TakesWhateverFiltersDo) {

@@ -65,10 +65,11 @@ TEST_F(QueueChannelTest, WaitsForTheJobAndDeliversFromThePPD) {
     EXPECT_EQ(delegate_->commands(), (Names{"A", "B"})) << system_->folder().errorLogTail(30);
     EXPECT_EQ(delegate_->text(0, "job"), channel->commandJobWithCommands(CommandList{"B", "A"}));
     ASSERT_EQ(jobs().size(), 1U);
-    EXPECT_EQ(jobs()[0].name, "Printer Status");
     EXPECT_EQ(channel->delegate(), nullptr);
     EXPECT_EQ(delegate_.use_count(), 1);
     EXPECT_EQ(temporaryFiles(), 0);
+    // The scheduler found nothing wrong with any request.
+    EXPECT_EQ(system_->folder().errorLogTail(1000).find("[Client"), std::string::npos);
     const std::weak_ptr<OrvanBiDi> watched = channel;
     channel.reset();
     EXPECT_TRUE(watched.expired());
@@ -132,6 +133,7 @@ TEST_F(QueueChannelTest, GoesOnWaitingWhileTheJobIsThere) {
     EXPECT_FALSE(runLoopUntil([&] { return channel->state() != State::waiting; }, 0.7));
     EXPECT_TRUE(delegate_->responses.empty());
     ASSERT_EQ(jobs().size(), 1U);
+    EXPECT_EQ(jobs()[0].name, "Printer Status");
     EXPECT_FALSE(other.expired());
 
     ASSERT_EQ(system_->releaseJob(jobs()[0].id), std::nullopt);

@@ -26,6 +26,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// More pieces than there are four-digit numbers.
+constexpr std::size_t kPieces = 0x10001;
+
 std::string noise(std::size_t size) {
     std::mt19937 generator(4500);
     std::string bytes(size, '\0');
@@ -44,7 +47,7 @@ std::string contentOf(int descriptor) {
 std::string written(const char* name, const std::string& block) {
     const int file = ::memfd_create("lines", MFD_CLOEXEC);
     EXPECT_TRUE(ppdxWriteDataToDescriptor(file, name, block.data(), block.size()));
-    const std::string lines = contentOf(file);
+    std::string lines = contentOf(file);
     ::close(file);
     return lines;
 }
@@ -124,12 +127,12 @@ TEST(Ppdx, WritesTheFormat) {
     const std::string longest(kPpdxMaximumNameLength, 'n');
     EXPECT_EQ(written(longest.c_str(), ""), "PPD: " + longest + "0000=\"\"\n");
 
-    const EntryDictionary entries = entriesInTaskOutput(written("N", noise(158 * 20)));
+    const EntryDictionary entries = entriesInTaskOutput(written("N", noise(3160)));
     EXPECT_EQ(entries.at("N0000").size(), 211U);
     EXPECT_EQ(entries.at("N0000").find('='), std::string::npos);
     EXPECT_TRUE(entries.contains("N000a") && entries.contains("N0010"));
     EXPECT_FALSE(entries.contains("N000A"));
-    EXPECT_TRUE(entriesInTaskOutput(written("N", noise(158 * 0x10001))).contains("N10000"));
+    EXPECT_TRUE(entriesInTaskOutput(written("N", noise(kPieces * 158))).contains("N10000"));
 
     // Stored by deflate, 305 bytes are exactly two pieces.
     ASSERT_EQ(compressed(noise(305)).size(), 316U);
@@ -150,7 +153,7 @@ TEST(Ppdx, RefusesWhatItCannotWrite) {
     EXPECT_EQ(written(nullptr, "x"), "");
     EXPECT_EQ(written(std::string(kPpdxMaximumNameLength + 1, 'n').c_str(), "x"), "");
     // Five digits do not fit behind the longest name; one character less leaves room.
-    const std::string manyPieces = noise(158 * 0x10000);
+    const std::string manyPieces = noise(kPieces * 158);
     EXPECT_EQ(written(std::string(kPpdxMaximumNameLength, 'n').c_str(), manyPieces), "");
     EXPECT_NE(written(std::string(kPpdxMaximumNameLength - 1, 'n').c_str(), manyPieces), "");
     testing::internal::CaptureStderr();

@@ -29,6 +29,8 @@ TaskDescription script(const std::string& text, std::string input = {}) {
 }
 
 std::ptrdiff_t openDescriptors() {
+    // The main context opens one of its own with its first iteration.
+    g_main_context_iteration(nullptr, FALSE);
     return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
 }
 
@@ -41,8 +43,8 @@ bool hasChildren() {
 std::optional<TaskOutput> outputOf(TaskDescription description) {
     std::optional<TaskOutput> output;
     int ends = 0;
-    const auto task = Task::launch(std::move(description), [&](TaskOutput end) {
-        output = std::move(end);
+    const auto task = Task::launch(std::move(description), [&](const TaskOutput& end) {
+        output = end;
         ++ends;
     });
     if (task == nullptr) return std::nullopt;
@@ -130,7 +132,7 @@ TEST(Task, SaysWhatDoesNotStart) {
         std::string error;
         bool wasToldEnd = false;
         EXPECT_EQ(Task::launch(
-                      {program, {}, {}, "input"}, [&](TaskOutput) { wasToldEnd = true; }, &error),
+                      {program, {}, {}, "input"}, [&](const TaskOutput&) { wasToldEnd = true; }, &error),
             nullptr);
         EXPECT_NE(error.find('"' + program + '"'), std::string::npos) << error;
         while (g_main_context_iteration(nullptr, FALSE)) {
@@ -145,7 +147,7 @@ TEST(Task, SaysWhatDoesNotStart) {
 TEST(Task, EndsPolitely) {
     const std::ptrdiff_t descriptors = openDescriptors();
     bool hasEnded = false;
-    auto task = Task::launch(script("exec sleep 60"), [&](TaskOutput) { hasEnded = true; });
+    auto task = Task::launch(script("exec sleep 60"), [&](const TaskOutput&) { hasEnded = true; });
     task->terminate();
     runLoopUntil([&] { return hasEnded; });
     EXPECT_TRUE(hasEnded);
@@ -154,7 +156,7 @@ TEST(Task, EndsPolitely) {
 
     // An object that goes takes its process along, and nothing of it is heard any more.
     hasEnded = false;
-    task = Task::launch(script("exec sleep 60"), [&](TaskOutput) { hasEnded = true; });
+    task = Task::launch(script("exec sleep 60"), [&](const TaskOutput&) { hasEnded = true; });
     task.reset();
     runLoopUntil([] { return !hasChildren(); });
     EXPECT_FALSE(hasEnded);
@@ -165,7 +167,7 @@ TEST(Task, EndsPolitely) {
 TEST(Task, MayBeDestroyedByItsHandler) {
     std::unique_ptr<Task> task;
     bool hasEnded = false;
-    task = Task::launch(script(":"), [&](TaskOutput) {
+    task = Task::launch(script(":"), [&](const TaskOutput&) {
         EXPECT_FALSE(task->isRunning());
         task.reset();
         hasEnded = true;

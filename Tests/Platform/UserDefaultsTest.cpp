@@ -58,7 +58,7 @@ TEST(UserDefaults, DomainsOfOthersCountAsAbsent) {
         write("mode", text, mode);
         EXPECT_EQ(persistentDomainForName("mode").has_value(), isTaken) << std::oct << mode;
     }
-    write("large", text + std::string(1024 * 1024, ' '));
+    write("large", text + std::string(1048576, ' '));
     EXPECT_FALSE(persistentDomainForName("large"));
     ASSERT_EQ(::mkfifo(persistentDomainPath("pipe").c_str(), 0600), 0);
     EXPECT_FALSE(persistentDomainForName("pipe"));
