@@ -26,15 +26,18 @@ protected:
 
     Environment environment() const {
         Environment environment{{"DISPLAY", desktop_.display->name()}, {"NO_AT_BRIDGE", "1"}};
-        for (const auto& [name, value] : desktop_.printing->environment()) environment[name] = value;
+        for (const auto& [name, value] : desktop_.printing->environment())
+            environment[name] = value;
         return environment;
     }
 
     // Runs it before somebody who presses the keys in each window that appears.
-    ProgramEnd run(const std::vector<std::string>& arguments, const std::string& keys, Environment environment) const {
+    ProgramEnd run(
+        const std::vector<std::string>& arguments, const std::string& keys, Environment environment) const {
         std::string command = "\"$@\" & while kill -0 $! 2>/dev/null; do"
                               "  for w in $(xdotool search --onlyvisible --class orvan-print 2>/dev/null); do"
-                              "    xdotool windowfocus $w key " + keys + " 2>/dev/null; done; sleep 0.1; done; wait $!";
+                              "    xdotool windowfocus $w key " +
+                              keys + " 2>/dev/null; done; sleep 0.1; done; wait $!";
         std::vector<std::string> all{"/bin/bash", "-c", command, "bash", ORVAN_PRINT_PROGRAM};
         all.insert(all.end(), arguments.begin(), arguments.end());
         return runProgram(all, environment);
@@ -63,8 +66,10 @@ TEST_F(PrintProgram, saysWhyItCannotPrint) {
         EXPECT_EQ(end.exitCode, 1) << c.says;
         EXPECT_NE(end.errors.find(c.says), std::string::npos) << end.errors;
     }
-    for (const char* queue : {"Office", "Annex", "Other"}) ASSERT_EQ(desktop_.printing->deleteQueue(queue), std::nullopt);
-    EXPECT_NE(run({document_.string()}, "Escape", environment()).errors.find("There is no printer"), std::string::npos);
+    for (const char* queue : {"Office", "Annex", "Other"})
+        ASSERT_EQ(desktop_.printing->deleteQueue(queue), std::nullopt);
+    EXPECT_NE(run({document_.string()}, "Escape", environment()).errors.find("There is no printer"),
+        std::string::npos);
 }
 
 TEST_F(PrintProgram, printsNothingWhenItIsCancelled) {
