@@ -25,15 +25,16 @@ protected:
     }
 
     Environment environment() const {
-        Environment environment{{"DISPLAY", desktop_.display->name()}, {"NO_AT_BRIDGE", "1"}};
+        Environment environment{
+            {"DISPLAY", desktop_.display->name()}, {"NO_AT_BRIDGE", "1"}, {"ORVAN_SYSTEM_RELEASE", "10.10"}};
         for (const auto& [name, value] : desktop_.printing->environment())
             environment[name] = value;
         return environment;
     }
 
     // Runs it before somebody who presses the keys in each window that appears.
-    ProgramEnd run(
-        const std::vector<std::string>& arguments, const std::string& keys, Environment environment) const {
+    ProgramEnd run(const std::vector<std::string>& arguments, const std::string& keys,
+        const Environment& environment) const {
         std::string command = "\"$@\" & while kill -0 $! 2>/dev/null; do"
                               "  for w in $(xdotool search --onlyvisible --class orvan-print 2>/dev/null); do"
                               "    xdotool windowfocus $w key " +
