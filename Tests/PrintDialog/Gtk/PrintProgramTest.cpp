@@ -32,8 +32,8 @@ protected:
     }
 
     // Runs it before somebody who presses the keys in each window that appears.
-    ProgramEnd run(
-        const std::vector<std::string>& arguments, const std::string& keys, Environment environment) const {
+    ProgramEnd run(const std::vector<std::string>& arguments, const std::string& keys,
+        const Environment& environment) const {
         std::string command = "\"$@\" & while kill -0 $! 2>/dev/null; do"
                               "  for w in $(xdotool search --onlyvisible --class orvan-print 2>/dev/null); do"
                               "    xdotool windowfocus $w key " +
