@@ -102,7 +102,9 @@ using PDEPluginCreator = PDEPlugin* (*)();
 } // namespace platform
 
 // Stands once in a plug-in, at file scope, and exports its principal class.
+// NOLINTBEGIN(bugprone-macro-parentheses): neither a definition nor a type can stand in parentheses.
 #define PLATFORM_PRINCIPAL_CLASS(name, type)                                                                 \
     extern "C" __attribute__((visibility("default"))) ::platform::PDEPlugin* create##name() {                \
         return new type;                                                                                     \
     }
+// NOLINTEND(bugprone-macro-parentheses)

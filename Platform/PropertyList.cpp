@@ -61,6 +61,29 @@ static_assert(
 
 PropertyList::PropertyList(Date date) : value_(std::in_place_type<Date>, clampToCalendar(date)) {}
 
+PropertyList::PropertyList(Dictionary dictionary)
+    : value_(std::in_place_type<DictionaryBox>, std::move(dictionary)) {}
+
+PropertyList::DictionaryBox::DictionaryBox(Dictionary dictionary)
+    : dictionary_(std::make_unique<Dictionary>(std::move(dictionary))) {}
+
+PropertyList::DictionaryBox::DictionaryBox(const DictionaryBox& other) : DictionaryBox(*other.dictionary_) {}
+
+PropertyList::DictionaryBox& PropertyList::DictionaryBox::operator=(const DictionaryBox& other) {
+    if (this != &other) dictionary_ = std::make_unique<Dictionary>(*other.dictionary_);
+    return *this;
+}
+
+const PropertyList::Dictionary* PropertyList::asDictionary() const {
+    const auto* box = std::get_if<DictionaryBox>(&value_);
+    return box != nullptr ? box->get() : nullptr;
+}
+
+PropertyList::Dictionary* PropertyList::asDictionary() {
+    const auto* box = std::get_if<DictionaryBox>(&value_);
+    return box != nullptr ? box->get() : nullptr;
+}
+
 std::optional<PropertyList> PropertyList::read(std::string_view bytes, std::string* error) {
     std::string ignored;
     return readAnyForm(bytes, error != nullptr ? *error : ignored);

@@ -1,13 +1,15 @@
 // Property lists: a tree of strings, numbers, booleans, dates, data, lists and dictionaries.
 //
 // A value type: a copy is deep, a value is used on one thread at a time. Nothing here throws, memory
-// exhaustion aside.
+// exhaustion aside. A value that was moved from can be assigned to and destroyed. Writing, comparing, copying
+// and destroying go as deep as the tree does; what was read is never deeper than kMaximumDepth.
 #pragma once
 
 #include <concepts>
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -53,7 +55,7 @@ public:
     PropertyList(Date date);
     PropertyList(Data data) : value_(std::in_place_type<Data>, std::move(data)) {}
     PropertyList(List list) : value_(std::in_place_type<List>, std::move(list)) {}
-    PropertyList(Dictionary dictionary) : value_(std::in_place_type<Dictionary>, std::move(dictionary)) {}
+    PropertyList(Dictionary dictionary);
 
     // Reads a property list in any of the forms: XML, binary ("bplist00"), the older text form, and the
     // strings file (the entries of a text dictionary without its braces). Nothing when the bytes are none;
@@ -64,10 +66,11 @@ public:
     // nothing but white space and comments stands is an empty strings file, so an empty dictionary; no bytes
     // at all are nothing.
     //
-    // Refused are more than kMaximumDepth levels, cycles, an XML document type with an internal subset (an
-    // external one is never fetched), undefined entities, and binary files that stand for more values than
-    // they have bytes or for more text and data than 16 MiB plus 32 times their size. Of the binary form's
-    // kinds of object null, UID and set are not values here and are refused as well.
+    // Refused are more than kMaximumDepth levels, more values than the input has bytes (beyond a mebibyte:
+    // than a quarter of its bytes) or, by sharing in the binary form, more text and data than 16 MiB plus 32
+    // times its size; cycles; undefined entities and a document type with an internal subset (an external one
+    // is never fetched). Null, UID and set, which only the binary form has, are not values here and are
+    // refused as well.
     static std::optional<PropertyList> read(std::string_view bytes, std::string* error = nullptr);
 
     // The value as one kind; null when it is of another.
@@ -75,8 +78,8 @@ public:
     const Data* asData() const { return std::get_if<Data>(&value_); }
     const List* asList() const { return std::get_if<List>(&value_); }
     List* asList() { return std::get_if<List>(&value_); }
-    const Dictionary* asDictionary() const { return std::get_if<Dictionary>(&value_); }
-    Dictionary* asDictionary() { return std::get_if<Dictionary>(&value_); }
+    const Dictionary* asDictionary() const;
+    Dictionary* asDictionary();
     std::optional<bool> asBoolean() const { return get<bool>(); }
     std::optional<double> asReal() const { return get<double>(); }
     std::optional<Date> asDate() const { return get<Date>(); }
@@ -109,8 +112,28 @@ private:
         return value != nullptr ? std::optional<T>(*value) : std::nullopt;
     }
 
+    // A dictionary by itself is larger than every other kind, and would make every value as large. Null only
+    // after it was moved from.
+    class DictionaryBox {
+    public:
+        DictionaryBox() : dictionary_(std::make_unique<Dictionary>()) {}
+        explicit DictionaryBox(Dictionary dictionary);
+        DictionaryBox(const DictionaryBox& other);
+        DictionaryBox(DictionaryBox&&) noexcept = default;
+        DictionaryBox& operator=(const DictionaryBox& other);
+        DictionaryBox& operator=(DictionaryBox&&) noexcept = default;
+        ~DictionaryBox() = default;
+
+        Dictionary* get() const { return dictionary_.get(); }
+        bool operator==(const DictionaryBox& other) const { return *dictionary_ == *other.dictionary_; }
+
+    private:
+        std::unique_ptr<Dictionary> dictionary_;
+    };
+
     // std::uint64_t is for the integers above std::int64_t alone.
-    std::variant<std::string, std::int64_t, std::uint64_t, double, bool, Date, Data, List, Dictionary> value_;
+    std::variant<std::string, std::int64_t, std::uint64_t, double, bool, Date, Data, List, DictionaryBox>
+        value_;
 };
 
 } // namespace platform

@@ -33,7 +33,7 @@ constexpr std::uint64_t kTextPerByte = 32;
 PropertyListBinaryReader::PropertyListBinaryReader(std::string_view bytes, std::string& error)
     : bytes_(bytes),
       error_(error),
-      valueBudget_(bytes.size()),
+      valueBudget_(propertyListValueBudget(bytes.size())),
       textBudget_(kTextAllowance + kTextPerByte * bytes.size()) {}
 
 std::optional<PropertyList> PropertyListBinaryReader::read() {
@@ -250,9 +250,10 @@ bool PropertyListBinaryReader::readContainer(
         !spend(valueBudget_, head.count * referencesEach, "values"))
         return false;
     open_[static_cast<std::size_t>(object)] = true;
-    const bool done = head.kind == kList
-                          ? readList(value.value_.emplace<PropertyList::List>(), head, depth + 1)
-                          : readDictionary(value.value_.emplace<PropertyList::Dictionary>(), head, depth + 1);
+    const bool done =
+        head.kind == kList
+            ? readList(value.value_.emplace<PropertyList::List>(), head, depth + 1)
+            : readDictionary(*value.value_.emplace<PropertyList::DictionaryBox>().get(), head, depth + 1);
     open_[static_cast<std::size_t>(object)] = false;
     return done;
 }

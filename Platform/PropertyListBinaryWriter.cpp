@@ -1,6 +1,7 @@
 #include "Platform/PropertyList.h"
 #include "Platform/Unicode.h"
 
+#include <algorithm>
 #include <bit>
 #include <unordered_map>
 
@@ -8,8 +9,10 @@ namespace platform {
 
 namespace {
 
-// Only short strings are shared, so that what is written stays within the reader's allowance for sharing.
+// Only short strings are shared, and only in trees of up to a mebivalue, so that what is written stays within
+// the reader's budgets.
 constexpr std::size_t kLongestShared = 32;
+constexpr std::size_t kLargestWithSharing = std::size_t{1} << 20U;
 
 // The least number of bytes, of the sizes that integers have here, that a number fits into.
 std::size_t bytesFor(std::uint64_t value) {
@@ -79,7 +82,7 @@ private:
     }
     std::uint64_t number(const std::string& text) {
         const std::size_t next = objects_.size();
-        if (text.size() <= kLongestShared) {
+        if (text.size() <= kLongestShared && references_.size() <= kLargestWithSharing) {
             const auto [entry, isNew] = shared_.try_emplace(text, next);
             if (!isNew) return entry->second;
         }
@@ -131,7 +134,8 @@ private:
         writeHead(0xA, list.size());
         writeReferences(list.size());
     }
-    void write(const PropertyList::Dictionary& dictionary) {
+    void write(const PropertyList::DictionaryBox& box) {
+        const PropertyList::Dictionary& dictionary = *box.get();
         writeHead(0xD, dictionary.size());
         writeReferences(2 * dictionary.size());
     }

@@ -4,7 +4,15 @@
 
 #include "Platform/PropertyList.h"
 
+#include <algorithm>
+
 namespace platform {
+
+// How many values, keys included, an input of the size may stand for. A value takes some 40 bytes, a byte of
+// input can name one; up to a mebibyte each byte may, beyond it every fourth.
+constexpr std::uint64_t propertyListValueBudget(std::size_t size) {
+    return std::min<std::uint64_t>(size, (std::uint64_t{1} << 20U) + size / 4);
+}
 
 // `encoding` overrides what the document declares; null leaves it to the document.
 std::optional<PropertyList> readXMLPropertyList(

@@ -24,7 +24,8 @@ int hexadecimalDigit(char c) {
 // Each reading function answers false after it has failed; the first failure's text stays.
 class Reader {
 public:
-    Reader(std::string_view text, std::string& error) : text_(text), error_(error) {}
+    Reader(std::string_view text, std::string& error)
+        : text_(text), valuesLeft_(propertyListValueBudget(text.size())), error_(error) {}
 
     std::optional<PropertyList> read() {
         PropertyList root;
@@ -39,6 +40,7 @@ public:
             return std::nullopt;
         }
         at_ = 0;
+        valuesLeft_ = propertyListValueBudget(text_.size());
         PropertyList::Dictionary entries;
         if (!readEntries(entries, 0)) return std::nullopt;
         if (!atEnd()) {
@@ -100,6 +102,7 @@ private:
     bool readValue(PropertyList& value, std::size_t depth) {
         if (!skipSpace()) return false;
         if (atEnd()) return fail("a value is missing");
+        if (valuesLeft_-- == 0) return fail("it holds too many values");
         switch (peek()) {
         case '{':
             return readDictionary(value, depth);
@@ -273,6 +276,7 @@ private:
 
     std::string_view text_;
     std::size_t at_ = 0;
+    std::uint64_t valuesLeft_;
     std::string& error_;
 };
 

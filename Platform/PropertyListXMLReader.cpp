@@ -3,10 +3,10 @@
 #include "Platform/PropertyListDate.h"
 #include "Platform/PropertyListReaders.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <climits>
+#include <cstring>
 
 namespace platform {
 
@@ -15,7 +15,7 @@ namespace {
 enum class Element { plist, list, dictionary, key, string, integer, real, boolTrue, boolFalse, date, data };
 
 struct ElementName {
-    std::string_view name;
+    const char* name;
     Element element;
 };
 
@@ -34,9 +34,9 @@ constexpr std::array kElementNames = {
     ElementName{"plist", Element::plist},
 };
 
-const ElementName* findElement(std::string_view name) {
+const ElementName* findElement(const char* name) {
     for (const ElementName& element : kElementNames) {
-        if (element.name.front() == name.front() && element.name == name) return &element;
+        if (element.name[0] == name[0] && std::strcmp(element.name, name) == 0) return &element;
     }
     return nullptr;
 }
@@ -45,8 +45,12 @@ constexpr bool isSpace(char c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
 
+// Asked twice for each element, so that a plain loop pays.
 bool isBlank(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), isSpace);
+    for (const char c : text) {
+        if (!isSpace(c)) return false;
+    }
+    return true;
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -141,12 +145,11 @@ private:
         XML_StopParser(parser_, XML_FALSE);
     }
 
-    void start(std::string_view name) {
+    void start(const char* name) {
         if (failed_) return;
         const ElementName* found = findElement(name);
-        if (found == nullptr) return fail("<" + std::string(name) + "> is not an element of property lists");
-        if (scalar_)
-            return fail("<" + std::string(name) + "> stands inside <" + std::string(scalar_->name) + ">");
+        if (found == nullptr) return fail(std::string("<") + name + "> is not an element of property lists");
+        if (scalar_) return fail(std::string("<") + name + "> stands inside <" + scalar_->name + ">");
         if ((found->element == Element::plist) == insidePlist_)
             return fail(
                 insidePlist_ ? "<plist> stands inside <plist>" : "the document's element is not <plist>");
@@ -160,7 +163,7 @@ private:
             if (haveKey_) return fail("the key \"" + key_ + "\" has no value");
             break;
         default:
-            if (inDictionary && !haveKey_) return fail("<" + std::string(name) + "> has no key before it");
+            if (inDictionary && !haveKey_) return fail(std::string("<") + name + "> has no key before it");
             if (containers_.empty() && haveRoot_) return fail("<plist> has more than one value");
         }
         if (found->element == Element::list || found->element == Element::dictionary)

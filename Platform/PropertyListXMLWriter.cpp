@@ -34,10 +34,18 @@ std::string_view escaped(char32_t character) {
     }
 }
 
+bool isPlain(char c) {
+    return c >= ' ' && c <= '~' && c != '&' && c != '<' && c != '>';
+}
+
 void appendText(std::string& out, std::string_view text) {
     std::size_t written = 0;
     std::size_t at = 0;
     while (at < text.size()) {
+        if (isPlain(text[at])) {
+            ++at;
+            continue;
+        }
         const std::size_t start = at;
         const std::string_view replacement = escaped(decodeUTF8OrReplace(text, &at));
         if (replacement.empty()) continue;
@@ -114,7 +122,8 @@ private:
         --depth_;
         line("</array>");
     }
-    void write(const PropertyList::Dictionary& dictionary) {
+    void write(const PropertyList::DictionaryBox& box) {
+        const PropertyList::Dictionary& dictionary = *box.get();
         if (dictionary.empty()) return line("<dict/>");
         line("<dict>");
         ++depth_;

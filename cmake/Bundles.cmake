@@ -1,5 +1,6 @@
 # Lays out a bundle's resources in the build tree as in the installed one: Info.plist (with @VARIABLES@) in Contents/, all
-# else in Contents/Resources/. `source` is a folder of the calling room.
+# else in Contents/Resources/. `source` is a folder of the calling room. A shared object of the bundle is installed by its
+# target.
 function(orvan_bundle name source)
     set(contents ${CMAKE_BINARY_DIR}/${ORVAN_PRIVATE_DIR}/${name}/Contents)
     set(from ${CMAKE_CURRENT_SOURCE_DIR}/${source})
@@ -11,5 +12,6 @@ function(orvan_bundle name source)
             configure_file(${from}/${resource} ${contents}/Resources/${resource} COPYONLY)
         endif()
     endforeach()
-    install(DIRECTORY ${CMAKE_BINARY_DIR}/${ORVAN_PRIVATE_DIR}/${name} DESTINATION ${ORVAN_PRIVATE_DIR})
+    install(DIRECTORY ${CMAKE_BINARY_DIR}/${ORVAN_PRIVATE_DIR}/${name} DESTINATION ${ORVAN_PRIVATE_DIR}
+        PATTERN Linux EXCLUDE)
 endfunction()

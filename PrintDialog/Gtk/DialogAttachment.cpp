@@ -104,14 +104,7 @@ void DialogAttachment::startSession(std::unique_ptr<PanelSession> session) {
     // What the application remembered is where the marks start.
     std::map<std::string, std::string> initial = options_->values();
     if (std::string size = pageSizeChoice(); !size.empty()) initial[kPageSize] = std::move(size);
-    MarkResult started = session_->markElsewhere(initial);
-    std::erase_if(started.changes, [&initial](const ChoiceChange& change) {
-        const auto asked = initial.find(change.option);
-        return asked != initial.end() && asked->second == change.to;
-    });
-    for (ChoiceChange& change : started.changes)
-        if (const auto asked = initial.find(change.option); asked != initial.end())
-            change.from = asked->second;
+    const MarkResult started = session_->markElsewhere(initial);
     tab_.appear(session_->panel().panelName());
     writeToDialog(started, "");
     report(started, "");
@@ -147,6 +140,7 @@ void DialogAttachment::changedInDialog(const std::string& keyword, const std::st
     if (session_ == nullptr) return;
     const std::string marked = choice.empty() ? session_->ppd().defaultChoiceOf(keyword) : choice;
     const MarkResult result = session_->markElsewhere(keyword, marked);
+    if (result.changes.empty() && result.conflicts.empty()) return;
     writeToDialog(result, keyword);
     report(result, keyword);
     refreshTab();

@@ -74,7 +74,7 @@ void PPDRequest::startThread(const std::shared_ptr<State>& state) {
     auto fetch = std::make_unique<Fetch>(Fetch{state, *state->wanted, nullptr});
     GThread* const thread = g_thread_try_new("orvan-ppd", Fetch::run, fetch.get(), nullptr);
     if (thread == nullptr) return platform::systemLog("paper options: no thread to fetch a PPD on");
-    fetch.release();
+    static_cast<void>(fetch.release()); // the thread has it
     state->threadRuns = true;
     g_thread_unref(thread);
 }

@@ -13,6 +13,8 @@ constexpr int kBorder = 12;  // pixels, as in GTK's own tabs
 constexpr int kSpacing = 12; // pixels, between the rows, the summary and the notice
 // The part of the screen's height that the tab may ask for; beyond it the rows scroll.
 constexpr double kMostOfScreen = 0.6;
+// Frames that the tab waits for the dialog's size: on a very small screen the dialog never gets it.
+constexpr int kMostTicks = 60;
 
 GtkLabel* makeTextLabel() {
     auto* const label = GTK_LABEL(gtk_label_new(nullptr));
@@ -93,9 +95,10 @@ void PanelTab::appear(const std::string& name) {
 
 void PanelTab::showWhenSettled() {
     stopWaiting();
+    ticks_ = 0;
     const auto onTick = [](GtkWidget* dialog, GdkFrameClock*, gpointer data) -> gboolean {
         auto* const self = static_cast<PanelTab*>(data);
-        if (!hasItsSize(dialog)) return G_SOURCE_CONTINUE;
+        if (++self->ticks_ < kMostTicks && !hasItsSize(dialog)) return G_SOURCE_CONTINUE;
         self->tick_ = 0;
         gtk_widget_show(self->page_);
         return G_SOURCE_REMOVE;

@@ -58,6 +58,7 @@ private:
     std::unique_ptr<PanelMirror> mirror_;
     std::unique_ptr<SignalConnection> mapConnection_;
     guint tick_ = 0; // while it waits for the dialog's size
+    int ticks_ = 0;  // how many frames it has waited
 };
 
 } // namespace orvan

@@ -35,6 +35,10 @@ std::string titleOr(std::string_view title, std::string_view keyword) {
     return platform::decodeUTF8(title).value_or(std::string(keyword));
 }
 
+bool isPaperSize(std::string_view keyword) {
+    return keyword == "PageSize" || keyword == "PageRegion";
+}
+
 } // namespace
 
 std::unique_ptr<DialogPPD> DialogPPD::open(const std::filesystem::path& file, std::string* error) {
@@ -46,6 +50,9 @@ std::unique_ptr<DialogPPD> DialogPPD::open(const std::filesystem::path& file, st
     };
     if (type == std::filesystem::file_type::not_found) return refuse("there is no such file");
     if (type == std::filesystem::file_type::directory) return refuse("it is a folder");
+    // A pipe might never be written to.
+    if (status == std::error_code() && type != std::filesystem::file_type::regular)
+        return refuse("it is no regular file");
 
     ppd_file_t* const record = ppdOpenFile(file.c_str());
     if (record == nullptr) {
@@ -111,26 +118,47 @@ MarkResult DialogPPD::mark(const std::string& option, const std::string& choice)
 }
 
 MarkResult DialogPPD::markAll(const std::map<std::string, std::string>& choices) {
-    const Marks before = marks();
     for (const auto& [option, choice] : choices)
         markOne(option, choice);
-    return resolve(before, nullptr, nullptr);
+    return resolve(marks(), nullptr, nullptr);
+}
+
+DialogPPD::Marks DialogPPD::conflictsOf(const std::string& option, const std::string& choice) const {
+    CupsOptions contradicting;
+    contradicting.count =
+        cupsGetConflicts(record_.get(), option.c_str(), choice.c_str(), &contradicting.options);
+    Marks conflicts;
+    for (const cups_option_t& other : contradicting.all())
+        conflicts.emplace(other.name, other.value);
+    return conflicts;
+}
+
+DialogPPD::Marks DialogPPD::allConflicts() const {
+    ppdConflicts(record_.get()); // notes at each option whether it takes part in one
+    Marks conflicts;
+    for (const auto& [keyword, choice] : marks())
+        if (ppdFindOption(record_.get(), keyword.c_str())->conflicted != 0)
+            conflicts.emplace(keyword, choice);
+    return conflicts;
 }
 
 MarkResult DialogPPD::resolve(const Marks& before, const std::string* option, const std::string* choice) {
-    const auto text = [](const std::string* value) { return value != nullptr ? value->c_str() : nullptr; };
+    // Where no choice is newest, the paper's size is the one that stays.
+    const std::string keeper = option != nullptr ? *option : "PageSize";
+    const std::string kept = option != nullptr ? *choice : choiceOf(keeper);
+    const char* const keeperText = kept.empty() ? nullptr : keeper.c_str();
+    const char* const keptText = kept.empty() ? nullptr : kept.c_str();
+
     MarkResult result;
     CupsOptions needed;
-    if (cupsResolveConflicts(record_.get(), text(option), text(choice), &needed.count, &needed.options) !=
-        0) {
+    if (cupsResolveConflicts(record_.get(), keeperText, keptText, &needed.count, &needed.options) != 0) {
         for (const cups_option_t& change : needed.all())
-            markOne(change.name, change.value);
-    } else if (option != nullptr) {
-        CupsOptions contradicting;
-        contradicting.count =
-            cupsGetConflicts(record_.get(), text(option), text(choice), &contradicting.options);
-        for (const cups_option_t& other : contradicting.all())
-            result.conflicts.emplace(other.name, other.value);
+            if (isPaperSize(change.name) && keeper != change.name)
+                result.conflicts.emplace(change.name, choiceOf(change.name));
+            else
+                markOne(change.name, change.value);
+    } else {
+        result.conflicts = option != nullptr ? conflictsOf(*option, *choice) : allConflicts();
     }
 
     const Marks after = marks();

@@ -25,8 +25,8 @@ struct ChoiceChange {
 struct MarkResult {
     // The options whose choice changed, the one that was asked for first when it did.
     std::vector<ChoiceChange> changes;
-    // The options, with their choices, that contradict the choice and could not be made to give way (the size
-    // of the paper never does: it is the document's).
+    // The options, with their choices, that contradict the choice (of several choices: each other) and could
+    // not be made to give way. The size of the paper never does: it is the document's.
     std::map<std::string, std::string> conflicts;
 };
 
@@ -52,7 +52,8 @@ public:
     // Marks a choice. Conflicts that it causes (*UIConstraints, *cupsUIConstraints) are resolved: this choice
     // stays, what contradicts it changes. An option or choice that the PPD does not have changes nothing.
     MarkResult mark(const std::string& option, const std::string& choice);
-    // Marks several choices, none newer than another, and resolves the conflicts among all marks.
+    // Marks several choices, none newer than another, and resolves the conflicts among all marks; only the
+    // size of the paper is certain to stay. The changes are those that this took, from what was asked for.
     MarkResult markAll(const std::map<std::string, std::string>& choices);
 
     // For people: the title in the PPD, or the keyword where there is none that is UTF-8.
@@ -68,6 +69,8 @@ private:
     explicit DialogPPD(ppd_file_t* record) : record_(record) {}
     Marks marks() const;
     bool markOne(const std::string& option, const std::string& choice);
+    Marks conflictsOf(const std::string& option, const std::string& choice) const;
+    Marks allConflicts() const;
     MarkResult resolve(const Marks& before, const std::string* option, const std::string* choice);
 
     std::unique_ptr<ppd_file_t, Close> record_;

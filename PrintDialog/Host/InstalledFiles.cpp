@@ -17,7 +17,7 @@ std::filesystem::path privateFolder() {
     if (self.extension() != ".so") self = program;
 
     for (std::filesystem::path folder = self.parent_path();; folder = folder.parent_path()) {
-        const std::filesystem::path candidate = folder / "lib" / "orvan";
+        std::filesystem::path candidate = folder / "lib" / "orvan";
         if (std::filesystem::is_directory(candidate, status)) return candidate;
         if (folder == folder.parent_path()) return {};
     }

@@ -32,7 +32,11 @@ std::unique_ptr<PanelSession> PanelSession::create(std::shared_ptr<platform::Bun
     session->bundle_ = std::move(bundle);
     session->callback_ = std::make_shared<Callback>(std::move(ppd), std::move(printer));
     session->plugin_ = session->bundle_->createPrincipalClass(error);
-    if (session->plugin_ == nullptr || !session->plugin_->initWithBundle(session->bundle_)) return nullptr;
+    if (session->plugin_ == nullptr) return nullptr;
+    if (!session->plugin_->initWithBundle(session->bundle_)) {
+        if (error != nullptr) *error = session->bundle_->folder().string() + ": the plug-in cannot work";
+        return nullptr;
+    }
 
     const auto panels = session->plugin_->PDEPanelsForTypeWithHostInfo(
         platform::kPrintDialogTypeIdentifier, session->callback_);

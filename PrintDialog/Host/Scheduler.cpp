@@ -20,20 +20,26 @@ struct DeleteMessage {
 };
 using Message = std::unique_ptr<ipp_t, DeleteMessage>;
 
-int giveUp(http_t*, void*) {
+int giveUp(http_t*, void* silent) {
+    *static_cast<bool*>(silent) = true;
     return 0;
+}
+
+std::string why(bool silent) {
+    return silent ? "it does not answer" : cupsLastErrorString();
 }
 
 void say(std::string* error, const std::string& message) {
     if (error != nullptr) *error = message;
 }
 
-// Null, and a message in *error, when the scheduler does not answer.
-Connection connect(std::chrono::milliseconds patience, std::string* error) {
+// Null, and a message in *error, when the scheduler is not there. *silent, which outlives the connection,
+// becomes true when the scheduler is there and says nothing.
+Connection connect(std::chrono::milliseconds patience, bool* silent, std::string* error) {
     Connection http(httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(), 1,
         static_cast<int>(patience.count()), nullptr));
     if (http != nullptr)
-        httpSetTimeout(http.get(), static_cast<double>(patience.count()) / 1000.0, giveUp, nullptr);
+        httpSetTimeout(http.get(), static_cast<double>(patience.count()) / 1000.0, giveUp, silent);
     else
         say(error, "cannot reach " + schedulerName() + ": " + cupsLastErrorString() +
                        ". Is it running? (CUPS_SERVER names another one.)");
@@ -48,7 +54,8 @@ std::string schedulerName() {
 
 std::unique_ptr<DialogPPD> fetchQueuePPD(
     const std::string& queue, std::chrono::milliseconds patience, std::string* error) {
-    const Connection http = connect(patience, error);
+    bool silent = false;
+    const Connection http = connect(patience, &silent, error);
     if (http == nullptr) return nullptr;
 
     std::time_t modified = 0;
@@ -59,8 +66,8 @@ std::unique_ptr<DialogPPD> fetchQueuePPD(
             say(error, "there is no queue " + queue + " at " + schedulerName() +
                            ", or it has no PPD (\"lpstat -v\" lists the queues)");
         else
-            say(error, "cannot get the PPD of queue " + queue + " from " + schedulerName() + ": " +
-                           cupsLastErrorString());
+            say(error,
+                "cannot get the PPD of queue " + queue + " from " + schedulerName() + ": " + why(silent));
         return nullptr;
     }
     std::unique_ptr<DialogPPD> ppd = DialogPPD::open(file.data(), error);
@@ -70,7 +77,8 @@ std::unique_ptr<DialogPPD> fetchQueuePPD(
 }
 
 std::optional<std::vector<std::string>> listQueues(std::chrono::milliseconds patience, std::string* error) {
-    const Connection http = connect(patience, error);
+    bool silent = false;
+    const Connection http = connect(patience, &silent, error);
     if (http == nullptr) return std::nullopt;
 
     // RFC 8011 has no such operation; it is CUPS-Get-Printers of the CUPS implementation of IPP.
@@ -80,7 +88,7 @@ std::optional<std::vector<std::string>> listQueues(std::chrono::milliseconds pat
     const Message answer(cupsDoRequest(http.get(), request, "/"));
     const ipp_status_t status = cupsLastError();
     if (answer == nullptr || (status > IPP_STATUS_OK_CONFLICTING && status != IPP_STATUS_ERROR_NOT_FOUND)) {
-        say(error, "cannot list the queues of " + schedulerName() + ": " + cupsLastErrorString());
+        say(error, "cannot list the queues of " + schedulerName() + ": " + why(silent));
         return std::nullopt;
     }
     std::vector<std::string> queues;

@@ -291,9 +291,9 @@ TEST(PropertyList, sharedObjectsDoNotExplode) {
     // A megabyte of text that is referred to 60 000 times.
     const std::string text = "\x5F\x12" + bigEndian(1000000, 4) + std::string(1000000, 'x');
     const std::string many = "\xAF\x12" + bigEndian(60000, 4) + std::string(60000, '\x01');
-    for (const auto& [bytes, part] :
-        {std::pair{binary(lists), "more values"}, {binary({many, text}), "more text"},
-            {nested(PropertyList::kMaximumDepth + 1).writeBinary(), "too deep"}}) {
+    for (const auto& [bytes, part] : {std::pair{binary(lists), "more values"},
+             {binary({many, text}), "more text"}, {"(" + repeated("a,", 3U << 20U) + ")", "too many values"},
+             {nested(PropertyList::kMaximumDepth + 1).writeBinary(), "too deep"}}) {
         std::string error;
         EXPECT_FALSE(PropertyList::read(bytes, &error).has_value());
         EXPECT_NE(error.find(part), std::string::npos) << error;

@@ -1,83 +1,62 @@
 #include "Platform/UserDefaults.h"
 
-#include <glib.h>
+#include "Platform/TextEncoding.h"
+#include "Tests/Support/Processes.h"
+
 #include <gtest/gtest.h>
-#include <pwd.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
+using namespace platform;
 
-namespace platform {
-namespace {
-
-namespace fs = std::filesystem;
-
-// GLib asks for the configuration folder once a process.
-class ConfigurationFolder : public testing::Environment {
-public:
-    void SetUp() override {
-        fs::create_directories(path_ / "orvan");
-        ::setenv("XDG_CONFIG_HOME", path_.c_str(), 1);
-    }
-    void TearDown() override { fs::remove_all(path_); }
-
-private:
-    fs::path path_ = fs::path(testing::TempDir()) / ("config" + std::to_string(::getpid()));
-};
-const testing::Environment* const kFolder = testing::AddGlobalTestEnvironment(new ConfigurationFolder);
-
-void write(const std::string& domain, const std::string& bytes, mode_t mode = 0600) {
-    const std::string path = persistentDomainPath(domain);
-    fs::remove(path);
-    std::ofstream(path, std::ios::binary) << bytes;
-    ::chmod(path.c_str(), mode);
+TEST(UserDefaults, languagesComeFromTheLocaleSettings) {
+    const struct {
+        const char* language;
+        const char* all;
+        const char* messages;
+        const char* lang;
+        const char* languages;
+    } cases[] = {
+        {"", "", "", "de_AT.UTF-8", "de-AT de"},
+        {"", "", "fr_FR", "de_DE", "fr-FR fr"},
+        {"", "es_ES.UTF-8@euro", "fr_FR", "de_DE", "es-ES es"},
+        {"nl:de_DE:nl", "es_ES", "", "", "nl de-DE de"},
+        {"", "C", "", "de_DE", ""},
+        {"", "POSIX", "", "", ""},
+        {"", "C.UTF-8", "", "", ""},
+        {"", "", "", "", ""},
+    };
+    const auto languages = [] {
+        std::string joined;
+        for (const std::string& language : preferredLanguages())
+            joined += (joined.empty() ? "" : " ") + language;
+        return joined;
+    };
+    for (const auto& [language, all, messages, lang, expected] : cases)
+        EXPECT_EQ(orvan::inChild(
+                      {{"LANGUAGE", language}, {"LC_ALL", all}, {"LC_MESSAGES", messages}, {"LANG", lang}},
+                      languages),
+            expected)
+            << language << '|' << all << '|' << messages << '|' << lang;
 }
 
-TEST(UserDefaults, DomainsAreReadAfreshInEveryForm) {
-    EXPECT_EQ(persistentDomainForName("com.example.none"), std::nullopt);
-    const PropertyList::Dictionary dictionary = {{"defaultPassword", "s3cret"}};
-    for (const std::string& bytes : {PropertyList(dictionary).writeXML(),
-             PropertyList(dictionary).writeBinary(), std::string("{ defaultPassword = s3cret; }")}) {
-        write("com.example.Job", bytes);
-        EXPECT_EQ(persistentDomainForName("com.example.Job"), dictionary);
-    }
-    write("com.example.Job", "{ defaultPassword = other; }");
-    EXPECT_EQ(persistentDomainForName("com.example.Job")->at("defaultPassword"), PropertyList("other"));
-    for (const std::string& bytes : {std::string("(a, list)"), std::string("<plist"), std::string()}) {
-        write("com.example.Job", bytes);
-        EXPECT_EQ(persistentDomainForName("com.example.Job"), std::nullopt) << bytes;
-    }
-}
-
-TEST(UserDefaults, DomainsOfOthersCountAsAbsent) {
-    const std::string text = "{ k = v; }";
-    for (const auto& [mode, isTaken] : {std::pair{0600U, true}, {0400U, true}, {0644U, true}, {0620U, false},
-             {0602U, false}, {0666U, false}}) {
-        write("mode", text, mode);
-        EXPECT_EQ(persistentDomainForName("mode").has_value(), isTaken) << std::oct << mode;
-    }
-    write("large", text + std::string(1048576, ' '));
-    EXPECT_FALSE(persistentDomainForName("large"));
-    ASSERT_EQ(::mkfifo(persistentDomainPath("pipe").c_str(), 0600), 0);
-    EXPECT_FALSE(persistentDomainForName("pipe"));
-    for (const std::string& name : {std::string(), std::string("../orvan/large"), std::string("a\0b", 3)})
-        EXPECT_EQ(persistentDomainPath(name), "");
-    if (::geteuid() == 0) {
-        write("foreign", text);
-        ASSERT_EQ(::chown(persistentDomainPath("foreign").c_str(), 1, 1), 0);
-        EXPECT_FALSE(persistentDomainForName("foreign"));
+TEST(TextEncoding, decodesOnlyWhatIsValid) {
+    using namespace std::string_view_literals;
+    const struct {
+        std::string_view bytes;
+        bool utf8;
+        bool ascii;
+    } cases[] = {
+        {"\0a\0b\x7F"sv, true, true},
+        {"Gr\xC3\xB6\xC3\x9F \xF0\x9F\x96\xA8"sv, true, false},
+        {"\xC3"sv, false, false},
+        {"\xC0\xAF"sv, false, false},         // longer than it has to be
+        {"\xED\xA0\x80"sv, false, false},     // a surrogate
+        {"\xF4\x90\x80\x80"sv, false, false}, // above U+10FFFF
+        {"\xC3\0\xB6"sv, false, false},
+    };
+    for (const auto& [bytes, utf8, ascii] : cases) {
+        EXPECT_EQ(decodeUTF8(bytes), utf8 ? std::optional(std::string(bytes)) : std::nullopt)
+            << testing::PrintToString(bytes);
+        EXPECT_EQ(decodeASCII(bytes), ascii ? std::optional(std::string(bytes)) : std::nullopt)
+            << testing::PrintToString(bytes);
     }
 }
-
-TEST(UserDefaults, FullUserNameIsTheAccounts) {
-    const passwd* const account = ::getpwuid(::getuid());
-    if (account == nullptr) GTEST_SKIP() << "this user has no account";
-    const std::string field = account->pw_gecos;
-    if (field.find('&') != std::string::npos) GTEST_SKIP() << "the account's name contains its user name";
-    EXPECT_EQ(fullUserName(), field.substr(0, field.find(',')));
-}
-
-} // namespace
-} // namespace platform

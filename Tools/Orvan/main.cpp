@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <string>
+#include <vector>
 
 namespace orvan {
 
@@ -14,11 +16,20 @@ int cannot(const std::string& message) {
 
 namespace {
 
+// One line: what is wrong with the arguments, and where to read on.
+std::string wrongUsage(const CLI::App* program, const CLI::Error& problem) {
+    std::string what = problem.what();
+    const std::vector<std::string> unknown = program->remaining();
+    if (program->get_subcommands().empty())
+        what = unknown.empty() ? "a command is missing" : "there is no command " + unknown.front();
+    return "orvan: " + what + " (\"orvan --help\" says more)\n";
+}
+
 int runProgram(int argc, char** argv) {
     CLI::App program("Paper options of Orvan printers, from the command line.", "orvan");
     program.set_version_flag("--version", "orvan " ORVAN_VERSION);
     program.require_subcommand(1);
-    program.failure_message(CLI::FailureMessage::simple);
+    program.failure_message(wrongUsage);
     program.footer("Exit codes: 0 done, 1 it could not be done, 2 wrong usage.\n"
                    "\"orvan COMMAND --help\" says more about a command.");
     CommandBody run;

@@ -201,12 +201,15 @@ Failure PrintingSystem::jobs(const std::string& queue, std::vector<PrintJob>* jo
     jobs->clear();
     IPPMessage request = SchedulerConnection::queueRequest(IPP_OP_GET_JOBS, queue);
     ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "which-jobs", nullptr, "all");
-    ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes", nullptr, "all");
+    ippAddString(
+        request.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes", nullptr, "job-id");
     SchedulerConnection connection(folder_->socket());
     IPPMessage response;
     const Failure reason = connection.send(std::move(request), "/", &response);
     if (reason) return "The jobs of " + quoted(queue) + " could not be listed: " + *reason;
-    *jobs = printJobsFromResponse(response.get());
+    // One by one: in a list, the scheduler leaves out most attributes of jobs that it has put away.
+    for (const PrintJob& listed : printJobsFromResponse(response.get()))
+        if (std::optional<PrintJob> job = findJob(listed.id)) jobs->push_back(std::move(*job));
     return std::nullopt;
 }
 

@@ -1,5 +1,6 @@
 // orvan-printing-system: a printing system of one's own around a command, or until it is interrupted.
 #include "Tools/PrintingSystem/CommandSession.h"
+#include "Tools/PrintingSystem/JobReport.h"
 #include "Tools/PrintingSystem/PrintingSystem.h"
 
 #include <CLI/CLI.hpp>
@@ -22,6 +23,7 @@ struct Arguments {
     std::vector<std::string> devices;
     std::string defaultQueue;
     orvan::PrintingSystemOptions system;
+    bool showJobs = false;
     std::vector<std::string> command;
 };
 
@@ -67,6 +69,8 @@ void describe(CLI::App& app, Arguments& arguments) {
         ->check(CLI::ExistingFile);
     app.add_flag(
         "--keep", arguments.system.folder.keep, "Leave the system's folder behind, and say where it is");
+    app.add_flag("--show-jobs", arguments.showJobs,
+        "After the command, print the jobs that arrived, with their options");
     app.add_option("command", arguments.command, "Run this command, and end with it and its exit code")
         ->type_name("ARGS...");
     app.positionals_at_end();
@@ -109,6 +113,14 @@ int complain(const std::string& text) {
     return kFailed;
 }
 
+Failure showJobs(const PrintingSystem& system, const Arguments& arguments) {
+    for (const std::string& text : arguments.queues) {
+        const auto [name, ppd] = split(text);
+        if (Failure failure = orvan::reportJobs(system, name, ppd, std::cout)) return failure;
+    }
+    return std::nullopt;
+}
+
 int serve(const orvan::CommandSession& session, const Arguments& arguments) {
     Failure failure;
     const std::unique_ptr<PrintingSystem> system = PrintingSystem::start(arguments.system, &failure);
@@ -119,6 +131,7 @@ int serve(const orvan::CommandSession& session, const Arguments& arguments) {
     failure = addQueues(*system, arguments);
     if (!failure && !arguments.command.empty()) {
         failure = session.run(arguments.command, *system, &exitCode);
+        if (!failure && arguments.showJobs) failure = showJobs(*system, arguments);
     } else if (!failure) {
         printEnvironment(*system);
         failure = session.waitForSignal(*system);

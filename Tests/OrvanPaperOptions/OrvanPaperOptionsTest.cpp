@@ -1,0 +1,176 @@
+// The panel in step with the dialog's marks.
+#include "Tests/OrvanPaperOptions/PanelFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <map>
+
+namespace orvan {
+namespace {
+
+using Summary = std::map<std::string, std::string>;
+
+class OrvanPaperOptionsTest : public PanelTest {};
+
+TEST_F(OrvanPaperOptionsTest, HandlesTheOptionsThatThePrinterHas) {
+    using Keys = std::vector<std::string>;
+    const Keys all{"MediaType", "Slipsheet", "OVNSlipSheetSource", "OVNLastPageSource", "OVNMismatch",
+        "OVNPrintingOptimization", "OVNEdgeToEdge"};
+    create();
+    const Keys& keys = panel_->supportedPPDOptionKeys();
+    EXPECT_EQ(keys, all);
+    std::strcpy(dialog_->option("Slipsheet").keyword, "Changed");
+    EXPECT_EQ(&panel_->supportedPPDOptionKeys(), &keys);
+    EXPECT_EQ(keys, all) << "the keys are listed once";
+
+    ppd_.keepOptions({"OVNEdgeToEdge"});
+    create();
+    EXPECT_EQ(panel_->supportedPPDOptionKeys(), Keys{"OVNEdgeToEdge"});
+
+    ppd_.removeOptions({"OVNEdgeToEdge"});
+    EXPECT_EQ(OrvanPaperOptions::initWithCallbackAndBundle(std::make_shared<CountingCallback>(ppd_), bundle_),
+        nullptr);
+}
+
+TEST_F(OrvanPaperOptionsTest, AnswersTheDialogTheSameInEveryState) {
+    create();
+    for (int round = 0; round < 2; ++round) {
+        platform::PDEError error{"untouched"};
+        EXPECT_TRUE(panel_->shouldHide());
+        EXPECT_TRUE(panel_->shouldPrint());
+        EXPECT_TRUE(panel_->shouldShowHelp());
+        EXPECT_TRUE(panel_->saveValuesAndReturnError(&error));
+        EXPECT_TRUE(panel_->restoreValuesAndReturnError(&error));
+        EXPECT_EQ(error.message, "untouched");
+        EXPECT_EQ(panel_->panelKind(), "com.orvan.qbv.print.pde.cocoa.paperfeed");
+        panel_->willShow();
+    }
+    EXPECT_TRUE(dialog_->picks.empty()) << "nothing but a pick reaches the dialog";
+}
+
+TEST_F(OrvanPaperOptionsTest, RestoredBeforeItIsShownSelectsOnlyWhenShown) {
+    create();
+    EXPECT_EQ(panel_->summaryInfo(), Summary{});
+    popUp(1).addItem({"from the resource", "", true, nullptr});
+    dialog_->mark("MediaType", "Glossy");
+    panel_->restoreValuesAndReturnError(nullptr);
+    EXPECT_EQ(panel_->summaryInfo().at("Paper Type"), "Glossy");
+    EXPECT_EQ(shown(1), "(none)");
+    panel_->willShow();
+    EXPECT_EQ(shown(1), "Glossy");
+
+    // What changes in the dialog is seen when the dialog says so.
+    dialog_->mark("MediaType", "Bond");
+    panel_->willShow();
+    EXPECT_EQ(shown(1), "Glossy");
+    panel_->restoreValuesAndReturnError(nullptr);
+    EXPECT_EQ(shown(1), "Bond");
+}
+
+TEST_F(OrvanPaperOptionsTest, HandsEachPickToTheDialogAndShowsWhatItMadeOfIt) {
+    using Dialog = CountingCallback;
+    const struct {
+        const char* about;
+        std::function<void(Dialog&)> onPick;
+        const char* paper;
+        const char* edge;
+    } cases[] = {
+        {"marks it", [](Dialog& dialog) { dialog.mark("MediaType", "Labels"); }, "Labels", "On"},
+        {"refuses it", [](Dialog&) {}, "Plain", "On"},
+        {"marks another", [](Dialog& dialog) { dialog.mark("MediaType", "Bond"); }, "Bond", "On"},
+        {"changes another option as well",
+            [](Dialog& dialog) {
+                dialog.mark("MediaType", "Labels");
+                dialog.mark("OVNEdgeToEdge", "Off");
+            },
+            "Labels", "Off"},
+    };
+    for (const auto& [about, onPick, paper, edge] : cases) {
+        SCOPED_TRACE(about);
+        createAndShow();
+        EXPECT_TRUE(pick(7, "On"));
+        dialog_->onPick = [this, &onPick = onPick](auto&, auto&) { onPick(*dialog_); };
+        EXPECT_TRUE(pick(1, "Labels"));
+        EXPECT_EQ(
+            dialog_->picks, (std::vector<Dialog::Pick>{{"OVNEdgeToEdge", "On"}, {"MediaType", "Labels"}}));
+        EXPECT_EQ(shown(1), paper);
+        EXPECT_EQ(shown(7), edge);
+        EXPECT_EQ(panel_->summaryInfo().at("Paper Type"), paper);
+        EXPECT_EQ(panel_->summaryInfo().at("Edge to Edge"), edge);
+    }
+}
+
+TEST_F(OrvanPaperOptionsTest, EachPopUpAsksForItsOwnOption) {
+    createAndShow();
+    std::vector<CountingCallback::Pick> expected;
+    for (const OptionRowSpec& spec : kOptionRows) {
+        EXPECT_TRUE(popUp(spec.row).pick(1));
+        expected.emplace_back(spec.keyword, dialog_->option(spec.keyword).choices[1].choice);
+        EXPECT_EQ(popUp(spec.row).indexOfSelectedItem(), 1);
+    }
+    EXPECT_EQ(dialog_->picks, expected);
+    // The pop-up's selection is what is asked for, whoever sends the action; the answer is always null.
+    popUp(2).selectItemAtIndex(3);
+    EXPECT_EQ(panel_->selectionForPopUpWithKey(&popUp(2), "Slipsheet"), nullptr);
+    EXPECT_EQ(dialog_->picks.back(), (CountingCallback::Pick{"Slipsheet", "BlankBoth"}));
+    EXPECT_EQ(panel_->selectionForPopUpWithKey(nullptr, "Slipsheet"), nullptr);
+    EXPECT_EQ(dialog_->picks.size(), 8U);
+}
+
+TEST_F(OrvanPaperOptionsTest, AnActionFromElsewhereOnlyRefreshes) {
+    createAndShow();
+    for (const std::int64_t tag : {0, 1, 7, 100, 108, -101}) {
+        platform::PopUpButton sender;
+        sender.setTag(tag);
+        popUp(3).selectItemAtIndex(2);
+        dialog_->mark("MediaType", "Bond"); // not read back
+        panel_->changePopupButtonOption(sender);
+        EXPECT_EQ(shown(3), "Automatic") << tag;
+        EXPECT_EQ(shown(1), "Plain") << tag;
+    }
+    EXPECT_TRUE(dialog_->picks.empty());
+}
+
+TEST_F(OrvanPaperOptionsTest, ARowWithoutAMarkGoesByItsDefault) {
+    create();
+    panel_->restoreValuesAndReturnError(nullptr); // each row has a choice, which two of them lose
+    const auto unmark = [this](const char* keyword) {
+        ppd_option_t& option = dialog_->option(keyword);
+        for (int i = 0; i < option.num_choices; ++i)
+            option.choices[i].marked = 0;
+        cupsArrayRemove(dialog_->ppdFile()->marked, &option.choices[0]);
+        EXPECT_EQ(ppdFindMarkedChoice(dialog_->ppdFile(), keyword), nullptr);
+    };
+    unmark("OVNMismatch");
+    std::strcpy(dialog_->option("OVNMismatch").defchoice, "Hold");
+    unmark("Slipsheet");
+    std::strcpy(dialog_->option("Slipsheet").defchoice, "Gone");
+    EXPECT_EQ(panel_->indexOfMarkedOptionForKey(&dialog_->option("OVNMismatch"), "OVNMismatch"), 3);
+    EXPECT_EQ(panel_->indexOfMarkedOptionForKey(&dialog_->option("Slipsheet"), "Slipsheet"), -1);
+
+    panel_->willShow();
+    popUp(2).selectItemAtIndex(4);
+    panel_->restoreValuesAndReturnError(nullptr);
+    EXPECT_EQ(shown(5), "Hold Until Loaded");
+    EXPECT_EQ(popUp(2).indexOfSelectedItem(), 4) << "a row without a choice keeps what it shows";
+    const Summary summary = panel_->summaryInfo();
+    EXPECT_EQ(summary.size(), 6U);
+    EXPECT_EQ(summary.count("Separator Page"), 0U);
+}
+
+TEST_F(OrvanPaperOptionsTest, SummarisesEachChoiceUnderItsOptionsTitle) {
+    ppd_.keepOptions({"MediaType", "OVNEdgeToEdge"});
+    create();
+    panel_->restoreValuesAndReturnError(nullptr);
+    EXPECT_EQ(panel_->summaryInfo(), (Summary{{"Edge to Edge", "Off"}, {"Paper Type", "Plain"}}));
+
+    ppd_.replace("/Edge to Edge: PickOne", "/Paper Type: PickOne");
+    create();
+    panel_->restoreValuesAndReturnError(nullptr);
+    EXPECT_EQ(panel_->summaryInfo(), (Summary{{"Paper Type", "Off"}})) << "the later row stands";
+    EXPECT_EQ(EmptyIfNil(nullptr), "");
+}
+
+} // namespace
+} // namespace orvan

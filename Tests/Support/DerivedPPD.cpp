@@ -1,0 +1,70 @@
+#include "Tests/Support/DerivedPPD.h"
+
+#include "OrvanPaperOptions/Source/OptionRows.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
+namespace orvan {
+namespace {
+
+std::size_t found(std::size_t position, std::string_view what) {
+    if (position == std::string::npos) throw std::logic_error("the PPD has no " + std::string(what));
+    return position;
+}
+
+} // namespace
+
+DerivedPPD::DerivedPPD() {
+    std::ifstream stream(ORVAN_DRIVER_PPD, std::ios::binary);
+    text_.assign(std::istreambuf_iterator<char>(stream), {});
+    found(text_.find("*PPD-Adobe:"), "first line");
+}
+
+DerivedPPD& DerivedPPD::removeOptions(std::initializer_list<std::string_view> keywords) {
+    for (const std::string_view keyword : keywords) {
+        const std::string starred = " *" + std::string(keyword);
+        const std::size_t start = found(text_.find("*OpenUI" + starred + "/"), keyword);
+        const std::string last = "*CloseUI:" + starred + "\n";
+        text_.erase(start, found(text_.find(last, start), last) + last.size() - start);
+        for (std::size_t at = 0; (at = text_.find("*UIConstraints:", at)) != std::string::npos;) {
+            const std::size_t end = text_.find('\n', at) + 1;
+            if (text_.substr(at, end - at).find(starred + " ") != std::string::npos)
+                text_.erase(at, end - at);
+            else
+                at = end;
+        }
+    }
+    return *this;
+}
+
+DerivedPPD& DerivedPPD::keepOptions(std::initializer_list<std::string_view> keywords) {
+    for (const OptionRowSpec& row : kOptionRows)
+        if (std::find(keywords.begin(), keywords.end(), row.keyword) == keywords.end())
+            removeOptions({row.keyword});
+    return *this;
+}
+
+DerivedPPD& DerivedPPD::replace(std::string_view from, std::string_view to) {
+    text_.replace(found(text_.find(from), from), from.size(), to);
+    return *this;
+}
+
+DerivedPPD& DerivedPPD::addPaperTypes(int count) {
+    std::string lines;
+    for (int i = 1; i <= count; ++i) {
+        const std::string number = std::to_string(i);
+        lines.append("*MediaType Extra").append(number).append("/Extra ").append(number).append(": \"\"\n");
+    }
+    constexpr std::string_view kEnd = "*CloseUI: *MediaType\n";
+    text_.insert(found(text_.find(kEnd), kEnd), lines);
+    return *this;
+}
+
+DerivedPPD& DerivedPPD::append(std::string_view lines) {
+    text_ += lines;
+    return *this;
+}
+
+} // namespace orvan

@@ -1,0 +1,69 @@
+#include "Tests/Support/Processes.h"
+
+#include "Tests/Support/TempFolder.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <iterator>
+
+namespace orvan {
+namespace {
+
+std::string contents(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void change(const Environment& environment) {
+    for (const auto& [name, value] : environment)
+        value ? setenv(name.c_str(), value->c_str(), 1) : unsetenv(name.c_str());
+}
+
+// Runs `body` in a child with its output and errors in files.
+ProgramEnd runChild(const Environment& environment, const std::function<void()>& body) {
+    constexpr unsigned kPatience = 60;
+    const TempFolder folder;
+    const std::filesystem::path output = folder.path() / "output";
+    const std::filesystem::path errors = folder.path() / "errors";
+    std::fflush(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(kPatience);
+        change(environment);
+        dup2(open(output.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600), STDOUT_FILENO);
+        dup2(open(errors.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600), STDERR_FILENO);
+        body();
+        _exit(127);
+    }
+    int status = 0;
+    if (child < 0 || waitpid(child, &status, 0) != child) return {};
+    const int code = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    return {code, contents(output), contents(errors)};
+}
+
+} // namespace
+
+ProgramEnd runProgram(const std::vector<std::string>& command, const Environment& environment) {
+    std::vector<char*> words;
+    words.reserve(command.size() + 1);
+    for (const std::string& word : command)
+        words.push_back(const_cast<char*>(word.c_str()));
+    words.push_back(nullptr);
+    return runChild(environment, [&words] { execv(words[0], words.data()); });
+}
+
+std::string inChild(const Environment& environment, const std::function<std::string()>& body) {
+    const ProgramEnd end = runChild(environment, [&body] {
+        const std::string answer = body();
+        const bool written = write(STDOUT_FILENO, answer.data(), answer.size()) == ssize_t(answer.size());
+        _exit(written ? 0 : 1);
+    });
+    return end.exitCode == 0 ? end.output : "ended with " + std::to_string(end.exitCode) + ": " + end.errors;
+}
+
+} // namespace orvan

@@ -1,0 +1,27 @@
+// Processes of a test's own.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvan {
+
+// Variables that differ from the test's own; no value means unset.
+using Environment = std::map<std::string, std::optional<std::string>>;
+
+struct ProgramEnd {
+    int exitCode = -1; // 128 + the signal's number when one ended it
+    std::string output;
+    std::string errors;
+};
+
+// Runs the program (a path and its arguments) to its end; it is killed when it takes a minute.
+ProgramEnd runProgram(const std::vector<std::string>& command, const Environment& environment = {});
+
+// What `body` answers in a copy of this process with these variables: for what a process asks only once.
+std::string inChild(const Environment& environment, const std::function<std::string()>& body);
+
+} // namespace orvan
