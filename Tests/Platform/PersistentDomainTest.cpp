@@ -35,7 +35,7 @@ void write(const std::string& domain, const std::string& bytes, mode_t mode = 06
     ::chmod(path.c_str(), mode);
 }
 
-TEST(UserDefaults, DomainsAreReadAfreshInEveryForm) {
+TEST(PersistentDomain, IsReadAfreshInEveryForm) {
     EXPECT_EQ(persistentDomainForName("com.example.none"), std::nullopt);
     const PropertyList::Dictionary dictionary = {{"defaultPassword", "s3cret"}};
     for (const std::string& bytes : {PropertyList(dictionary).writeXML(),
@@ -51,7 +51,7 @@ TEST(UserDefaults, DomainsAreReadAfreshInEveryForm) {
     }
 }
 
-TEST(UserDefaults, DomainsOfOthersCountAsAbsent) {
+TEST(PersistentDomain, OfOthersCountsAsAbsent) {
     const std::string text = "{ k = v; }";
     for (const auto& [mode, isTaken] : {std::pair{0600U, true}, {0400U, true}, {0644U, true}, {0620U, false},
              {0602U, false}, {0666U, false}}) {
