@@ -93,7 +93,8 @@ public:
     // Through the queue: submits the job, unless one of this person's is already there, and starts the wait,
     // whose first look happens in here and can deliver. During a wait no second one starts. A spent channel
     // submits and does not wait.
-    // By the filter: starts it, unless the channel's last one is still running or the PPD names none.
+    // By the filter: starts it, unless the channel's last one is still running, the PPD names none, or there
+    // is no printer.
     void dispatchCommands(const std::optional<CommandList>& commands);
 
     // The program of the PPD's first "cupsFilter2" for command files; the record is borrowed. It can be

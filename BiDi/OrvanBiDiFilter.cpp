@@ -112,7 +112,7 @@ void OrvanBiDi::dispatchToFilter(const std::string& job) {
     if (_commandFilterTask != nullptr && _commandFilterTask->isRunning()) return;
     _commandFilterTask = nullptr;
     const std::optional<std::string> program = pathForCommandFilterInPPD(ppd_);
-    if (!program || platform::findInvalidUTF8(job) != std::string::npos) return;
+    if (printer() == nullptr || !program || platform::findInvalidUTF8(job) != std::string::npos) return;
 
     platform::TaskDescription task;
     task.program = *program;

@@ -10,6 +10,8 @@ namespace orvan {
 namespace {
 
 constexpr std::chrono::seconds kPatience{10};
+// Questions to the printer, which nobody printed.
+constexpr const char* kCommandFile = "application/vnd.cups-command";
 
 void reportOptions(const PrintJob& job, ppd_file_t* ppd, std::ostream& out) {
     for (ppd_option_t* option = ppdFirstOption(ppd); option != nullptr; option = ppdNextOption(ppd))
@@ -24,6 +26,7 @@ Failure reportJobs(const PrintingSystem& system, const std::string& queue,
     const std::unique_ptr<ppd_file_t, decltype(&ppdClose)> ppd(ppdOpenFile(ppdFile.c_str()), ppdClose);
     std::vector<PrintJob> jobs;
     if (Failure failure = system.jobs(queue, &jobs)) return failure;
+    std::erase_if(jobs, [](const PrintJob& job) { return job.attribute("document-format") == kCommandFile; });
     if (jobs.empty()) out << "No job arrived on " << queue << ".\n";
     for (const PrintJob& listed : jobs) {
         const std::optional<PrintJob> job = system.waitForJob(listed.id, kPatience);
