@@ -25,6 +25,8 @@ protected:
         start({});
     }
 
+    void TearDown() override { ::unsetenv("TMPDIR"); }
+
     void start(const std::map<std::string, std::string>& filterEnvironment) {
         PrintingSystemOptions options;
         options.folder.extraFilters = {ORVAN_TEST_FILTER};
