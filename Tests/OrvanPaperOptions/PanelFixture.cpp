@@ -7,12 +7,13 @@
 namespace orvan {
 namespace {
 
-// A release on which the panel shows the PPD's choices as they are. It has to be set before the first panel.
-const int kRelease = setenv("ORVAN_SYSTEM_RELEASE", "10.10.0", 1);
+// Each test program has one release, as it is asked once a process. It has to be set before the first panel.
+const int kRelease = setenv("ORVAN_SYSTEM_RELEASE", ORVAN_TEST_RELEASE, 1);
 
 } // namespace
 
-CountingCallback::CountingCallback(const DerivedPPD& ppd) : record_(ppdOpenFile(ppd.file().c_str())) {
+CountingCallback::CountingCallback(const DerivedPPD& ppd, std::shared_ptr<::platform::PMPrinter> printer)
+    : record_(ppdOpenFile(ppd.file().c_str())), printer_(std::move(printer)) {
     ++alive;
     EXPECT_EQ(kRelease, 0);
     EXPECT_NE(record_, nullptr);
@@ -21,7 +22,7 @@ CountingCallback::CountingCallback(const DerivedPPD& ppd) : record_(ppdOpenFile(
 }
 
 void PanelTest::create() {
-    dialog_ = std::make_shared<CountingCallback>(ppd_);
+    dialog_ = std::make_shared<CountingCallback>(ppd_, printer_);
     panel_ = OrvanPaperOptions::initWithCallbackAndBundle(dialog_, bundle_);
     ASSERT_NE(panel_, nullptr);
     panel_->panelView();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "OrvanPaperOptions/Source/OrvanPaperOptions.h"
+#include "Platform/PMPrinter.h"
 #include "Platform/PrintDialog.h"
 #include "Tests/Support/DerivedPPD.h"
 
@@ -20,13 +21,18 @@ public:
     static inline int alive = 0;
     using Pick = std::pair<std::string, std::string>;
 
-    explicit CountingCallback(const DerivedPPD& ppd);
+    // Without a printer, the dialog's has no queue.
+    explicit CountingCallback(
+        const DerivedPPD& ppd, std::shared_ptr<::platform::PMPrinter> printer = nullptr);
     ~CountingCallback() override { --alive; }
     CountingCallback(const CountingCallback&) = delete;
     CountingCallback& operator=(const CountingCallback&) = delete;
 
     ppd_file_t* ppdFile() override { return record_.get(); }
-    std::shared_ptr<::platform::PMPrinter> PMPrinter() override { return nullptr; }
+    std::shared_ptr<::platform::PMPrinter> PMPrinter() override {
+        ++printerRequests;
+        return printer_;
+    }
     void willChangePPDOptionKeyValuePpdChoice(const std::string& option, const std::string& choice) override {
         picks.emplace_back(option, choice);
         onPick(option, choice);
@@ -38,11 +44,13 @@ public:
     }
 
     std::vector<Pick> picks;
+    int printerRequests = 0;
     // What the dialog makes of a pick; until a test replaces it, it marks the choice.
     std::function<void(const std::string& option, const std::string& choice)> onPick;
 
 private:
     PPDRecord record_;
+    std::shared_ptr<::platform::PMPrinter> printer_;
 };
 
 // The panel of `ppd`, which a test changes before it creates the panel.
@@ -62,6 +70,7 @@ protected:
 
     DerivedPPD ppd_;
     std::shared_ptr<platform::Bundle> bundle_ = platform::Bundle::open(ORVAN_PLUGIN_FOLDER);
+    std::shared_ptr<platform::PMPrinter> printer_; // the dialog's
     std::shared_ptr<CountingCallback> dialog_;
     std::shared_ptr<OrvanPaperOptions> panel_;
 };

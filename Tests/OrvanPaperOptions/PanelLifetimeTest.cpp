@@ -38,6 +38,21 @@ TEST_F(PanelLifetimeTest, NothingIsHeldForAPrinterWithoutThePanelsOptions) {
     EXPECT_EQ(bundle_.use_count(), 1);
 }
 
+TEST_F(PanelLifetimeTest, ThePrinterIsNotAskedFromThisReleaseOn) {
+    ppd_.append("*cupsCommands: \"com.orvan.CustomPaperTypes\"\n");
+    printer_ = std::make_shared<platform::PMPrinter>("Office");
+    createAndShow();
+    EXPECT_EQ(dialog_->printerRequests, 0);
+    EXPECT_EQ(dialog_.use_count(), 2) << "the panel holds the callback object, and no channel does";
+    EXPECT_FALSE(panel_->awaitsPrinter());
+    const std::size_t choices = popUp(1).items().size();
+    panel_->updatePaperTypeListForCustomPaperTypes();
+    panel_->willShow();
+    EXPECT_EQ(popUp(1).items().size(), choices);
+    EXPECT_TRUE(pick(1, "Custom Type 5"));
+    EXPECT_EQ(dialog_->picks.back().second, "CustomType5");
+}
+
 TEST_F(PanelLifetimeTest, AViewThatIsKeptLongerDoesNothing) {
     createAndShow();
     const std::vector<std::shared_ptr<platform::View>> views = root().subviews();

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
 
 namespace orvan {
@@ -64,6 +65,18 @@ DerivedPPD& DerivedPPD::addPaperTypes(int count) {
 
 DerivedPPD& DerivedPPD::append(std::string_view lines) {
     text_ += lines;
+    return *this;
+}
+
+DerivedPPD& DerivedPPD::addEntries(const std::string& statusLines) {
+    std::istringstream words(statusLines);
+    for (std::string word; words >> word;) {
+        const std::size_t equals = word.find('=');
+        if (equals == std::string::npos) continue; // the line's "PPD:"
+        std::string value = word.substr(equals + 1);
+        std::erase(value, '"');
+        append("*" + word.substr(0, equals) + ": \"" + value + "\"\n");
+    }
     return *this;
 }
 

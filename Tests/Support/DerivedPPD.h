@@ -28,6 +28,8 @@ public:
     // Gives the paper type option that many choices more, "Extra1" and so on.
     DerivedPPD& addPaperTypes(int count);
     DerivedPPD& append(std::string_view lines);
+    // Adds the entries of a filter's "PPD:" lines, as the scheduler does when the filter's job has ended.
+    DerivedPPD& addEntries(const std::string& statusLines);
 
     const std::string& text() const { return text_; }
     // The text as a file, which goes with this object.

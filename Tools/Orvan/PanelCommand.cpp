@@ -6,6 +6,7 @@
 #include "PrintDialog/Host/Scheduler.h"
 #include "Tools/Orvan/Command.h"
 #include "Tools/Orvan/Input.h"
+#include "Tools/Orvan/OneLine.h"
 #include "Tools/Orvan/PrinterQuery.h"
 
 #include <nlohmann/json.hpp>
@@ -98,16 +99,16 @@ void printText(PanelSession& session, platform::View& root) {
         const ShownRow row = ShownRow::of(root, spec);
         if (row.label == nullptr || row.popUp == nullptr || row.popUp->isHidden()) continue;
         const platform::MenuItem* const item = row.popUp->itemAtIndex(row.popUp->indexOfSelectedItem());
-        std::cout << "  " << row.label->stringValue() << ' ';
+        std::cout << "  " << onOneLine(row.label->stringValue()) << ' ';
         if (!row.popUp->isEnabled())
             std::cout << "(not available)\n";
         else
-            std::cout << '[' << (item != nullptr ? item->title : "") << "]  of " << row.popUp->items().size()
-                      << '\n';
+            std::cout << '[' << onOneLine(item != nullptr ? item->title : "") << "]  of "
+                      << row.popUp->items().size() << '\n';
     }
     std::cout << "\nSummary\n";
     for (const auto& [title, value] : session.summary())
-        std::cout << "  " << title << ": " << value << '\n';
+        std::cout << "  " << onOneLine(title) << ": " << onOneLine(value) << '\n';
 }
 
 // Picks the choice through its pop-up. Answers what is wrong, or nothing.

@@ -1,5 +1,6 @@
 // "orvan status" and "orvan papers": what the printer answers through its queue.
 #include "Tools/Orvan/Command.h"
+#include "Tools/Orvan/OneLine.h"
 #include "Tools/Orvan/PrinterQuery.h"
 #include "Tools/Orvan/PropertyListJson.h"
 #include "Tools/Orvan/StatusReport.h"
@@ -49,7 +50,8 @@ int papers(const QueryArguments& arguments) {
         if (arguments.json)
             list.push_back({{"name", paper.name}, {"type", paper.type}, {"baseClass", paper.baseClass}});
         else
-            std::cout << paper.name << '\t' << paper.type << '\t' << paper.baseClass << '\n';
+            std::cout << onOneLine(paper.name) << '\t' << onOneLine(paper.type) << '\t'
+                      << onOneLine(paper.baseClass) << '\n';
     }
     if (arguments.json)
         std::cout << Json{{"schemaVersion", 1}, {"queue", arguments.queue}, {"papers", std::move(list)}}

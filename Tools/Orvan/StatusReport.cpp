@@ -1,5 +1,6 @@
 #include "Tools/Orvan/StatusReport.h"
 
+#include "Tools/Orvan/OneLine.h"
 #include "Tools/Orvan/PropertyListJson.h"
 
 #include <algorithm>
@@ -18,10 +19,14 @@ constexpr std::size_t kBarWidth = 20;
 constexpr int kNameWidth = 14;
 constexpr const char* kCustomPapersKey = "customPaperTypes";
 
-std::string text(const PropertyList& record, std::string_view key) {
+std::string textAsItIs(const PropertyList& record, std::string_view key) {
     const PropertyList* const value = record.find(key);
     const std::string* const string = value != nullptr ? value->asString() : nullptr;
     return string != nullptr ? *string : "";
+}
+
+std::string text(const PropertyList& record, std::string_view key) {
+    return onOneLine(textAsItIs(record, key));
 }
 
 // "[########------------]  40 %", or "unknown".
@@ -115,7 +120,8 @@ std::vector<CustomPaper> customPapers(const std::vector<PropertyList>& responses
         const PropertyList::List* const list = value != nullptr ? value->asList() : nullptr;
         if (list == nullptr) continue;
         for (const PropertyList& paper : *list)
-            papers.push_back({text(paper, "name"), text(paper, "type"), text(paper, "baseClass")});
+            papers.push_back(
+                {textAsItIs(paper, "name"), textAsItIs(paper, "type"), textAsItIs(paper, "baseClass")});
     }
     return papers;
 }
@@ -129,12 +135,12 @@ void writeStatus(const std::vector<PropertyList>& responses, std::ostream& out) 
     for (const PropertyList& response : responses) {
         const PropertyList::Dictionary* const entries = response.asDictionary();
         if (entries == nullptr) {
-            out << jsonFromPropertyList(response).dump() << '\n';
+            out << onOneLine(jsonFromPropertyList(response).dump()) << '\n';
             continue;
         }
         for (const auto& [key, value] : *entries)
             if (sectionFor(key, value) == nullptr)
-                out << key << "\n  " << jsonFromPropertyList(value).dump() << '\n';
+                out << onOneLine(key) << "\n  " << onOneLine(jsonFromPropertyList(value).dump()) << '\n';
     }
 }
 
