@@ -16,7 +16,7 @@ namespace orvan {
 namespace {
 
 constexpr std::size_t kOutputSize = std::size_t{16} << 20U;
-constexpr std::size_t kEntriesALine = 9;
+constexpr std::size_t kEntriesALine = 8;
 
 // As the writer lays it out, and what filters say beside that. `entries` is how many it has.
 std::string filterOutput(std::size_t* entries) {
@@ -29,7 +29,7 @@ std::string filterOutput(std::size_t* entries) {
         for (std::size_t i = 0; i < kEntriesALine && count < chunks.size(); ++i, ++count) {
             char number[24];
             std::snprintf(number, sizeof number, "%04zx=", count);
-            output += " ReportStatus";
+            output += " com.orvan.DeviceStatus";
             output += number;
             output += chunks[count];
         }

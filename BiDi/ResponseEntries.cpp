@@ -6,25 +6,30 @@
 #include <cups/ppd.h>
 
 namespace orvan {
-namespace {
-
-void addEntriesOfLine(std::string_view line, EntryDictionary& entries) {
-    PieceReader pieces(line, PieceReader::At::everySeparator);
-    for (std::string_view piece; pieces.next(&piece);) {
-        const auto equals = piece.find('=');
-        if (equals != std::string_view::npos)
-            entries[std::string(piece.substr(0, equals))] = piece.substr(equals + 1);
-    }
-}
-
-} // namespace
 
 EntryDictionary entriesInTaskOutput(std::string_view output) {
     EntryDictionary entries;
     if (platform::findInvalidUTF8(output) != std::string_view::npos) return entries;
-    PieceReader lines(output, PieceReader::At::lineBreaks);
-    for (std::string_view line; lines.next(&line);)
-        if (line.starts_with("PPD: ")) addEntriesOfLine(line, entries);
+    char* const text = entries.addText(output.size() + 1);
+    output.copy(text, output.size());
+
+    PieceReader reader({text, output.size()});
+    std::string_view piece;
+    do {
+        if (!reader.rest().starts_with("PPD: ")) {
+            reader.next(&piece, PieceReader::At::lineBreaks);
+            continue;
+        }
+        do {
+            reader.next(&piece, PieceReader::At::everySeparator);
+            const auto equals = piece.find('=');
+            if (equals == std::string_view::npos) continue;
+            const std::string_view value = piece.substr(equals + 1);
+            // In place of the separator, which the reader has passed.
+            text[value.data() + value.size() - text] = '\0';
+            entries.insert({piece.substr(0, equals), value});
+        } while (reader.endedBy() == Separator::space);
+    } while (reader.endedBy() != Separator::none);
     return entries;
 }
 
@@ -36,9 +41,8 @@ const char* ppdx_get_chunk_ppd(void* source, const char* keyword) {
 
 const char* ppdx_get_chunk_nsdictionary(void* source, const char* keyword) {
     if (source == nullptr || keyword == nullptr) return nullptr;
-    const auto& entries = *static_cast<EntryDictionary*>(source);
-    const auto found = entries.find(keyword);
-    return found != entries.end() ? found->second.c_str() : nullptr;
+    const auto* const entry = static_cast<const EntryDictionary*>(source)->find(keyword);
+    return entry != nullptr ? entry->value.data() : nullptr;
 }
 
 } // namespace orvan

@@ -22,14 +22,19 @@ class PieceReader {
 public:
     enum class At { lineBreaks, everySeparator };
 
-    PieceReader(std::string_view text, At at) : text_(text), at_(at) {}
+    explicit PieceReader(std::string_view text) : rest_(text) {}
 
-    // False when there are no more. The pieces lie in the text.
-    bool next(std::string_view* piece);
+    // False when there are no more. The pieces lie in the text; what is before rest() is not read again.
+    bool next(std::string_view* piece, At at);
+
+    // What the last piece ended at; none when that was the end of the text.
+    Separator endedBy() const { return endedBy_; }
+    // What follows the separator.
+    std::string_view rest() const { return rest_; }
 
 private:
-    std::string_view text_;
-    At at_;
+    std::string_view rest_;
+    Separator endedBy_ = Separator::none;
     bool isDone_ = false;
 };
 
