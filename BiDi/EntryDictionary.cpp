@@ -1,6 +1,7 @@
 #include "BiDi/EntryDictionary.h"
 
 #include <algorithm>
+#include <bit>
 #include <functional>
 #include <utility>
 
@@ -40,7 +41,7 @@ char* EntryDictionary::addText(std::size_t size) {
 }
 
 void EntryDictionary::insert(const Entry& entry) {
-    if ((entries_.size() + 1) * 4 > slots_.size() * 3) growSlots();
+    if ((entries_.size() + 1) * 4 > slots_.size() * 3) resizeSlots(std::max(kFirstSlots, slots_.size() * 2));
     const std::uint32_t hash = hashOf(entry.name);
     Slot& slot = slots_[slotOf(entry.name, hash)];
     if (slot.number != 0) {
@@ -60,9 +61,14 @@ std::size_t EntryDictionary::slotOf(std::string_view name, std::uint32_t hash) c
     return at;
 }
 
-void EntryDictionary::growSlots() {
-    const std::vector<Slot> taken =
-        std::exchange(slots_, std::vector<Slot>(std::max(kFirstSlots, slots_.size() * 2)));
+void EntryDictionary::reserve(std::size_t count) {
+    if (count == 0) return;
+    entries_.reserve(count);
+    resizeSlots(std::bit_ceil(count + count / 3 + 1));
+}
+
+void EntryDictionary::resizeSlots(std::size_t count) {
+    const std::vector<Slot> taken = std::exchange(slots_, std::vector<Slot>(count));
     const std::size_t mask = slots_.size() - 1;
     for (const Slot& slot : taken) {
         if (slot.number == 0) continue;

@@ -54,7 +54,10 @@ private:
     void insert(const Entry& entry);
     // The slot of the name, or the empty one where it belongs.
     std::size_t slotOf(std::string_view name, std::uint32_t hash) const;
-    void growSlots();
+    // Room for so many entries; before the first of them.
+    void reserve(std::size_t count);
+    // A power of two, above the number of entries.
+    void resizeSlots(std::size_t count);
 
     std::vector<std::shared_ptr<char[]>> texts_;
     std::vector<Entry> entries_;

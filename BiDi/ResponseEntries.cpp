@@ -1,19 +1,20 @@
 #include "BiDi/ResponseEntries.h"
 
 #include "BiDi/WhiteSpace.h"
-#include "Platform/Unicode.h"
 
 #include <cups/ppd.h>
 
 namespace orvan {
 
 EntryDictionary entriesInTaskOutput(std::string_view output) {
+    // Short of a chunk's usual length, so that the room for it need not grow.
+    constexpr std::size_t kUsualLength = 200;
     EntryDictionary entries;
-    if (platform::findInvalidUTF8(output) != std::string_view::npos) return entries;
-    char* const text = entries.addText(output.size() + 1);
-    output.copy(text, output.size());
+    entries.reserve(output.size() / kUsualLength);
+    // A zero byte takes the separator's place.
+    char* text = entries.addText(output.size() + 1);
 
-    PieceReader reader({text, output.size()});
+    PieceReader reader(output);
     std::string_view piece;
     do {
         if (!reader.rest().starts_with("PPD: ")) {
@@ -24,12 +25,13 @@ EntryDictionary entriesInTaskOutput(std::string_view output) {
             reader.next(&piece, PieceReader::At::everySeparator);
             const auto equals = piece.find('=');
             if (equals == std::string_view::npos) continue;
-            const std::string_view value = piece.substr(equals + 1);
-            // In place of the separator, which the reader has passed.
-            text[value.data() + value.size() - text] = '\0';
-            entries.insert({piece.substr(0, equals), value});
+            piece.copy(text, piece.size());
+            text[piece.size()] = '\0';
+            entries.insert({{text, equals}, {text + equals + 1, piece.size() - equals - 1}});
+            text += piece.size() + 1;
         } while (reader.endedBy() == Separator::space);
     } while (reader.endedBy() != Separator::none);
+    if (!reader.isUTF8()) return {};
     return entries;
 }
 
