@@ -1,4 +1,5 @@
 // The panel created and first shown, as the print dialog does, for a paper type of more and more choices.
+#include "Benchmarks/Paired.h"
 #include "Benchmarks/PaperTypesPPD.h"
 #include "OrvanPaperOptions/Source/OptionRows.h"
 #include "PrintDialog/Host/InstalledFiles.h"
@@ -6,20 +7,12 @@
 
 #include <benchmark/benchmark.h>
 
-#include <ctime>
 #include <filesystem>
 #include <string>
 #include <system_error>
 
 namespace orvan {
 namespace {
-
-// Seconds of processor time of this thread: what other processes do meanwhile does not count.
-double processorSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
 
 std::size_t paperTypesShown(PanelSession& session) {
     auto* const popUp = dynamic_cast<platform::PopUpButton*>(

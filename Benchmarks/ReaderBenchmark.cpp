@@ -1,4 +1,6 @@
 // The readers of XML documents and property lists, beside libraries that read the same.
+#include "Benchmarks/Paired.h"
+#include "Benchmarks/SampleData.h"
 #include "Platform/PropertyList.h"
 #include "Platform/XMLDocument.h"
 
@@ -12,7 +14,6 @@
 #include <memory>
 #include <string>
 #include <type_traits>
-#include <utility>
 
 namespace orvan {
 namespace {
@@ -62,46 +63,42 @@ void readXMLFloor(benchmark::State& state) {
 }
 BENCHMARK(readXMLFloor);
 
-// As a domain of user defaults: a dictionary of dictionaries of short values.
-const std::string& xmlList() {
-    static const std::string list = [] {
-        std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n";
-        for (int i = 0; i < kEntries; ++i)
-            text += "<key>queue" + std::to_string(i) + "</key><dict><key>paper</key><string>Heavyweight " +
-                    std::to_string(i) + "</string><key>pages</key><integer>" + std::to_string(i * 1000) +
-                    "</integer><key>color</key><true/></dict>\n";
-        return text + "</dict>\n</plist>\n";
-    }();
+constexpr std::size_t kListSize = std::size_t{1} << 20U;
+
+std::string xmlList() {
+    return responseDocument(kListSize);
+}
+
+// The binary form is the shorter one.
+std::string binaryList() {
+    std::string list;
+    for (std::size_t size = kListSize; list.size() < kListSize; size += size / 8)
+        list = platform::PropertyList::read(responseDocument(size))
+                   .value_or(platform::PropertyList())
+                   .writeBinary();
     return list;
 }
 
-const std::string& binaryList() {
-    static const std::string list =
-        platform::PropertyList::read(xmlList()).value_or(platform::PropertyList()).writeBinary();
-    return list;
+bool readList(const std::string& bytes) {
+    const auto list = platform::PropertyList::read(bytes);
+    return list && list->find("inputTrays") != nullptr;
 }
 
-void readList(benchmark::State& state, const std::string& (*bytes)()) {
-    while (state.KeepRunning()) {
-        const auto list = platform::PropertyList::read(bytes());
-        if (!list || list->find("queue7") == nullptr) state.SkipWithError("the list was refused");
-        benchmark::DoNotOptimize(list);
-    }
+bool readListByPeer(const std::string& bytes) {
+    plist_t list = nullptr;
+    plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &list);
+    const bool isRead = list != nullptr && plist_dict_get_item(list, "inputTrays") != nullptr;
+    plist_free(list);
+    return isRead;
 }
-BENCHMARK_CAPTURE(readList, xml, xmlList);
-BENCHMARK_CAPTURE(readList, binary, binaryList);
 
-void readListPeer(benchmark::State& state, const std::string& (*bytes)()) {
-    while (state.KeepRunning()) {
-        plist_t list = nullptr;
-        plist_from_memory(bytes().data(), static_cast<std::uint32_t>(bytes().size()), &list);
-        if (list == nullptr || plist_dict_get_item(list, "queue7") == nullptr)
-            state.SkipWithError("the list was refused");
-        plist_free(list);
-    }
+void readLists(benchmark::State& state, std::string (*document)()) {
+    const std::string bytes = document();
+    measurePaired(
+        state, [&] { return readList(bytes); }, [&] { return readListByPeer(bytes); });
 }
-BENCHMARK_CAPTURE(readListPeer, xml, xmlList);
-BENCHMARK_CAPTURE(readListPeer, binary, binaryList);
+BENCHMARK_CAPTURE(readLists, xml, xmlList)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(readLists, binary, binaryList)->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace orvan

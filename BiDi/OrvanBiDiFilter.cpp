@@ -80,9 +80,9 @@ std::optional<std::string> OrvanBiDi::pathForCommandFilterInPPD(ppd_file_t* ppd)
          filter = ppdFindNextAttr(ppd, "cupsFilter2", nullptr)) {
         const std::string_view value = filter->value != nullptr ? filter->value : "";
         if (!isForCommandFiles(value) || platform::findInvalidUTF8(value) != std::string_view::npos) continue;
-        PieceReader pieces(value, PieceReader::At::everySeparator);
+        PieceReader pieces(value);
         std::string_view last;
-        while (pieces.next(&last)) {
+        while (pieces.next(&last, PieceReader::At::everySeparator)) {
         }
         return std::string(last);
     }

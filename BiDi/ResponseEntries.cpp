@@ -1,30 +1,37 @@
 #include "BiDi/ResponseEntries.h"
 
 #include "BiDi/WhiteSpace.h"
-#include "Platform/Unicode.h"
 
 #include <cups/ppd.h>
 
 namespace orvan {
-namespace {
-
-void addEntriesOfLine(std::string_view line, EntryDictionary& entries) {
-    PieceReader pieces(line, PieceReader::At::everySeparator);
-    for (std::string_view piece; pieces.next(&piece);) {
-        const auto equals = piece.find('=');
-        if (equals != std::string_view::npos)
-            entries[std::string(piece.substr(0, equals))] = piece.substr(equals + 1);
-    }
-}
-
-} // namespace
 
 EntryDictionary entriesInTaskOutput(std::string_view output) {
+    // Short of a chunk's usual length, so that the room for it need not grow.
+    constexpr std::size_t kUsualLength = 200;
     EntryDictionary entries;
-    if (platform::findInvalidUTF8(output) != std::string_view::npos) return entries;
-    PieceReader lines(output, PieceReader::At::lineBreaks);
-    for (std::string_view line; lines.next(&line);)
-        if (line.starts_with("PPD: ")) addEntriesOfLine(line, entries);
+    entries.reserve(output.size() / kUsualLength);
+    // A zero byte takes the separator's place.
+    char* text = entries.addText(output.size() + 1);
+
+    PieceReader reader(output);
+    std::string_view piece;
+    do {
+        if (!reader.rest().starts_with("PPD: ")) {
+            reader.next(&piece, PieceReader::At::lineBreaks);
+            continue;
+        }
+        do {
+            reader.next(&piece, PieceReader::At::everySeparator);
+            const auto equals = piece.find('=');
+            if (equals == std::string_view::npos) continue;
+            piece.copy(text, piece.size());
+            text[piece.size()] = '\0';
+            entries.insert({{text, equals}, {text + equals + 1, piece.size() - equals - 1}});
+            text += piece.size() + 1;
+        } while (reader.endedBy() == Separator::space);
+    } while (reader.endedBy() != Separator::none);
+    if (!reader.isUTF8()) return {};
     return entries;
 }
 
@@ -36,9 +43,8 @@ const char* ppdx_get_chunk_ppd(void* source, const char* keyword) {
 
 const char* ppdx_get_chunk_nsdictionary(void* source, const char* keyword) {
     if (source == nullptr || keyword == nullptr) return nullptr;
-    const auto& entries = *static_cast<EntryDictionary*>(source);
-    const auto found = entries.find(keyword);
-    return found != entries.end() ? found->second.c_str() : nullptr;
+    const auto* const entry = static_cast<const EntryDictionary*>(source)->find(keyword);
+    return entry != nullptr ? entry->value.data() : nullptr;
 }
 
 } // namespace orvan

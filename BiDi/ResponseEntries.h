@@ -1,14 +1,11 @@
 // The printer's answers before they are decoded: entries of the ppdx encoding, and where they are looked up.
 #pragma once
 
-#include <string>
+#include "BiDi/EntryDictionary.h"
+
 #include <string_view>
-#include <unordered_map>
 
 namespace orvan {
-
-// Entry names and their raw values.
-using EntryDictionary = std::unordered_map<std::string, std::string>;
 
 // The entries in what a command filter wrote to its standard error: those of the lines that begin with
 // "PPD: ", which are pieces with a "=" in them, separated by white space; the first "=" ends the name. Of

@@ -1,5 +1,6 @@
 #include "Platform/Unicode.h"
 
+#include <array>
 #include <cstring>
 
 namespace platform {
@@ -42,12 +43,13 @@ char32_t decodeUTF8OrReplace(std::string_view text, std::size_t* position) {
 
 std::size_t findNonASCII(std::string_view text) {
     constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    using Words = std::array<std::uint64_t, 4>;
     std::size_t at = 0;
-    while (text.size() - at >= sizeof(std::uint64_t)) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, text.data() + at, sizeof word);
-        if ((word & kHighBits) != 0) break;
-        at += sizeof word;
+    while (text.size() - at >= sizeof(Words)) {
+        Words words;
+        std::memcpy(&words, text.data() + at, sizeof words);
+        if (((words[0] | words[1] | words[2] | words[3]) & kHighBits) != 0) break;
+        at += sizeof words;
     }
     while (at < text.size() && byteAt(text, at) < 0x80)
         ++at;
