@@ -32,6 +32,8 @@ constexpr std::string_view kTerminator = "\"\"";
 constexpr std::size_t kFirstCapacity = 256;
 constexpr std::size_t kDoublingLimit = 2048;
 constexpr std::size_t kCapacityStep = 2048;
+// Most responses never outgrow it.
+constexpr std::size_t kFirstReserve = std::size_t{96} * 1024;
 
 void reportZlib(const char* function, int code, const char* message) {
     std::fprintf(
@@ -203,7 +205,7 @@ public:
             capacity_ = capacity_ == 0               ? kFirstCapacity
                         : capacity_ < kDoublingLimit ? capacity_ * 2
                                                      : capacity_ + kCapacityStep;
-        return capacity_ <= reserved_ || reserve(std::min(capacity_ * 2, kPpdxMaximumSize));
+        return capacity_ <= reserved_ || reserve(std::clamp(capacity_ * 2, kFirstReserve, kPpdxMaximumSize));
     }
     static bool canGrowBehind(std::size_t written) { return written < kPpdxMaximumSize; }
 
