@@ -16,7 +16,7 @@ from typing import Optional
 
 import startup
 
-REPETITIONS = 15  # of each benchmark, in mixed order; the least time counts
+REPETITIONS = 15  # of each benchmark, in mixed order; the least time counts, or of pairs the median ratio
 
 
 @dataclass
@@ -58,8 +58,7 @@ class Times:
             seconds = result["real_time" if name != result["run_name"] else "cpu_time"] * SECONDS[result["time_unit"]]
             self.times[name] = min(seconds, self.times.get(name, seconds))
             if "peer" in result:
-                pair = result["ours"], result["peer"]
-                self.pairs[name] = tuple(map(min, pair, self.pairs.get(name, pair)))
+                self.pairs.setdefault(name, []).append((result["ours"], result["peer"]))
 
     def __getitem__(self, name):
         return self.times[name]
@@ -69,8 +68,13 @@ class Times:
         return Row(what, "s", self[ours], self[peer], peer_is, limit)
 
     def paired(self, what, name, peer_is, limit, ours_is=1, peers_are=1):
-        """The row of a benchmark that measures both in turns; where they are of many things, of one of them."""
-        ours, peer = self.pairs[name]
+        """The row of a benchmark that measures both in turns; where they are of many things, of one of them.
+
+        Of its repetitions the one whose ratio is the median: a processor that runs faster for a while may meet
+        the fastest run of one side alone, so that the fastest of all repetitions do not belong together.
+        """
+        pairs = sorted(self.pairs[name], key=lambda pair: pair[0] / pair[1])
+        ours, peer = pairs[len(pairs) // 2]
         return Row(what, "s", ours / ours_is, peer / peers_are, peer_is, limit)
 
 

@@ -32,6 +32,8 @@ constexpr std::string_view kTerminator = "\"\"";
 constexpr std::size_t kFirstCapacity = 256;
 constexpr std::size_t kDoublingLimit = 2048;
 constexpr std::size_t kCapacityStep = 2048;
+// Most responses never outgrow it.
+constexpr std::size_t kFirstReserve = std::size_t{96} * 1024;
 
 void reportZlib(const char* function, int code, const char* message) {
     std::fprintf(
@@ -195,20 +197,23 @@ bool writePieces(EntryWriter& entries, const void* data, std::size_t size) {
 // large ones, as an allocator that cannot extend a block in place would copy it at every step.
 class Output {
 public:
-    bool grow() {
-        const std::size_t capacity = capacity_ == 0               ? kFirstCapacity
-                                     : capacity_ < kDoublingLimit ? capacity_ * 2
-                                                                  : capacity_ + kCapacityStep;
-        if (capacity > reserved_ && !reserve(std::min(capacity * 2, kPpdxMaximumSize))) return false;
-        capacity_ = capacity;
-        return true;
+    enum class Window { toReserved, toCapacity };
+
+    // Makes room behind `written` bytes. False when memory runs out.
+    bool growBehind(std::size_t written) {
+        while (capacity_ <= written && capacity_ < kPpdxMaximumSize)
+            capacity_ = capacity_ == 0               ? kFirstCapacity
+                        : capacity_ < kDoublingLimit ? capacity_ * 2
+                                                     : capacity_ + kCapacityStep;
+        return capacity_ <= reserved_ || reserve(std::clamp(capacity_ * 2, kFirstReserve, kPpdxMaximumSize));
     }
-    bool canGrow() const { return capacity_ < kPpdxMaximumSize; }
+    static bool canGrowBehind(std::size_t written) { return written < kPpdxMaximumSize; }
 
     // Where the decompressor goes on, `written` bytes after the start.
-    void continueAt(std::size_t written, z_stream& stream) {
+    void continueAt(std::size_t written, Window window, z_stream& stream) {
+        const std::size_t end = window == Window::toReserved ? reserved_ : capacity_;
         stream.next_out = reinterpret_cast<Bytef*>(bytes_.get()) + written;
-        stream.avail_out = static_cast<uInt>(capacity_ - written);
+        stream.avail_out = static_cast<uInt>(end - written);
     }
 
     // The bytes, in no more memory than they and a zero byte behind them need.
@@ -236,12 +241,11 @@ private:
 
 class Decompressor {
 public:
-    enum class Step { goOn, streamEnded, outOfMemory };
+    enum class Step { goOn, chunkFailed, streamEnded, outOfMemory };
 
     bool open() {
-        if (!output_.grow()) return false;
+        if (!output_.growBehind(0)) return false;
         isOpen_ = inflateInit(&stream_) == Z_OK;
-        output_.continueAt(0, stream_);
         return isOpen_;
     }
     Decompressor() = default;
@@ -251,23 +255,13 @@ public:
         if (isOpen_) inflateEnd(&stream_);
     }
 
+    // Where the last bytes of a stream that is cut off fill the capacity, what zlib still knows is lost.
+    // Bytes before them cannot be those, and zlib is faster in one large window than in many small ones.
     Step feed(const char* bytes, std::size_t count) {
-        stream_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes));
-        stream_.avail_in = static_cast<uInt>(count);
-        while (stream_.avail_in > 0) {
-            const int code = inflate(&stream_, Z_NO_FLUSH);
-            if (code < 0) {
-                reportZlib("inflate", code, stream_.msg);
-                return Step::goOn;
-            }
-            // zlib takes no further input after either.
-            if (code == Z_STREAM_END || code == Z_NEED_DICT) return Step::streamEnded;
-            if (stream_.avail_out > 0) continue;
-            if (!output_.canGrow()) return Step::goOn;
-            if (!output_.grow()) return Step::outOfMemory;
-            output_.continueAt(stream_.total_out, stream_);
-        }
-        return Step::goOn;
+        const std::size_t early = count - std::min(count, kLateBytes);
+        const Step step = inflateInto(Output::Window::toReserved, bytes, early);
+        return step == Step::goOn ? inflateInto(Output::Window::toCapacity, bytes + early, count - early)
+                                  : step;
     }
 
     PpdxData take(std::size_t* size) {
@@ -276,6 +270,28 @@ public:
     }
 
 private:
+    static constexpr std::size_t kLateBytes = 8;
+
+    Step inflateInto(Output::Window window, const char* bytes, std::size_t count) {
+        stream_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes));
+        stream_.avail_in = static_cast<uInt>(count);
+        output_.continueAt(stream_.total_out, window, stream_);
+        while (stream_.avail_in > 0) {
+            const int code = inflate(&stream_, Z_NO_FLUSH);
+            if (code < 0) {
+                reportZlib("inflate", code, stream_.msg);
+                return Step::chunkFailed;
+            }
+            // zlib takes no further input after either.
+            if (code == Z_STREAM_END || code == Z_NEED_DICT) return Step::streamEnded;
+            if (stream_.avail_out > 0) continue;
+            if (!Output::canGrowBehind(stream_.total_out)) return Step::chunkFailed;
+            if (!output_.growBehind(stream_.total_out)) return Step::outOfMemory;
+            output_.continueAt(stream_.total_out, window, stream_);
+        }
+        return output_.growBehind(stream_.total_out) ? Step::goOn : Step::outOfMemory;
+    }
+
     z_stream stream_{};
     bool isOpen_ = false;
     Output output_;
