@@ -206,48 +206,5 @@ TEST_F(QueueChannelTest, AFrozenSchedulerHoldsNobodyUp) {
     EXPECT_FALSE(printer.patience().isUsedUp());
 }
 
-TEST_F(QueueChannelTest, PrintersTellOfTheirQueues) {
-    std::string uri;
-    std::string path;
-    {
-        platform::PMPrinter printer("orvan");
-        EXPECT_EQ(platform::PMPrinterGetID(printer), "orvan");
-        EXPECT_EQ(platform::PMPrinterCopyDeviceURI(printer, &uri), platform::kPMNoError);
-        EXPECT_EQ(uri, "file:///dev/null");
-        // libcups looks at the scheduler's folder once a thread, here before there was one.
-        ASSERT_EQ(platform::PMPrinterCopyDescriptionURL(printer, platform::kPMPPDDescriptionType, &path),
-            platform::kPMNoError);
-        EXPECT_FALSE(std::filesystem::is_symlink(path));
-        EXPECT_NE(std::filesystem::file_size(path), 0U);
-        std::thread([&] {
-            EXPECT_EQ(
-                platform::PMPrinterCopyDescriptionURL(printer, platform::kPMPPDDescriptionType, &path), 0);
-            EXPECT_EQ(std::filesystem::read_symlink(path),
-                system_->folder().configurationFolder() / "ppd" / "orvan.ppd");
-            system_->scheduler().suspend();
-            EXPECT_EQ(
-                platform::PMPrinterCopyDescriptionURL(printer, platform::kPMPPDDescriptionType, &path), 0);
-            EXPECT_EQ(path, system_->folder().configurationFolder() / "ppd" / "orvan.ppd");
-            system_->scheduler().resume();
-        }).join();
-        EXPECT_NE(platform::PMPrinterCopyDescriptionURL(printer, "other", &path), platform::kPMNoError);
-
-        const std::map<std::string, std::string> options = {{"job-priority", "7"}};
-        ASSERT_EQ(platform::PMPrinterSendCommand(printer, "#CUPS-COMMAND\nA x", "Title", &options), 0);
-        EXPECT_EQ(jobs()[0].name, "Title");
-        EXPECT_EQ(jobs()[0].attribute("job-priority"), "7");
-        EXPECT_EQ(temporaryFiles(), 2);
-    }
-    EXPECT_EQ(temporaryFiles(), 0);
-    for (const char* name : {"", "none", "a b/../c"}) {
-        platform::PMPrinter printer(name);
-        EXPECT_NE(platform::PMPrinterCopyDeviceURI(printer, &uri), platform::kPMNoError) << name;
-        EXPECT_NE(platform::PMPrinterCopyDescriptionURL(printer, platform::kPMPPDDescriptionType, &path),
-            platform::kPMNoError)
-            << name;
-        EXPECT_NE(platform::PMPrinterSendCommand(printer, "#CUPS-COMMAND", "T", nullptr), 0) << name;
-    }
-}
-
 } // namespace
 } // namespace orvan

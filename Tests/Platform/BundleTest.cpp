@@ -91,42 +91,6 @@ TEST_F(BundleTest, saysWhyItHasNoPlugIn) {
     EXPECT_NE(first, second) << "each is a new one";
 }
 
-TEST_F(BundleTest, tiesAViewToItsOwner) {
-    write("Resources/Test.view",
-        "<view outlet='root' x='0' y='0' width='100' height='50.5'><!-- c -->"
-        "<label tag='1' x='1' y='-2' width='3' height='4'>Title</label>"
-        "<view x='0' y='0' width='9' height='9'>"
-        "<popUp tag='101' outlet='menu' action='known' x='5' y='6' width='7' height='8'/>"
-        "<popUp tag='102' action='unknown' x='0' y='0' width='0' height='0'/></view></view>");
-    write("Resources/en.lproj/Localizable.strings", "\"Title\" = \"Heading\";");
-    std::map<std::string, std::shared_ptr<View>> outlets;
-    std::vector<std::int64_t> sent;
-    ViewOwner owner;
-    owner.setOutlet = [&outlets](std::string_view name, auto view) { outlets[std::string(name)] = view; };
-    owner.action = [&sent](std::string_view name) -> PopUpButton::Action {
-        if (name != "known") return {};
-        return [&sent](PopUpButton& sender) { sent.push_back(sender.tag()); };
-    };
-    const auto root = openEmpty()->loadView("Test", owner, &error_);
-    ASSERT_NE(root, nullptr) << error_;
-    EXPECT_EQ(outlets.size(), 2U);
-    EXPECT_EQ(outlets["root"], root);
-    EXPECT_EQ(root->frame(), (Rect{{0, 0}, 100, 50.5}));
-    const auto* label = dynamic_cast<TextField*>(root->viewWithTag(1));
-    ASSERT_NE(label, nullptr);
-    EXPECT_EQ(label->stringValue(), "Heading");
-    EXPECT_EQ(label->frame(), (Rect{{1, -2}, 3, 4}));
-    for (const int tag : {101, 102}) {
-        auto* popUp = dynamic_cast<PopUpButton*>(root->viewWithTag(tag));
-        ASSERT_NE(popUp, nullptr) << tag;
-        popUp->addItem({"a", "", true, nullptr});
-        EXPECT_TRUE(popUp->pick(0));
-    }
-    EXPECT_EQ(sent, (std::vector<std::int64_t>{101}));
-    EXPECT_EQ(outlets["menu"].get(), root->viewWithTag(101));
-    EXPECT_NE(open()->loadView("Test", {}), nullptr) << "an owner without outlets or actions";
-}
-
 TEST_F(BundleTest, tellsTheOwnerNothingOfADamagedView) {
     const std::string good = "<popUp outlet='menu' action='known' x='0' y='0' width='1' height='1'/>";
     const std::string root = "<view outlet='root' x='0' y='0' width='1' height='1'>";

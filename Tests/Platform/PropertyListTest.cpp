@@ -299,20 +299,3 @@ TEST(PropertyList, sharedObjectsDoNotExplode) {
         EXPECT_NE(error.find(part), std::string::npos) << error;
     }
 }
-
-TEST(PropertyList, eachKindIsItselfAlone) {
-    const PropertyList value =
-        Dictionary{{"integer", 5}, {"large", ~std::uint64_t{0}}, {"negative", -5}, {"real", 5.0}};
-    ASSERT_NE(value.find("integer"), nullptr);
-    EXPECT_EQ(value.find("integer")->asInteger(), 5);
-    EXPECT_EQ(value.find("integer")->asUnsignedInteger(), 5U);
-    EXPECT_EQ(value.find("integer")->asReal(), std::nullopt);
-    EXPECT_EQ(value.find("large")->asInteger(), std::nullopt);
-    EXPECT_EQ(value.find("large")->asUnsignedInteger(), ~std::uint64_t{0});
-    EXPECT_EQ(value.find("negative")->asUnsignedInteger(), std::nullopt);
-    EXPECT_EQ(value.find("real")->asInteger(), std::nullopt);
-    EXPECT_EQ(value.find("absent"), nullptr);
-    EXPECT_EQ(value.find("real")->find("real"), nullptr);
-    EXPECT_EQ(PropertyList(5U), PropertyList(5));
-    EXPECT_NE(PropertyList(1), PropertyList(true));
-}

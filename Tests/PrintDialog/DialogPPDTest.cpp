@@ -25,25 +25,6 @@ std::unique_ptr<DialogPPD> openDerived(const DerivedPPD& ppd) {
     return opened;
 }
 
-TEST(DialogPPD, StartsWithTheDefaults) {
-    const auto ppd =
-        openDerived(DerivedPPD().replace("*DefaultOVNMismatch: PrinterDefault", "*DefaultOVNMismatch: Gone"));
-    const struct {
-        const char* option;
-        const char* choice;
-    } cases[] = {{"MediaType", "Plain"}, {"Duplex", "None"}, {"OVNMismatch", ""}, {"Unknown", ""}};
-    for (const auto& [option, choice] : cases) {
-        EXPECT_EQ(ppd->choiceOf(option), choice);
-        EXPECT_EQ(ppd->defaultChoiceOf(option), choice);
-        EXPECT_EQ(ppd->hasChoice(option, choice), *choice != '\0');
-    }
-    EXPECT_FALSE(ppd->hasChoice("MediaType", "plain"));
-    EXPECT_EQ(ppd->pageSizeOf(595.3, 841.9), "A4");
-    EXPECT_EQ(ppd->pageSizeOf(842, 595), "");
-    EXPECT_EQ(ppd->choiceTitle("MediaType", "Unknown"), "Unknown");
-    EXPECT_EQ(ppd->optionTitle("Unknown"), "Unknown");
-}
-
 TEST(DialogPPD, MakesWayForTheNewestChoice) {
     using Changes = std::vector<ChoiceChange>;
     const struct {

@@ -76,39 +76,6 @@ TEST_F(PrintingSystemTest, CarriesAJobAndItsPicksToTheDevice) {
     EXPECT_EQ(contents(system_->spooledDocument(number)), kDocument);
 }
 
-TEST_F(PrintingSystemTest, QueuesHoldPauseRejectAndGo) {
-    addQueue("orvan", "file:///dev/null");
-    ASSERT_EQ(system_->setDefaultQueue("orvan"), std::nullopt);
-    ASSERT_EQ(system_->holdNewJobs("orvan"), std::nullopt);
-    const int held = print("orvan", {});
-    EXPECT_EQ(system_->waitForJob(held, 0s)->state, IPP_JSTATE_HELD);
-    ASSERT_EQ(system_->pauseQueue("orvan"), std::nullopt);
-    ASSERT_EQ(system_->stopHoldingNewJobs("orvan"), std::nullopt);
-    const int waiting = print("orvan", {});
-    const int unwanted = print("orvan", {});
-    EXPECT_EQ(system_->releaseJob(held), std::nullopt);
-    EXPECT_EQ(system_->cancelJob(unwanted), std::nullopt);
-    EXPECT_NE(system_->cancelJob(4711), std::nullopt);
-
-    std::vector<PrintJob> jobs;
-    ASSERT_EQ(system_->jobs("orvan", &jobs), std::nullopt);
-    ASSERT_EQ(jobs.size(), 3U);
-    EXPECT_EQ(jobs[0].state, IPP_JSTATE_PENDING);
-    EXPECT_EQ(jobs[1].state, IPP_JSTATE_PENDING);
-    EXPECT_EQ(jobs[2].state, IPP_JSTATE_CANCELED);
-
-    ASSERT_EQ(system_->resumeQueue("orvan"), std::nullopt);
-    for (const int number : {held, waiting})
-        EXPECT_EQ(system_->waitForJob(number, 30s)->state, IPP_JSTATE_COMPLETED);
-
-    ASSERT_EQ(system_->rejectJobs("orvan"), std::nullopt);
-    EXPECT_NE(system_->print("orvan", document_, {}, nullptr), std::nullopt);
-    ASSERT_EQ(system_->acceptJobs("orvan"), std::nullopt);
-    EXPECT_EQ(system_->print("orvan", document_, {}, nullptr), std::nullopt);
-    ASSERT_EQ(system_->deleteQueue("orvan"), std::nullopt);
-    EXPECT_NE(system_->print("orvan", document_, {}, nullptr), std::nullopt);
-}
-
 TEST_F(PrintingSystemTest, QueuesAndJobsSurviveASchedulerThatFails) {
     addQueue("orvan", "file:///dev/null");
     ASSERT_EQ(system_->pauseQueue("orvan"), std::nullopt);
@@ -159,23 +126,6 @@ TEST_F(PrintingSystemTest, SaysWhyAQueueCannotBeAdded) {
         const std::string failure = system_->addQueue(queue).value_or("");
         EXPECT_NE(failure.find(reason), std::string::npos) << failure;
     }
-}
-
-TEST_F(PrintingSystemTest, ProgramsOfOnesOwnJoinTheMachines) {
-    const std::string backend =
-        "#!/bin/sh\n[ $# -ge 5 ] || exit 0\necho \"$5 $COLOUR $DEVICE_URI\" >\"$TMPDIR/seen\"\n";
-    PrintingSystemOptions options;
-    options.folder.extraBackends = {writeFile("ownbackend", backend)};
-    options.folder.programEnvironment = {{"COLOUR", "teal"}};
-    std::unique_ptr<PrintingSystem> own = start(options);
-    ASSERT_TRUE(own);
-    ASSERT_EQ(own->addQueue({"orvan", ORVAN_DRIVER_PPD, "ownbackend://there"}), std::nullopt);
-    int number = 0;
-    ASSERT_EQ(own->print("orvan", document_, {{"MediaType", "Labels"}}, &number), std::nullopt);
-    EXPECT_EQ(own->waitForJob(number, 30s)->state, IPP_JSTATE_COMPLETED) << own->folder().errorLogTail(20);
-    const std::string seen = contents(own->folder().spool() / "tmp" / "seen");
-    EXPECT_NE(seen.find("MediaType=Labels"), std::string::npos) << seen;
-    EXPECT_NE(seen.find("teal ownbackend://there"), std::string::npos) << seen;
 }
 
 TEST_F(PrintingSystemTest, LeavesNothingBehindWhenItDoesNotComeUp) {
