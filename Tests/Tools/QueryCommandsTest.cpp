@@ -28,7 +28,7 @@ ProgramEnd run(const Words& command, Environment environment = {}) {
 
 ProgramEnd orvan(Words arguments, const Environment& environment = {}) {
     arguments.insert(arguments.begin(), ORVAN_PROGRAM);
-    return run(std::move(arguments), environment);
+    return run(arguments, environment);
 }
 
 // A line of a shell, in which $ORVAN is the program.
