@@ -84,7 +84,11 @@ TEST_F(PaperNames, areThereByBothWaysAndArriveInTheJob) {
         inApplication({std::string("ORVAN_SYSTEM_RELEASE=") + way.release, kAnswers}, [this, &way] {
             OpenDialog dialog(Settings{{"printer", way.queue}});
             ASSERT_TRUE(dialog.waitForTab(kTab));
-            letPass(std::chrono::milliseconds(1200)); // the answer, and the look for it
+            // The answer, which through the queue is there when the job has gone, and the look for it.
+            if (way.queue == "Named") {
+                ASSERT_TRUE(waitUntil([this] { return !jobs().empty() && jobs().front().isSettled(); }));
+            }
+            letPass(std::chrono::milliseconds(1200));
             dialog.openTab(kTab);
             ASSERT_TRUE(offers(dialog, "Letterhead Zürich"));
             EXPECT_FALSE(offers(dialog, "Custom Type 4")) << "the printer has three";
