@@ -44,6 +44,7 @@ extern "C" __attribute__((visibility("default"))) void syslog(int, const char* f
     std::array<char, 1024> line{};
     va_list arguments;
     va_start(arguments, format);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it has just been set
     std::vsnprintf(line.data(), line.size(), format, arguments);
     va_end(arguments);
     log().emplace_back(line.data());
