@@ -4,6 +4,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <system_error>
 
@@ -14,6 +15,7 @@ std::string readAll(std::istream& stream) {
 }
 
 std::optional<std::string> readFile(const std::string& file, std::string* error) {
+    if (file == "-") return readAll(std::cin);
     std::error_code status;
     std::ifstream stream;
     if (std::filesystem::is_directory(file, status))

@@ -7,7 +7,8 @@
 
 namespace orvan {
 
-// The whole of a file. Nothing, and a message for people in *error, when it cannot be read.
+// The whole of a file, or of standard input for "-". Nothing, and a message for people in *error, when it
+// cannot be read.
 std::optional<std::string> readFile(const std::string& file, std::string* error);
 
 // All that a stream still has.

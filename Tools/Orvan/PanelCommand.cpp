@@ -1,12 +1,12 @@
 #include "BiDi/OrvanBiDi.h"
 #include "Common/PDEChoice.h"
+#include "Common/Utilities/OneLine.h"
 #include "OrvanPaperOptions/Source/OptionRows.h"
 #include "PrintDialog/Host/InstalledFiles.h"
 #include "PrintDialog/Host/PanelSession.h"
 #include "PrintDialog/Host/Scheduler.h"
 #include "Tools/Orvan/Command.h"
 #include "Tools/Orvan/Input.h"
-#include "Tools/Orvan/OneLine.h"
 #include "Tools/Orvan/PrinterQuery.h"
 
 #include <nlohmann/json.hpp>

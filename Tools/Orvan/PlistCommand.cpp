@@ -39,7 +39,9 @@ void addPlistCommand(CLI::App& program, CommandBody& run) {
     const auto arguments = std::make_shared<PlistArguments>();
     CLI::App* command =
         program.add_subcommand("plist", "Convert a property list, for example a printer's answer");
-    command->add_option("FILE", arguments->file, "The property list: XML, binary, or text")->required();
+    command
+        ->add_option("FILE", arguments->file, "The property list: XML, binary, or text; - is standard input")
+        ->required();
     auto* const json = command->add_flag("--json", arguments->json, "Write JSON (the default)");
     auto* const xml = command->add_flag("--xml", arguments->xml, "Write the XML form");
     auto* const binary = command->add_flag("--binary", arguments->binary, "Write the binary form");

@@ -1,6 +1,6 @@
 // "orvan status" and "orvan papers": what the printer answers through its queue.
+#include "Common/Utilities/OneLine.h"
 #include "Tools/Orvan/Command.h"
-#include "Tools/Orvan/OneLine.h"
 #include "Tools/Orvan/PrinterQuery.h"
 #include "Tools/Orvan/PropertyListJson.h"
 #include "Tools/Orvan/StatusReport.h"

@@ -1,6 +1,6 @@
 #include "Tools/Orvan/StatusReport.h"
 
-#include "Tools/Orvan/OneLine.h"
+#include "Common/Utilities/OneLine.h"
 #include "Tools/Orvan/PropertyListJson.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Texts of others for a terminal.
+// Texts of others for a terminal or a log.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-#include "Tools/Orvan/OneLine.h"
+#include "Common/Utilities/OneLine.h"
 
 namespace orvan {
 namespace {
