@@ -21,6 +21,10 @@ DerivedPPD::DerivedPPD() {
     std::ifstream stream(ORVAN_DRIVER_PPD, std::ios::binary);
     text_.assign(std::istreambuf_iterator<char>(stream), {});
     found(text_.find("*PPD-Adobe:"), "first line");
+    for (const std::string_view line : {"*cupsFilter2: \"application/vnd.cups-command ", "*cupsCommands: "}) {
+        const std::size_t start = found(text_.find(line), line);
+        text_.erase(start, text_.find('\n', start) + 1 - start);
+    }
 }
 
 DerivedPPD& DerivedPPD::removeOptions(std::initializer_list<std::string_view> keywords) {

@@ -13,7 +13,7 @@
 
 namespace orvan {
 
-// The driver's PPD text until it is changed. A change that finds nothing to change throws, so that a test
+// The driver's PPD text without its command filter and its commands, until it is changed. A change that finds nothing to change throws, so that a test
 // cannot pass because the driver's PPD has become another.
 class DerivedPPD {
 public:

@@ -195,7 +195,7 @@ TEST_F(QueryCommands, SayWhyThereIsNoAnswer) {
     addQueue("Failing", "failing-filter");
     addQueue("Held", "other-filter");
     ASSERT_EQ(system_->holdNewJobs("Held"), std::nullopt);
-    ASSERT_EQ(system_->addQueue({.name = "Mute", .ppdFile = ORVAN_DRIVER_PPD}), std::nullopt);
+    ASSERT_EQ(system_->addQueue({.name = "Mute", .ppdFile = DerivedPPD().file()}), std::nullopt);
     addQueue("Gone", answers_.path() / "no-such-filter");
     const ProgramEnd stopped = ask({"status", "-q", "Failing", "--timeout", "3"});
     expectRefusal(stopped, "was stopped by a filter that failed");

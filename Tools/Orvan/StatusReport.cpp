@@ -1,5 +1,6 @@
 #include "Tools/Orvan/StatusReport.h"
 
+#include "CommandFilter/TicketVocabulary.h"
 #include "Common/Utilities/OneLine.h"
 #include "Tools/Orvan/PropertyListJson.h"
 
@@ -17,7 +18,9 @@ using platform::PropertyList;
 constexpr std::int64_t kFull = 100; // levels are per cent; below 0 they are unknown
 constexpr std::size_t kBarWidth = 20;
 constexpr int kNameWidth = 14;
-constexpr const char* kCustomPapersKey = "customPaperTypes";
+constexpr std::string_view kCustomType = "CustomType"; // and the paper's number: a PPD choice
+
+using Papers = std::vector<CustomPaper>;
 
 std::string textAsItIs(const PropertyList& record, std::string_view key) {
     const PropertyList* const value = record.find(key);
@@ -45,69 +48,92 @@ std::string orElse(const std::string& value, const char* otherwise) {
     return value.empty() ? otherwise : value;
 }
 
-void writeTray(const PropertyList& tray, std::ostream& out) {
-    out << std::left << std::setw(kNameWidth) << orElse(text(tray, "tray-name"), "(no name)")
-        << level(tray, "tray-level");
-    if (const PropertyList* media = tray.find("media-col"))
-        out << "  " << orElse(text(*media, "MediaType"), "paper unknown") << ", "
-            << orElse(text(*media, "PageSize"), "size unknown");
+// A custom paper by the name that the printer was given for it.
+std::string paperName(const std::string& mediaType, const Papers& papers) {
+    if (!mediaType.starts_with(kCustomType)) return mediaType;
+    const auto paper = std::ranges::find(papers, mediaType.substr(kCustomType.size()), &CustomPaper::type);
+    return paper != papers.end() && !paper->name.empty() ? onOneLine(paper->name) : mediaType;
 }
 
-void writeSupply(const PropertyList& supply, std::ostream& out) {
-    const std::string type = text(supply, "colorant-type");
+void writeTray(const PropertyList& tray, const Papers& papers, std::ostream& out) {
+    out << std::left << std::setw(kNameWidth) << orElse(text(tray, OVCPSSTrayName), "(no name)")
+        << level(tray, OVCPSSTrayLevel);
+    if (const PropertyList* media = tray.find(OVCPSSMedia))
+        out << "  " << orElse(paperName(text(*media, kMediaType), papers), "paper unknown") << ", "
+            << orElse(text(*media, kPageSize), "size unknown");
+}
+
+void writeSupply(const PropertyList& supply, const Papers&, std::ostream& out) {
+    const std::string type = text(supply, OVCPSSColorantType);
     out << std::left << std::setw(kNameWidth)
-        << orElse(text(supply, "colorant"), "(no name)") + (type.empty() ? "" : " " + type)
-        << level(supply, "colorant-level");
+        << orElse(text(supply, OVCPSSColorant), "(no name)") + (type.empty() ? "" : " " + type)
+        << level(supply, OVCPSSColorantLevel);
 }
 
-void writePaper(const PropertyList& paper, std::ostream& out) {
-    out << orElse(text(paper, "name"), "(no name)") << "  type " << orElse(text(paper, "type"), "unknown")
-        << ", base class " << orElse(text(paper, "baseClass"), "unknown");
+void writePaper(const PropertyList& paper, const Papers&, std::ostream& out) {
+    out << orElse(text(paper, OVOVGCustomPaperTypeName), "(no name)") << "  type "
+        << orElse(text(paper, OVOVGCustomPaperTypeIndex), "unknown") << ", base class "
+        << orElse(text(paper, OVOVGCustomPaperTypeBase), "unknown");
 }
 
-void writeJob(const PropertyList& job, std::ostream& out) {
-    out << orElse(text(job, "OVJobName"), "(no name)") << "  " << text(job, "OVJobID") << "  "
-        << text(job, "OVSaveContext");
+void writeJob(const PropertyList& job, const Papers&, std::ostream& out) {
+    out << orElse(text(job, kJobName), "(no name)") << "  " << text(job, kJobID) << "  "
+        << text(job, kSaveContext);
 }
 
-void writePermission(const PropertyList& permission, std::ostream& out) {
+void writeColorMode(const PropertyList& mode, const Papers&, std::ostream& out) {
+    const PropertyList::Dictionary* const properties = mode.asDictionary();
+    if (properties == nullptr) return;
+    const char* separator = "";
+    for (const auto& [name, value] : *properties) {
+        out << separator << onOneLine(name) << ": " << text(mode, name);
+        separator = ", ";
+    }
+}
+
+void writePermission(const PropertyList& permission, const Papers&, std::ostream& out) {
     struct Meaning {
-        const char* key;
+        std::string_view key;
         const char* sentence;
     };
     static constexpr std::array<Meaning, 2> kMeanings{
-        {{"showColorAccess", "Color access is shown: "}, {"bBWOnly", "Black and white only: "}}};
+        {{kShowColorAccess, "Color access is shown: "}, {kBlackAndWhiteOnly, "Black and white only: "}}};
     for (const Meaning& meaning : kMeanings)
         if (permission.find(meaning.key) != nullptr)
             out << meaning.sentence << (text(permission, meaning.key) == "YES" ? "yes" : "no");
 }
 
 struct Section {
-    const char* key;
+    std::string_view key;
     const char* heading;
-    void (*write)(const PropertyList& record, std::ostream& out);
+    void (*write)(const PropertyList& record, const Papers& papers, std::ostream& out);
 };
-constexpr std::array<Section, 5> kSections{{
-    {"input-trays-col", "Trays", writeTray},
-    {"colorant-housing-col", "Supplies", writeSupply},
-    {kCustomPapersKey, "Custom papers", writePaper},
-    {"OVSavedJobs", "Stored jobs", writeJob},
-    {"colorPermissions", "Permissions", writePermission},
+constexpr std::array<Section, 6> kSections{{
+    {OVCPSSInputTrays, "Trays", writeTray},
+    {OVCPSSColorantHousing, "Supplies", writeSupply},
+    {OVOVGCustomPaperTypes, "Custom papers", writePaper},
+    {kSavedJobs, "Stored jobs", writeJob},
+    {kColorModes, "Color modes", writeColorMode},
+    {kColorPermissions, "Permissions", writePermission},
 }};
 
-void writeSection(const Section& section, const PropertyList::List& records, std::ostream& out) {
+std::string_view headingFor(std::string_view key) {
+    return key == OVSNMPJobAccountingOID ? "Job accounting" : key;
+}
+
+void writeSection(
+    const Section& section, const PropertyList::List& records, const Papers& papers, std::ostream& out) {
     out << section.heading << '\n';
     if (records.empty()) out << "  (none)\n";
     for (const PropertyList& record : records) {
         out << "  ";
-        section.write(record, out);
+        section.write(record, papers, out);
         out << '\n';
     }
 }
 
 const Section* sectionFor(std::string_view key, const PropertyList& value) {
-    const auto section =
-        std::ranges::find(kSections, key, [](const Section& s) { return std::string_view(s.key); });
+    const auto section = std::ranges::find(kSections, key, &Section::key);
     return section != kSections.end() && value.asList() != nullptr ? &*section : nullptr;
 }
 
@@ -116,22 +142,23 @@ const Section* sectionFor(std::string_view key, const PropertyList& value) {
 std::vector<CustomPaper> customPapers(const std::vector<PropertyList>& responses) {
     std::vector<CustomPaper> papers;
     for (const PropertyList& response : responses) {
-        const PropertyList* const value = response.find(kCustomPapersKey);
+        const PropertyList* const value = response.find(OVOVGCustomPaperTypes);
         const PropertyList::List* const list = value != nullptr ? value->asList() : nullptr;
         if (list == nullptr) continue;
         for (const PropertyList& paper : *list)
-            papers.push_back(
-                {textAsItIs(paper, "name"), textAsItIs(paper, "type"), textAsItIs(paper, "baseClass")});
+            papers.push_back({textAsItIs(paper, OVOVGCustomPaperTypeName),
+                textAsItIs(paper, OVOVGCustomPaperTypeIndex), textAsItIs(paper, OVOVGCustomPaperTypeBase)});
     }
     return papers;
 }
 
 void writeStatus(const std::vector<PropertyList>& responses, std::ostream& out) {
+    const Papers papers = customPapers(responses);
     for (const Section& section : kSections)
         for (const PropertyList& response : responses)
             if (const PropertyList* value = response.find(section.key);
                 value != nullptr && value->asList() != nullptr)
-                writeSection(section, *value->asList(), out);
+                writeSection(section, *value->asList(), papers, out);
     for (const PropertyList& response : responses) {
         const PropertyList::Dictionary* const entries = response.asDictionary();
         if (entries == nullptr) {
@@ -140,7 +167,8 @@ void writeStatus(const std::vector<PropertyList>& responses, std::ostream& out) 
         }
         for (const auto& [key, value] : *entries)
             if (sectionFor(key, value) == nullptr)
-                out << onOneLine(key) << "\n  " << onOneLine(jsonFromPropertyList(value).dump()) << '\n';
+                out << onOneLine(headingFor(key)) << "\n  " << onOneLine(jsonFromPropertyList(value).dump())
+                    << '\n';
     }
 }
 

@@ -1,4 +1,4 @@
-// A command filter for demonstrations and tests, which has its answers in files: it answers each command of
+// A command filter for tests, which has its answers in files: it answers each command of
 // its job with the bytes of the file of that name in the folder ORVAN_ANSWERS, and commands without a file
 // not at all. Run as filter(7) says.
 #include "BiDi/ppdx.h"

@@ -1,0 +1,143 @@
+#include "CommandFilter/Program/CommandFilter.h"
+
+#include "BiDi/ppdx.h"
+#include "CommandFilter/Program/CommandFile.h"
+#include "CommandFilter/Program/FilterMessages.h"
+#include "CommandFilter/Program/PrinterLevels.h"
+#include "CommandFilter/Program/StatusQuery.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <vector>
+
+namespace orvan {
+namespace {
+
+enum class Source {
+    document,   // the status document; answered in chunks
+    accounting, // the SNMP agent; answered in chunks
+    levels,     // the status document; told to the scheduler
+};
+
+// A command, and the keys of the ticket that answer it.
+struct CommandSpec {
+    const char* name;
+    Source source;
+    std::array<std::string_view, 2> keys;
+};
+constexpr std::array<CommandSpec, 7> kCommands{{
+    {"com.orvan.CustomPaperTypes", Source::document, {OVOVGCustomPaperTypes}},
+    {"com.orvan.DeviceStatus", Source::document, {OVCPSSInputTrays, OVCPSSColorantHousing}},
+    {"com.orvan.StoredJobs", Source::document, {kSavedJobs}},
+    {"com.orvan.ColorModes", Source::document, {kColorModes}},
+    {"com.orvan.Permissions", Source::document, {kColorPermissions}},
+    {"com.orvan.JobAccounting", Source::accounting, {OVSNMPJobAccountingOID}},
+    {"ReportLevels", Source::levels, {}},
+}};
+
+// What CUPS's own commands do not tell apart either: capitals.
+const CommandSpec* findCommand(const std::string& name) {
+    const auto found = std::ranges::find_if(
+        kCommands, [&](const CommandSpec& spec) { return strcasecmp(spec.name, name.c_str()) == 0; });
+    return found != kCommands.end() ? &*found : nullptr;
+}
+
+struct ClosePPD {
+    void operator()(ppd_file_t* ppd) const { ppdClose(ppd); }
+};
+
+using Commands = std::vector<const CommandSpec*>;
+
+Commands knownCommands(const CommandFile& file) {
+    Commands commands;
+    for (const std::string& name : file.commands) {
+        const CommandSpec* const command = findCommand(name);
+        if (command == nullptr)
+            tellWarning("The command " + name + " is not known to this printer and was skipped.");
+        else if (std::ranges::find(commands, command) == commands.end())
+            commands.push_back(command);
+    }
+    return commands;
+}
+
+void answerInChunks(const CommandSpec& command, const Ticket& ticket) {
+    Ticket part;
+    for (const std::string_view key : command.keys)
+        if (const auto found = ticket.find(key); found != ticket.end()) part.insert(*found);
+    const std::string list = platform::PropertyList(std::move(part)).writeXML();
+    ppdxWriteData(command.name, list.data(), list.size());
+}
+
+void reportLevels(const Ticket& ticket) {
+    const PrinterLevels levels = levelsIn(ticket);
+    if (!levels.attributes.empty()) tellAttributes(levels.attributes);
+    tellState('+', levels.reasonsThatHold);
+    tellState('-', levels.reasonsThatAreOver);
+}
+
+bool wantsDocument(const CommandSpec* command) {
+    return command->source != Source::accounting;
+}
+
+// True when there is nothing to complain of.
+bool answerFromDocument(
+    const Commands& commands, const PrinterAddress& address, const CommandFile& file, bool* isOffline) {
+    if (std::ranges::none_of(commands, wantsDocument)) return true;
+    const StatusAnswer answer = askForDocument(address, {file.user, file.password});
+    *isOffline = answer.isOffline;
+    tellState(answer.isOffline ? '+' : '-', "offline-report");
+    if (!answer.ticket) {
+        tellError(answer.problem);
+        return false;
+    }
+    for (const CommandSpec* command : commands) {
+        if (command->source == Source::document) answerInChunks(*command, *answer.ticket);
+        if (command->source == Source::levels) reportLevels(*answer.ticket);
+    }
+    return true;
+}
+
+bool answerFromAgent(const Commands& commands, const PrinterAddress& address, const std::string& serverRoot,
+    bool alreadyComplained) {
+    const auto command = std::ranges::find_if_not(commands, wantsDocument);
+    if (command == commands.end()) return true;
+    const StatusAnswer answer = askForAccounting(address, serverRoot);
+    if (answer.ticket) {
+        answerInChunks(**command, *answer.ticket);
+        return true;
+    }
+    // One printer, one complaint.
+    if (alreadyComplained)
+        tellDebug(answer.problem);
+    else
+        tellError(answer.problem);
+    return false;
+}
+
+} // namespace
+
+void runCommandFilter(const FilterCall& call) {
+    const std::optional<CommandFile> file = readCommandFile(call.job);
+    if (!file) return tellError("The job is no CUPS command file; nothing was asked.");
+    const Commands commands = knownCommands(*file);
+    if (commands.empty()) return;
+
+    const std::unique_ptr<ppd_file_t, ClosePPD> ppd(
+        call.ppdFile.empty() ? nullptr : ppdOpenFile(call.ppdFile.c_str()));
+    std::string problem;
+    const auto address = findPrinterAddress(call.deviceURI, ppd.get(), &problem);
+    if (!address) return tellError(problem);
+
+    tellInfo("Asking the printer at " + address->shownURL + " for its status.");
+    bool isOffline = false;
+    const bool documentDone = answerFromDocument(commands, *address, *file, &isOffline);
+    // Who does not answer the one question does not answer the other.
+    if (isOffline) return;
+    const bool agentDone = answerFromAgent(commands, *address, call.serverRoot, !documentDone);
+    if (documentDone && agentDone) tellInfo("The printer's status was read.");
+}
+
+} // namespace orvan

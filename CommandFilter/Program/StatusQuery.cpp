@@ -1,0 +1,85 @@
+#include "CommandFilter/Program/StatusQuery.h"
+
+#include "CommandFilter/OVSNMPParser.h"
+#include "CommandFilter/Program/Communities.h"
+#include "CommandFilter/Program/FilterMessages.h"
+#include "Common/Utilities/URLFetch.h"
+
+namespace orvan {
+namespace {
+
+constexpr std::chrono::seconds kMaximumTime{20};
+constexpr long kUnauthorized = 401; // RFC 9110, section 15.5.2
+constexpr long kForbidden = 403;
+constexpr long kFirstError = 400;
+
+std::string refusal(const std::string& where, long status, bool hadPassword) {
+    if (status == kUnauthorized || status == kForbidden)
+        return hadPassword ? where + " refuses the user name and password of this job. Correct the stored "
+                                     "password."
+                           : where + " wants a user name and a password. Store the printer's password, or "
+                                     "permit everybody to read its status.";
+    return where + " answers with the error HTTP " + std::to_string(status) +
+           ". Check the path: OVNStatusDocument in the queue's PPD.";
+}
+
+std::string whyNoTicket(
+    const std::string& where, const FetchResult& result, const std::string& parseError, bool hadPassword) {
+    if (result.status >= kFirstError) return refusal(where, result.status, hadPassword);
+    if (!result.problem.empty()) return where + " did not give its whole status: " + result.problem;
+    const std::string reason =
+        parseError.empty() ? "it has none of the sections of a status document" : parseError;
+    return where + " answers something that is no status document (" + reason +
+           "). Check the address: the queue's device, or OVNStatusDocument in its PPD.";
+}
+
+} // namespace
+
+StatusAnswer askForDocument(const PrinterAddress& address, const Credentials& credentials) {
+    FetchRequest request;
+    request.url = address.documentURL;
+    request.user = credentials.user;
+    request.password = credentials.password;
+    request.maximumSize = platform::XMLDocument::kMaximumSize + 1;
+    request.maximumTime = kMaximumTime;
+    const FetchResult result = fetchDocument(request);
+    tellDebug(address.shownURL + " answered HTTP " + std::to_string(result.status) + " with " +
+              std::to_string(result.bytes.size()) + " bytes");
+
+    StatusAnswer answer;
+    const std::string where = "The printer at " + address.shownURL;
+    if (result.bytes.empty() && result.status == 0) {
+        answer.isOffline = true;
+        answer.problem = where + " does not answer: " + result.problem;
+        return answer;
+    }
+    std::string parseError;
+    if (const auto parser = OVOVGParser::initWithData(result.bytes, &parseError)) {
+        Ticket ticket;
+        parser->writeToTicket(ticket);
+        if (!ticket.empty()) answer.ticket = std::move(ticket);
+    }
+    if (!answer.ticket)
+        answer.problem = whyNoTicket(where, result, parseError, credentials.password.has_value());
+    return answer;
+}
+
+StatusAnswer askForAccounting(const PrinterAddress& address, const std::filesystem::path& serverRoot) {
+    platform::SNMPRequest request;
+    request.host = address.snmpHost;
+    request.port = address.snmpPort;
+    request.objects = {std::string(OVSNMPJobAccountingOID)};
+    StatusAnswer answer;
+    for (std::string& community : snmpCommunities(serverRoot)) {
+        request.community = std::move(community);
+        const auto response = platform::getSNMPObjects(request, &answer.problem);
+        if (!response) continue;
+        answer.problem.clear();
+        OVSNMPParser::initWithSNMPResponse(&*response).writeToTicket(answer.ticket.emplace());
+        return answer;
+    }
+    answer.problem = "The printer's job accounting is not known: " + answer.problem;
+    return answer;
+}
+
+} // namespace orvan
