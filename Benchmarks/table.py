@@ -122,6 +122,10 @@ def rows(build):
     yield from chunks(times, build)
     yield times.paired("XML property list of 1 MiB read", "readLists/xml", "libplist", 1.0)
     yield times.paired("Binary property list of 1 MiB read", "readLists/binary", "libplist", 1.0)
+    yield times.paired("Status document of 1 MiB to a ticket", "readStatus/expat", "expat without handlers", 2.0)
+    yield times.paired("  beside a tree alone", "readStatus/libxml", "libxml2's tree", 0.8)
+    yield times.paired("Keywords looked up", "lookUp/forward", "std::unordered_map", 1.0)
+    yield times.paired("  and back", "lookUp/back", "std::unordered_map", 1.0)
     module = next((build / "lib").glob("**/liborvan-paper-options-module.so"))
     with_module, without = startup.instructions(build / "Benchmarks/quiet-application", module)
     yield Row("Instructions of an application that never prints", "instructions", with_module,

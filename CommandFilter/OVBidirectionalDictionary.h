@@ -31,8 +31,14 @@ public:
 
     std::size_t count() const { return _dictionary.size(); }
     // Null when there is none.
-    const std::string* objectForKey(Text key) const;
-    const std::string* keyForObject(Text object) const;
+    const std::string* objectForKey(Text key) const {
+        const Pair* const pair = key ? find(_dictionary, *key) : nullptr;
+        return pair != nullptr ? &pair->object : nullptr;
+    }
+    const std::string* keyForObject(Text object) const {
+        const Pair* const pair = object ? find(_inverse, *object) : nullptr;
+        return pair != nullptr ? &pair->key : nullptr;
+    }
 
     Enumerator keyEnumerator() const;
     Enumerator objectEnumerator() const;
@@ -47,10 +53,15 @@ private:
         std::string key;
         std::string object;
     };
+    // Keywords are short, so that the standard library's hash costs more than the rest of a look-up. Not
+    // noexcept: then the map keeps each hash beside its key.
+    struct Hash {
+        std::size_t operator()(std::string_view text) const;
+    };
     // By views of the pair's own texts.
-    using Index = std::unordered_map<std::string_view, std::shared_ptr<const Pair>>;
+    using Index = std::unordered_map<std::string_view, std::shared_ptr<const Pair>, Hash>;
 
-    static const Pair* find(const Index& index, Text text);
+    static const Pair* find(const Index& index, std::string_view text);
     void remove(const Pair* pair);
 
     Index _dictionary;

@@ -13,6 +13,9 @@ namespace {
 using platform::PropertyList;
 using List = PropertyList::List;
 
+// System loggers cut longer messages.
+constexpr std::size_t kLoggedText = 8000;
+
 void store(Ticket& ticket, std::string_view key, PropertyList value) {
     ticket.insert_or_assign(std::string(key), std::move(value));
 }
@@ -97,9 +100,9 @@ void OVOVGParser::fillDictionaryWithCustomTypes(Ticket& ticket, const Element& p
 
 void OVOVGParser::fillDictionaryWithSavedJobs(Ticket& ticket, const Element& printer) const {
     List jobs;
-    platform::systemLog("saved job " + printer.xmlText());
+    platform::systemLog("saved job " + printer.xmlText(kLoggedText));
     for (const Element* child = printer.firstChild(); child != nullptr; child = child->nextSibling()) {
-        platform::systemLog("child job " + child->xmlText());
+        platform::systemLog("child job " + child->xmlText(kLoggedText));
         const bool arePersonal = child->name() == "personalJobs";
         if (!arePersonal && child->name() != "sharedJobs") continue;
         forEachElement(*child, [&](const Element& element) {

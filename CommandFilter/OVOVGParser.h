@@ -41,7 +41,7 @@ public:
     // The sections, of a "printer" element each, or of the section's own element in the last two.
     void fillDictionaryWithStatus(Ticket& ticket, const Element& printer) const;
     void fillDictionaryWithCustomTypes(Ticket& ticket, const Element& printer) const;
-    // Writes the element, and each of its children, to the system log.
+    // Writes the element, and each of its children, to the system log (of a long one the beginning).
     void fillDictionaryWithSavedJobs(Ticket& ticket, const Element& printer) const;
     void fillDictionaryWithVCDs(Ticket& ticket, const Element& multirsp) const;
     void fillDictionaryWithColorPermissions(Ticket& ticket, const Element& permissions) const;

@@ -1,5 +1,7 @@
 #include "Platform/XMLDocument.h"
 
+#include "Platform/TextEncoding.h"
+
 #include <utility>
 
 namespace platform {
@@ -95,10 +97,11 @@ void appendStart(std::string& out, const XMLNode& node) {
 
 } // namespace
 
-std::string XMLNode::xmlText() const {
+std::string XMLNode::xmlText(std::size_t maximum) const {
     std::string out;
     const XMLNode* node = this;
     while (true) {
+        if (out.size() > maximum) return std::string(prefixOfUTF8(out, maximum));
         appendStart(out, *node);
         if (node->childCount() != 0) {
             node = node->firstChild();
@@ -109,7 +112,7 @@ std::string XMLNode::xmlText() const {
             node = node->parent();
             out.append("</").append(node->name()).append(">");
         }
-        if (node == this) return out;
+        if (node == this) return std::string(prefixOfUTF8(out, maximum));
         node = node->nextSibling();
     }
 }

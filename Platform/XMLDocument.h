@@ -58,8 +58,8 @@ public:
     // the nearest ancestor that has one. Null at the document's end.
     const XMLNode* nextNode() const;
 
-    // The node as XML, as it might have stood in the document.
-    std::string xmlText() const;
+    // The node as XML, as it might have stood in the document: so much of it as fits `maximum` bytes.
+    std::string xmlText(std::size_t maximum = std::string::npos) const;
 
 private:
     friend class XMLDocument;

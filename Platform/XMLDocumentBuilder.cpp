@@ -1,6 +1,7 @@
 #include "Platform/ExpatParser.h"
 #include "Platform/XMLDocument.h"
 
+#include <algorithm>
 #include <climits>
 
 namespace platform {
@@ -61,6 +62,8 @@ private:
         XML_StopParser(parser_, XML_FALSE);
     }
 
+    // As XML 1.0 section 2.3 has it.
+    static bool isWhiteSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
     static std::uint32_t small(std::size_t value) { return static_cast<std::uint32_t>(value); }
 
     XMLNode& addNode(XMLNode::Kind kind) {
@@ -115,7 +118,7 @@ private:
             textIsBlank_ = true;
             textStart_ = document_.text_.size();
         }
-        textIsBlank_ = textIsBlank_ && text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+        textIsBlank_ = textIsBlank_ && std::ranges::all_of(text, isWhiteSpace);
         document_.text_ += text;
     }
 
