@@ -4,6 +4,7 @@
 
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -59,6 +60,8 @@ int main(int count, char** arguments) {
         return kUsageError;
     }
     refuseCoreFiles();
+    // Standard output goes to the printer: what a library says there is for the scheduler's log instead.
+    dup2(STDERR_FILENO, STDOUT_FILENO);
     try {
         const char* const file = count == 7 ? arguments[6] : nullptr;
         std::optional<std::string> job = readJob(file);

@@ -1,0 +1,258 @@
+// The command filter as the scheduler and the query channel run it, in front of a simulated printer.
+#include "BiDi/ppdx.h"
+#include "CommandFilter/TicketVocabulary.h"
+#include "Platform/PropertyList.h"
+#include "Tests/Support/DerivedPPD.h"
+#include "Tests/Support/Processes.h"
+#include "Tests/Support/SimulatedPrinter.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace orvan {
+namespace {
+
+constexpr const char* kNowhere = "socket://127.0.0.1:9100";
+constexpr const char* kAllCommands =
+    "com.orvan.CustomPaperTypes\ncom.orvan.DeviceStatus\ncom.orvan.StoredJobs\n"
+    "com.orvan.ColorModes\ncom.orvan.Permissions\ncom.orvan.JobAccounting";
+
+// What a filter told the scheduler.
+struct Report {
+    explicit Report(const ProgramEnd& end) : exitCode(end.exitCode), output(end.output), errors(end.errors) {
+        std::istringstream stream(errors);
+        for (std::string line; std::getline(stream, line);) {
+            const std::size_t colon = line.find(": ");
+            lines[line.substr(0, colon)].push_back(colon != std::string::npos ? line.substr(colon + 2) : "");
+            EXPECT_LE(line.size(), 2047U);
+        }
+    }
+
+    std::size_t count(const std::string& kind) const {
+        const auto found = lines.find(kind);
+        return found != lines.end() ? found->second.size() : 0;
+    }
+    // The only line of its kind.
+    std::string only(const std::string& kind) const {
+        return count(kind) == 1 ? lines.at(kind).front() : "(" + std::to_string(count(kind)) + " lines)";
+    }
+    // The answer to a command; nothing when there was none.
+    std::optional<platform::PropertyList> answer(const std::string& command) const {
+        std::map<std::string, std::string> entries;
+        std::istringstream words(errors);
+        for (std::string word; words >> word;)
+            if (const std::size_t equals = word.find('='); equals != std::string::npos)
+                entries[word.substr(0, equals)] = word.substr(equals + 1);
+        std::size_t size = 0;
+        const PpdxData block = ppdxReadData(
+            &entries, command.c_str(),
+            [](void* source, const char* keyword) -> const char* {
+                const auto& all = *static_cast<const decltype(entries)*>(source);
+                const auto found = all.find(keyword);
+                return found != all.end() ? found->second.c_str() : nullptr;
+            },
+            &size);
+        return block != nullptr ? platform::PropertyList::read({block.get(), size}) : std::nullopt;
+    }
+
+    int exitCode;
+    std::string output;
+    std::string errors;
+    std::map<std::string, std::vector<std::string>> lines;
+};
+
+std::string contents(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+struct Run {
+    std::string device = kNowhere;
+    std::string attributes; // more lines for the PPD
+    std::string commands = kAllCommands;
+};
+
+// By the scheduler's way: the job's file is the sixth argument.
+Report runFilter(const Run& run) {
+    DerivedPPD ppd;
+    ppd.replace("*OVNStatusDocument: \"/status.xml\"\n", run.attributes);
+    const TempFolder folder;
+    const std::string job = folder.write("job", "#CUPS-COMMAND\n" + run.commands);
+    return Report(runProgram({ORVAN_COMMAND_FILTER, "7", "ann", "Printer Status", "1", "", job},
+        {{"DEVICE_URI", run.device}, {"PPD", ppd.file()}, {"CUPS_SERVERROOT", folder.path()}}));
+}
+
+std::string addressOf(const SimulatedPrinter& printer) {
+    return "*OVNStatusDocument: \"" + printer.url() + "\"\n*OVNSNMPAgent: \"" + printer.snmpAgent() + "\"\n";
+}
+
+std::size_t occurrences(const std::string& text, const std::string& piece) {
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = text.find(piece, at)) != std::string::npos; at += piece.size())
+        ++count;
+    return count;
+}
+
+TEST(CommandFilter, AnswersEachCommandAndAsksThePrinterOnce) {
+    const SimulatedPrinter printer({"--log", "--job-accounting", "42"});
+    const Report report = runFilter({.attributes = addressOf(printer)});
+    EXPECT_EQ(report.exitCode, 0);
+    EXPECT_EQ(report.output, "");
+    EXPECT_EQ(report.count("ERROR") + report.count("WARNING"), 0U) << report.errors;
+    EXPECT_EQ(occurrences(printer.log(), "GET"), 1U) << printer.log();
+
+    const std::string file = ORVAN_STATUS_DOCUMENT;
+    const ProgramEnd ticket = runProgram(
+        {ORVAN_PROGRAM, "ticket", "--plist", "--snmp", std::string(OVSNMPJobAccountingOID) + "=42", file});
+    auto expected = platform::PropertyList::read(ticket.output);
+    ASSERT_TRUE(expected) << ticket.errors;
+    EXPECT_EQ(expected->find(OVOVGCustomPaperTypes)->asList()->size(), 5U);
+    // Together the answers are the whole ticket, each key in the answer that has to have it.
+    const std::pair<const char*, std::vector<std::string_view>> answers[] = {
+        {"com.orvan.CustomPaperTypes", {OVOVGCustomPaperTypes}},
+        {"com.orvan.DeviceStatus", {OVCPSSInputTrays, OVCPSSColorantHousing}},
+        {"com.orvan.StoredJobs", {kSavedJobs}}, {"com.orvan.ColorModes", {kColorModes}},
+        {"com.orvan.Permissions", {kColorPermissions}},
+        {"com.orvan.JobAccounting", {OVSNMPJobAccountingOID}}};
+    for (const auto& [command, keys] : answers) {
+        const auto answer = report.answer(command);
+        ASSERT_TRUE(answer) << command << '\n' << report.errors;
+        EXPECT_EQ(answer->asDictionary()->size(), keys.size());
+        for (const std::string_view key : keys) {
+            ASSERT_NE(answer->find(key), nullptr) << key;
+            EXPECT_EQ(*answer->find(key), *expected->find(key)) << key;
+            expected->asDictionary()->erase(std::string(key));
+        }
+    }
+    EXPECT_TRUE(expected->asDictionary()->empty());
+}
+
+TEST(CommandFilter, ReadsTheJobFromStandardInputWithoutAQueue) {
+    const SimulatedPrinter printer;
+    DerivedPPD ppd;
+    ppd.replace("*OVNStatusDocument: \"/status.xml\"\n", addressOf(printer));
+    const std::string line = "printf '#CUPS-COMMAND\\nCOM.ORVAN.custompapertypes username=Ann Lee' | '" +
+                             std::string(ORVAN_COMMAND_FILTER) + "' '' '' '' '' x";
+    const Report report(runProgram({"/bin/sh", "-c", line}, {{"DEVICE_URI", ""}, {"PPD", ppd.file()}}));
+    EXPECT_EQ(report.exitCode, 0);
+    EXPECT_TRUE(report.answer("com.orvan.CustomPaperTypes")) << report.errors;
+}
+
+TEST(CommandFilter, SendsTheJobsCredentialsAndTellsNobody) {
+    const std::string secret = "s3 cret password=x";
+    const SimulatedPrinter printer(
+        {"--log", "--user", "Ann Lee"}, std::nullopt, {{"ORVAN_PASSWORD", secret}});
+    const std::string command = "com.orvan.Permissions username=Ann Lee";
+    const Report right = runFilter({.attributes = addressOf(printer),
+        .commands = "com.orvan.X username=Bob\n" + command + " password=" + secret});
+    EXPECT_TRUE(right.answer("com.orvan.Permissions")) << right.errors;
+    EXPECT_EQ(right.errors.find("cret"), std::string::npos);
+    EXPECT_EQ(right.only("WARNING"), "The command com.orvan.X is not known to this printer and was skipped.");
+    EXPECT_NE(printer.log().find("200 credentials"), std::string::npos) << printer.log();
+
+    const std::pair<std::string, const char*> refused[] = {
+        {"", "wants a user name and a password"}, {" password=wrong", "refuses the user name and password"}};
+    for (const auto& [rest, words] : refused) {
+        const Report report = runFilter({.attributes = addressOf(printer), .commands = command + rest});
+        EXPECT_EQ(report.exitCode, 0);
+        EXPECT_EQ(report.count("PPD"), 0U);
+        EXPECT_NE(report.only("ERROR").find(words), std::string::npos) << report.errors;
+    }
+    EXPECT_EQ(occurrences(printer.log(), "no credentials"), 1U) << printer.log();
+}
+
+TEST(CommandFilter, LeavesOldAnswersWhenThePrinterGivesNone) {
+    struct Case {
+        std::vector<std::string> printer; // its arguments
+        const char* error;
+        const char* state;
+    };
+    const Case cases[] = {
+        {{"--misbehave", "wrong"}, "it has none of the sections of a status document", "-offline-report"},
+        {{"--misbehave", "malformed"}, "line ", "-offline-report"},
+        {{"--misbehave", "cut"}, "did not give its whole status", "-offline-report"},
+        {{"--misbehave", "stall"}, "did not give its whole status", "-offline-report"},
+        {{"--misbehave", "silent"}, "does not answer", "+offline-report"},
+    };
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.printer.back());
+        const SimulatedPrinter printer(one.printer);
+        const Report report =
+            runFilter({.attributes = addressOf(printer), .commands = "com.orvan.DeviceStatus\nReportLevels"});
+        EXPECT_EQ(report.exitCode, 0);
+        EXPECT_EQ(report.count("PPD") + report.count("ATTR"), 0U) << report.errors;
+        EXPECT_EQ(report.only("STATE"), one.state);
+        EXPECT_NE(report.only("ERROR").find(one.error), std::string::npos) << report.errors;
+    }
+}
+
+TEST(CommandFilter, SaysWhereItCannotAsk) {
+    SimulatedPrinter gone({"--no-snmp"});
+    const std::string unused = gone.url();
+    gone.end();
+    const std::string host = unused.substr(0, unused.rfind('/'));
+    struct Case {
+        Run run;
+        const char* error;
+    };
+    const Case cases[] = {
+        {{.attributes = "*OVNStatusDocument: \"" + unused + "\"\n"}, "does not answer"},
+        {{.device = "file:///dev/null"}, "the queue's device has no network address"},
+        {{.device = "nonsense"}, "the queue's device has no network address"},
+        {{.attributes = "*OVNStatusDocument: \"ftp://127.0.0.1/\"\n"}, "names no web address"},
+        {{.attributes =
+                 "*OVNStatusDocument: \"http://ann:secret@" + host.substr(host.find("//") + 2) + "/x\"\n"},
+            "/x does not answer"},
+        {{.attributes = "*OVNSNMPAgent: \"" + host.substr(host.find("//") + 2) + "\"\n",
+             .commands = "com.orvan.JobAccounting"},
+            "does not answer; check that SNMP is on"},
+    };
+    for (const Case& one : cases) {
+        const Report report = runFilter(one.run);
+        EXPECT_EQ(report.exitCode, 0);
+        EXPECT_EQ(report.count("PPD"), 0U);
+        EXPECT_NE(report.only("ERROR").find(one.error), std::string::npos) << report.errors;
+        EXPECT_EQ(report.errors.find("secret"), std::string::npos) << report.errors;
+    }
+    EXPECT_NE(Report(runProgram({ORVAN_COMMAND_FILTER, "--help"})).exitCode, 0);
+    const Report nothing(runProgram({ORVAN_COMMAND_FILTER, "1", "a", "b", "1", "", "/no/such/job"}));
+    EXPECT_EQ(nothing.exitCode, 0);
+    EXPECT_EQ(nothing.only("ERROR"), "The job's file cannot be read: No such file or directory");
+}
+
+TEST(CommandFilter, ReportsLevelsToEveryClientOfTheScheduler) {
+    const auto document = [](const char* tray, const char* cyan, const char* black) {
+        return "<s><deviceStatus><printer><inputTrays><t><status>OK</status></t><t><status>" +
+               std::string(tray) + "</status></t></inputTrays><supplies><s><name>Cyan Toner</name><status>" +
+               cyan + "</status></s><s><name>Black Solid Ink</name><status>" + black +
+               "</status></s></supplies></printer></deviceStatus></s>";
+    };
+    const SimulatedPrinter printer({}, document("NearEmpty", "0", "10"));
+    const Run run{.attributes = addressOf(printer), .commands = "ReportLevels"};
+    const Report poor = runFilter(run);
+    EXPECT_EQ(poor.only("ATTR"),
+        "marker-names='\"Cyan toner\",\"Black solid ink\"' marker-types=toner,solid-wax "
+        "marker-colors=#00FFFF,#000000 marker-levels=0,10");
+    const std::vector<std::string> poorStates{"-offline-report",
+        "+media-low-report,toner-empty-warning,marker-supply-low-report",
+        "-media-empty-warning,toner-low-report,marker-supply-empty-warning"};
+    EXPECT_EQ(poor.lines.at("STATE"), poorStates);
+    EXPECT_EQ(poor.count("PPD"), 0U);
+
+    printer.replaceDocument(document("Mystery", "OK", "-1"));
+    const Report well = runFilter(run);
+    EXPECT_NE(well.only("ATTR").find("marker-levels=100,-2"), std::string::npos);
+    const std::vector<std::string> wellStates{"-offline-report",
+        "-media-low-report,media-empty-warning,toner-low-report,toner-empty-warning,"
+        "marker-supply-low-report,marker-supply-empty-warning"};
+    EXPECT_EQ(well.lines.at("STATE"), wellStates);
+}
+
+} // namespace
+} // namespace orvan
