@@ -1,4 +1,4 @@
-#include "Tools/PrintingSystem/CommandSession.h"
+#include "Tools/Session/CommandSession.h"
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -43,9 +43,7 @@ CommandSession::CommandSession() {
     sigprocmask(SIG_BLOCK, &awaited_, &previous_);
 }
 
-Failure CommandSession::run(
-    const std::vector<std::string>& command, const PrintingSystem& system, int* exitCode) const {
-    system.adoptEnvironment();
+Failure CommandSession::run(const std::vector<std::string>& command, int* exitCode) const {
     pid_t pid = 0;
     if (Failure failure = spawn(command, previous_, &pid)) return failure;
     int status = 0;
@@ -60,12 +58,12 @@ Failure CommandSession::run(
     return std::nullopt;
 }
 
-Failure CommandSession::waitForSignal(PrintingSystem& system) const {
-    while (system.scheduler().isRunning()) {
+bool CommandSession::waitForSignal(const std::function<bool()>& isServing) const {
+    while (isServing()) {
         siginfo_t signal{};
-        if (sigwaitinfo(&awaited_, &signal) > 0 && signal.si_signo != SIGCHLD) return std::nullopt;
+        if (sigwaitinfo(&awaited_, &signal) > 0 && signal.si_signo != SIGCHLD) return true;
     }
-    return "The private scheduler ended by itself. Its last messages:\n" + system.folder().errorLogTail(8);
+    return false;
 }
 
 } // namespace orvan
