@@ -12,7 +12,8 @@ namespace {
 
 constexpr int kSignalExitBase = 128;
 
-Failure spawn(const std::vector<std::string>& command, const sigset_t& signals, pid_t* pid) {
+Failure spawn(
+    const std::vector<std::string>& command, const sigset_t& signals, const sigset_t& defaults, pid_t* pid) {
     std::vector<std::string> words = command;
     std::vector<char*> arguments;
     arguments.reserve(words.size() + 1);
@@ -22,7 +23,8 @@ Failure spawn(const std::vector<std::string>& command, const sigset_t& signals, 
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setsigmask(&attributes, &signals);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+    posix_spawnattr_setsigdefault(&attributes, &defaults);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     const int error = posix_spawnp(pid, arguments.front(), nullptr, &attributes, arguments.data(), environ);
     posix_spawnattr_destroy(&attributes);
     if (error == 0) return std::nullopt;
@@ -41,11 +43,15 @@ CommandSession::CommandSession() {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGCHLD})
         sigaddset(&awaited_, signal);
     sigprocmask(SIG_BLOCK, &awaited_, &previous_);
+    sigemptyset(&defaults_);
+    struct sigaction action {};
+    if (sigaction(SIGPIPE, nullptr, &action) == 0 && action.sa_handler == SIG_DFL)
+        sigaddset(&defaults_, SIGPIPE);
 }
 
 Failure CommandSession::run(const std::vector<std::string>& command, int* exitCode) const {
     pid_t pid = 0;
-    if (Failure failure = spawn(command, previous_, &pid)) return failure;
+    if (Failure failure = spawn(command, previous_, defaults_, &pid)) return failure;
     int status = 0;
     bool asked = false;
     while (waitpid(pid, &status, WNOHANG) != pid) {

@@ -30,6 +30,8 @@ public:
 private:
     sigset_t previous_{};
     sigset_t awaited_{};
+    // Those that libraries for servers make this process ignore.
+    sigset_t defaults_{};
 };
 
 } // namespace orvan
