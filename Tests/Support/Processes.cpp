@@ -19,11 +19,6 @@ std::string contents(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-void change(const Environment& environment) {
-    for (const auto& [name, value] : environment)
-        value ? setenv(name.c_str(), value->c_str(), 1) : unsetenv(name.c_str());
-}
-
 // Runs `body` in a child with its output and errors in files.
 ProgramEnd runChild(const Environment& environment, const std::function<void()>& body) {
     constexpr unsigned kPatience = 60;
@@ -34,7 +29,7 @@ ProgramEnd runChild(const Environment& environment, const std::function<void()>&
     const pid_t child = fork();
     if (child == 0) {
         alarm(kPatience);
-        change(environment);
+        changeEnvironment(environment);
         dup2(open(output.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600), STDOUT_FILENO);
         dup2(open(errors.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600), STDERR_FILENO);
         body();
@@ -48,13 +43,23 @@ ProgramEnd runChild(const Environment& environment, const std::function<void()>&
 
 } // namespace
 
-ProgramEnd runProgram(const std::vector<std::string>& command, const Environment& environment) {
+void changeEnvironment(const Environment& environment) {
+    for (const auto& [name, value] : environment)
+        value ? setenv(name.c_str(), value->c_str(), 1) : unsetenv(name.c_str());
+}
+
+void runInstead(const std::vector<std::string>& command) {
     std::vector<char*> words;
     words.reserve(command.size() + 1);
     for (const std::string& word : command)
         words.push_back(const_cast<char*>(word.c_str()));
     words.push_back(nullptr);
-    return runChild(environment, [&words] { execv(words[0], words.data()); });
+    execv(words[0], words.data());
+    _exit(127);
+}
+
+ProgramEnd runProgram(const std::vector<std::string>& command, const Environment& environment) {
+    return runChild(environment, [&command] { runInstead(command); });
 }
 
 std::string inChild(const Environment& environment, const std::function<std::string()>& body) {

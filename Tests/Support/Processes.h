@@ -12,6 +12,12 @@ namespace orvan {
 // Variables that differ from the test's own; no value means unset.
 using Environment = std::map<std::string, std::optional<std::string>>;
 
+// Puts the variables into this process.
+void changeEnvironment(const Environment& environment);
+
+// Runs the program (a path and its arguments) in this process; ends it when that cannot be.
+[[noreturn]] void runInstead(const std::vector<std::string>& command);
+
 struct ProgramEnd {
     int exitCode = -1; // 128 + the signal's number when one ended it
     std::string output;

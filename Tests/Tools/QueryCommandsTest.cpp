@@ -94,7 +94,7 @@ protected:
     }
 
     ProgramEnd ask(Words arguments) const {
-        const PrintingSystem::Environment client = system_->environment();
+        const ClientEnvironment client = system_->environment();
         Environment environment(client.begin(), client.end());
         environment["ORVAN_ANSWERS"] = answers_.path().string();
         return orvan(std::move(arguments), environment);

@@ -97,8 +97,8 @@ Failure PrintingSystem::waitUntilAnswering() {
     return text + " Its last messages:\n" + log;
 }
 
-PrintingSystem::Environment PrintingSystem::environment() const {
-    Environment variables = {{"CUPS_SERVER", folder_->socket().string()},
+ClientEnvironment PrintingSystem::environment() const {
+    ClientEnvironment variables = {{"CUPS_SERVER", folder_->socket().string()},
         {"CUPS_SERVERROOT", folder_->configurationFolder().string()},
         {"CUPS_STATEDIR", folder_->stateFolder().string()}, {"HOME", folder_->home().string()},
         {"CUPS_USER", std::nullopt}, {"CUPS_ENCRYPTION", std::nullopt}, {"LPDEST", std::nullopt},
@@ -113,12 +113,7 @@ PrintingSystem::Environment PrintingSystem::environment() const {
 }
 
 void PrintingSystem::adoptEnvironment() const {
-    for (const auto& [name, value] : environment()) {
-        if (value)
-            setenv(name.c_str(), value->c_str(), 1);
-        else
-            unsetenv(name.c_str());
-    }
+    orvan::adoptEnvironment(environment());
     cupsSetServer(nullptr);
 }
 

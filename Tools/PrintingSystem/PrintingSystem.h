@@ -3,11 +3,12 @@
 // and as an ordinary user, and is open to that user alone, who may do everything with it without a password.
 #pragma once
 
-#include "Tools/PrintingSystem/Failure.h"
 #include "Tools/PrintingSystem/FolderGuard.h"
 #include "Tools/PrintingSystem/PrintJob.h"
 #include "Tools/PrintingSystem/SchedulerFolder.h"
 #include "Tools/PrintingSystem/SchedulerProcess.h"
+#include "Tools/Session/ClientEnvironment.h"
+#include "Tools/Session/Failure.h"
 
 #include <chrono>
 #include <map>
@@ -38,9 +39,6 @@ struct QueueDescription {
 // adoptEnvironment().
 class PrintingSystem {
 public:
-    // Variables that a client needs; without a value: to be removed.
-    using Environment = std::vector<std::pair<std::string, std::optional<std::string>>>;
-
     // Answers once the scheduler does. Null, and *failure says why, when it does not come up; nothing is left
     // behind then.
     static std::unique_ptr<PrintingSystem> start(const PrintingSystemOptions& options, Failure* failure);
@@ -50,7 +48,7 @@ public:
     ~PrintingSystem() = default;
 
     // How a client finds this system and no configuration of the user's or the machine's.
-    Environment environment() const;
+    ClientEnvironment environment() const;
     // Puts the environment into this process and makes libcups, on this thread, look at it anew.
     void adoptEnvironment() const;
 

@@ -1,7 +1,7 @@
 // Requests to one scheduler on its Unix socket, whatever CUPS_SERVER of this process says.
 #pragma once
 
-#include "Tools/PrintingSystem/Failure.h"
+#include "Tools/Session/Failure.h"
 
 #include <cups/cups.h>
 

@@ -1,7 +1,7 @@
 // The folder in which a scheduler of one's own lives: its configuration, programs, spool, logs and socket.
 #pragma once
 
-#include "Tools/PrintingSystem/Failure.h"
+#include "Tools/Session/Failure.h"
 
 #include <filesystem>
 #include <map>

@@ -1,7 +1,7 @@
 // The scheduler's process: cupsd in the foreground, as a child that never outlives its owner.
 #pragma once
 
-#include "Tools/PrintingSystem/Failure.h"
+#include "Tools/Session/Failure.h"
 
 #include <sys/types.h>
 

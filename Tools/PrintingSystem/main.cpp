@@ -1,10 +1,9 @@
 // orvan-printing-system: a printing system of one's own around a command, or until it is interrupted.
-#include "Tools/PrintingSystem/CommandSession.h"
 #include "Tools/PrintingSystem/JobReport.h"
 #include "Tools/PrintingSystem/PrintingSystem.h"
+#include "Tools/Session/CommandSession.h"
 
 #include <CLI/CLI.hpp>
-#include <glib.h>
 
 #include <cstdio>
 #include <iostream>
@@ -103,18 +102,6 @@ Failure addQueues(const PrintingSystem& system, const Arguments& arguments) {
     return system.setDefaultQueue(arguments.defaultQueue);
 }
 
-void printEnvironment(const PrintingSystem& system) {
-    for (const auto& [name, value] : system.environment()) {
-        gchar* quoted = value ? g_shell_quote(value->c_str()) : nullptr;
-        if (quoted)
-            std::cout << "export " << name << '=' << quoted << '\n';
-        else
-            std::cout << "unset " << name << '\n';
-        g_free(quoted);
-    }
-    std::cout.flush();
-}
-
 int complain(const std::string& text) {
     std::cerr << "orvan-printing-system: " << text << '\n';
     return kFailed;
@@ -137,11 +124,14 @@ int serve(const orvan::CommandSession& session, const Arguments& arguments) {
     int exitCode = kDone;
     failure = addQueues(*system, arguments);
     if (!failure && !arguments.command.empty()) {
-        failure = session.run(arguments.command, *system, &exitCode);
+        system->adoptEnvironment();
+        failure = session.run(arguments.command, &exitCode);
         if (!failure && arguments.showJobs) failure = showJobs(*system, arguments);
     } else if (!failure) {
-        printEnvironment(*system);
-        failure = session.waitForSignal(*system);
+        std::cout << orvan::shellCommands(system->environment()) << std::flush;
+        if (!session.waitForSignal([&system] { return system->scheduler().isRunning(); }))
+            failure = "The private scheduler ended by itself. Its last messages:\n" +
+                      system->folder().errorLogTail(8);
     }
     return failure ? complain(*failure) : exitCode;
 }

@@ -1,4 +1,4 @@
-#include "Tools/PrintingSystem/CommandSession.h"
+#include "Tools/Session/CommandSession.h"
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -12,7 +12,8 @@ namespace {
 
 constexpr int kSignalExitBase = 128;
 
-Failure spawn(const std::vector<std::string>& command, const sigset_t& signals, pid_t* pid) {
+Failure spawn(
+    const std::vector<std::string>& command, const sigset_t& signals, const sigset_t& defaults, pid_t* pid) {
     std::vector<std::string> words = command;
     std::vector<char*> arguments;
     arguments.reserve(words.size() + 1);
@@ -22,7 +23,8 @@ Failure spawn(const std::vector<std::string>& command, const sigset_t& signals, 
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setsigmask(&attributes, &signals);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+    posix_spawnattr_setsigdefault(&attributes, &defaults);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     const int error = posix_spawnp(pid, arguments.front(), nullptr, &attributes, arguments.data(), environ);
     posix_spawnattr_destroy(&attributes);
     if (error == 0) return std::nullopt;
@@ -41,13 +43,15 @@ CommandSession::CommandSession() {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGCHLD})
         sigaddset(&awaited_, signal);
     sigprocmask(SIG_BLOCK, &awaited_, &previous_);
+    sigemptyset(&defaults_);
+    struct sigaction action {};
+    if (sigaction(SIGPIPE, nullptr, &action) == 0 && action.sa_handler == SIG_DFL)
+        sigaddset(&defaults_, SIGPIPE);
 }
 
-Failure CommandSession::run(
-    const std::vector<std::string>& command, const PrintingSystem& system, int* exitCode) const {
-    system.adoptEnvironment();
+Failure CommandSession::run(const std::vector<std::string>& command, int* exitCode) const {
     pid_t pid = 0;
-    if (Failure failure = spawn(command, previous_, &pid)) return failure;
+    if (Failure failure = spawn(command, previous_, defaults_, &pid)) return failure;
     int status = 0;
     bool asked = false;
     while (waitpid(pid, &status, WNOHANG) != pid) {
@@ -60,12 +64,12 @@ Failure CommandSession::run(
     return std::nullopt;
 }
 
-Failure CommandSession::waitForSignal(PrintingSystem& system) const {
-    while (system.scheduler().isRunning()) {
+bool CommandSession::waitForSignal(const std::function<bool()>& isServing) const {
+    while (isServing()) {
         siginfo_t signal{};
-        if (sigwaitinfo(&awaited_, &signal) > 0 && signal.si_signo != SIGCHLD) return std::nullopt;
+        if (sigwaitinfo(&awaited_, &signal) > 0 && signal.si_signo != SIGCHLD) return true;
     }
-    return "The private scheduler ended by itself. Its last messages:\n" + system.folder().errorLogTail(8);
+    return false;
 }
 
 } // namespace orvan

@@ -1,0 +1,51 @@
+// A printer of a test's own: the program orvan-simulator.
+#pragma once
+
+#include "Tests/Support/Processes.h"
+#include "Tests/Support/TempFolder.h"
+
+#include <sys/types.h>
+
+#include <csignal>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvan {
+
+// Runs as long as this object, or until end(); it also ends with the thread that made it, however that ends.
+class SimulatedPrinter {
+public:
+    // Starts it with these arguments, and with --document when there is a document, and waits until it
+    // answers. Throws, with what the program said, when it does not.
+    explicit SimulatedPrinter(std::vector<std::string> arguments = {},
+        const std::optional<std::string>& document = std::nullopt, const Environment& environment = {});
+    SimulatedPrinter(const SimulatedPrinter&) = delete;
+    SimulatedPrinter& operator=(const SimulatedPrinter&) = delete;
+    ~SimulatedPrinter() { end(); }
+
+    // Of the status document.
+    const std::string& url() const { return url_; }
+    // ADDRESS:PORT; empty with --no-snmp.
+    const std::string& snmpAgent() const { return snmpAgent_; }
+    // Its standard error until now. With --log a request is there before its answer is.
+    std::string log() const;
+
+    // What the next request finds, of a printer that was made with a document; absent: no file.
+    void replaceDocument(const std::optional<std::string>& document) const;
+
+    // Ends it: its exit code, or 128 and the number of the signal that ended it; -1 when it is gone already.
+    int end(int signal = SIGTERM);
+
+private:
+    std::filesystem::path file(const char* name) const { return folder_.path() / name; }
+    void readEnvironment(int output);
+
+    TempFolder folder_;
+    pid_t process_ = -1;
+    std::string url_;
+    std::string snmpAgent_;
+};
+
+} // namespace orvan
