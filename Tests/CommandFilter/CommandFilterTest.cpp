@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
 #include <map>
 #include <sstream>
 #include <string>
@@ -67,19 +66,14 @@ struct Report {
     std::map<std::string, std::vector<std::string>> lines;
 };
 
-std::string contents(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-struct Run {
+struct FilterRun {
     std::string device = kNowhere;
-    std::string attributes; // more lines for the PPD
+    std::string attributes = ""; // more lines for the PPD
     std::string commands = kAllCommands;
 };
 
 // By the scheduler's way: the job's file is the sixth argument.
-Report runFilter(const Run& run) {
+Report runFilter(const FilterRun& run) {
     DerivedPPD ppd;
     ppd.replace("*OVNStatusDocument: \"/status.xml\"\n", run.attributes);
     const TempFolder folder;
@@ -198,7 +192,7 @@ TEST(CommandFilter, SaysWhereItCannotAsk) {
     gone.end();
     const std::string host = unused.substr(0, unused.rfind('/'));
     struct Case {
-        Run run;
+        FilterRun run;
         const char* error;
     };
     const Case cases[] = {
@@ -234,7 +228,7 @@ TEST(CommandFilter, ReportsLevelsToEveryClientOfTheScheduler) {
                "</status></s></supplies></printer></deviceStatus></s>";
     };
     const SimulatedPrinter printer({}, document("NearEmpty", "0", "10"));
-    const Run run{.attributes = addressOf(printer), .commands = "ReportLevels"};
+    const FilterRun run{.attributes = addressOf(printer), .commands = "ReportLevels"};
     const Report poor = runFilter(run);
     EXPECT_EQ(poor.only("ATTR"),
         "marker-names='\"Cyan toner\",\"Black solid ink\"' marker-types=toner,solid-wax "
