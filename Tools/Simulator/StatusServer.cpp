@@ -216,6 +216,7 @@ void StatusServer::Implementation::answerWithDocument(Response& response) const 
 
 void StatusServer::Implementation::answerInPieces(Response& response, std::string document) const {
     const std::size_t size = document.size();
+    if (size == 0) return response.set_content(document, kDocumentType);
     response.set_content_provider(size, kDocumentType,
         [this, document = std::move(document)](std::size_t offset, std::size_t, httplib::DataSink& sink) {
             return writePiece(document, offset, sink);
@@ -227,7 +228,8 @@ bool StatusServer::Implementation::writePiece(
     const std::string& document, std::size_t offset, const httplib::DataSink& sink) const {
     if (options_.misbehaviour == Misbehaviour::slow)
         return !(offset > 0 && stop_.waitFor(options_.interval)) && sink.write(&document[offset], 1);
-    if (offset == 0) return sink.write(document.data(), document.size() / 2);
+    const std::size_t half = document.size() / 2;
+    if (offset < half) return sink.write(document.data(), half);
     if (options_.misbehaviour == Misbehaviour::cut) return false;
     return sink.is_writable() && !stop_.waitFor(kGlance);
 }
