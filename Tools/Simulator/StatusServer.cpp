@@ -1,18 +1,14 @@
 #include "Tools/Simulator/StatusServer.h"
 
 #include "DefaultDocument.h"
+#include "Tools/Orvan/Input.h"
 #include "Tools/Simulator/Certificate.h"
 #include "Tools/Simulator/Channel.h"
 
 #include <httplib.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <fstream>
-#include <iterator>
 #include <optional>
-#include <sstream>
 #include <thread>
 
 namespace orvan {
@@ -175,11 +171,10 @@ void StatusServer::Implementation::logRequest(const Request& request, const Resp
 
 std::optional<std::string> StatusServer::Implementation::document() const {
     if (options_.document.empty()) return std::string(kDefaultDocument);
-    std::ifstream stream(options_.document, std::ios::binary);
-    std::ostringstream text;
-    if (stream && text << stream.rdbuf()) return text.str();
-    say(options_.document.string() + " could not be read: " + std::strerror(errno) + '.');
-    return std::nullopt;
+    std::string error;
+    std::optional<std::string> text = readFile(options_.document.string(), &error);
+    if (!text) say(error);
+    return text;
 }
 
 void StatusServer::Implementation::answer(Response& response) const {
