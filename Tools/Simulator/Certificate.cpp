@@ -9,7 +9,7 @@
 namespace orvan {
 namespace {
 
-constexpr long kSecondsADay = 24 * 60 * 60;
+constexpr long kSecondsADay = 24L * 60 * 60;
 constexpr long kVersion3 = 2; // as it is written in a certificate, RFC 5280 section 4.1.2.1
 
 struct FreeKey {

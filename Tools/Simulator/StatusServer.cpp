@@ -1,18 +1,14 @@
 #include "Tools/Simulator/StatusServer.h"
 
 #include "DefaultDocument.h"
+#include "Tools/Orvan/Input.h"
 #include "Tools/Simulator/Certificate.h"
 #include "Tools/Simulator/Channel.h"
 
 #include <httplib.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <fstream>
-#include <iterator>
 #include <optional>
-#include <sstream>
 #include <thread>
 
 namespace orvan {
@@ -175,11 +171,10 @@ void StatusServer::Implementation::logRequest(const Request& request, const Resp
 
 std::optional<std::string> StatusServer::Implementation::document() const {
     if (options_.document.empty()) return std::string(kDefaultDocument);
-    std::ifstream stream(options_.document, std::ios::binary);
-    std::ostringstream text;
-    if (stream && text << stream.rdbuf()) return text.str();
-    say(options_.document.string() + " could not be read: " + std::strerror(errno) + '.');
-    return std::nullopt;
+    std::string error;
+    std::optional<std::string> text = readFile(options_.document.string(), &error);
+    if (!text) say(error);
+    return text;
 }
 
 void StatusServer::Implementation::answer(Response& response) const {
@@ -216,6 +211,7 @@ void StatusServer::Implementation::answerWithDocument(Response& response) const 
 
 void StatusServer::Implementation::answerInPieces(Response& response, std::string document) const {
     const std::size_t size = document.size();
+    if (size == 0) return response.set_content(document, kDocumentType);
     response.set_content_provider(size, kDocumentType,
         [this, document = std::move(document)](std::size_t offset, std::size_t, httplib::DataSink& sink) {
             return writePiece(document, offset, sink);
@@ -227,7 +223,8 @@ bool StatusServer::Implementation::writePiece(
     const std::string& document, std::size_t offset, const httplib::DataSink& sink) const {
     if (options_.misbehaviour == Misbehaviour::slow)
         return !(offset > 0 && stop_.waitFor(options_.interval)) && sink.write(&document[offset], 1);
-    if (offset == 0) return sink.write(document.data(), document.size() / 2);
+    const std::size_t half = document.size() / 2;
+    if (offset < half) return sink.write(document.data(), half);
     if (options_.misbehaviour == Misbehaviour::cut) return false;
     return sink.is_writable() && !stop_.waitFor(kGlance);
 }
