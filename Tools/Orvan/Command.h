@@ -26,5 +26,6 @@ void addStatusCommand(CLI::App& program, CommandBody& run);
 void addPapersCommand(CLI::App& program, CommandBody& run);
 void addPlistCommand(CLI::App& program, CommandBody& run);
 void addChunksCommand(CLI::App& program, CommandBody& run);
+void addFetchCommand(CLI::App& program, CommandBody& run);
 
 } // namespace orvan

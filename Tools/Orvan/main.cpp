@@ -39,6 +39,7 @@ int runProgram(int argc, char** argv) {
     addPapersCommand(program, run);
     addPlistCommand(program, run);
     addChunksCommand(program, run);
+    addFetchCommand(program, run);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& problem) {
