@@ -111,12 +111,13 @@ bool HTTPStream::Transfer::prepare(const HTTPRequest& request, const TLSSettings
     multi_.reset(curl_multi_init());
     easy_.reset(curl_easy_init());
     if (multi_ == nullptr || easy_ == nullptr) return false;
-    // Without CURLOPT_QUICK_EXIT, closing would wait for a name look-up that is under way.
+    // Without CURLOPT_QUICK_EXIT, closing would wait for a name look-up that is under way. A connection that
+    // is used once more for a redirect may be one that the server closes meanwhile.
     return set(CURLOPT_URL, url_.c_str()) && set(CURLOPT_ERRORBUFFER, details_.data()) &&
            set(CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1}) && set(CURLOPT_NOSIGNAL, 1L) &&
-           set(CURLOPT_QUICK_EXIT, 1L) && set(CURLOPT_PROXY, "") && set(CURLOPT_NOPROXY, "*") &&
-           set(CURLOPT_NETRC, long{CURL_NETRC_IGNORED}) && set(CURLOPT_PROTOCOLS_STR, "http,https") &&
-           set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https") &&
+           set(CURLOPT_QUICK_EXIT, 1L) && set(CURLOPT_FORBID_REUSE, 1L) && set(CURLOPT_PROXY, "") &&
+           set(CURLOPT_NOPROXY, "*") && set(CURLOPT_NETRC, long{CURL_NETRC_IGNORED}) &&
+           set(CURLOPT_PROTOCOLS_STR, "http,https") && set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https") &&
            set(CURLOPT_MAXREDIRS, long{kMaximumRedirects}) && set(CURLOPT_WRITEFUNCTION, &receive) &&
            set(CURLOPT_WRITEDATA, this) && setCredentials(request) && setTLS(tls);
 }
