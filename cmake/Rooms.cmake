@@ -4,9 +4,9 @@ set(ORVAN_PRIVATE_DIR lib/orvan)
 set(ORVAN_GTK_MODULE_DIR ${CMAKE_INSTALL_LIBDIR}/gtk-3.0/modules)
 
 add_library(OrvanFlags INTERFACE)
-target_compile_options(OrvanFlags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
-# What a program does not call, it does not load.
+# What a shared object needs is what it calls, not what its rooms may call: applications open them.
 target_link_options(OrvanFlags INTERFACE -Wl,--as-needed)
+target_compile_options(OrvanFlags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
 if(ORVAN_SANITIZE)
     target_compile_options(OrvanFlags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined
         -fno-omit-frame-pointer -O1)

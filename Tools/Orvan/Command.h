@@ -27,5 +27,6 @@ void addPapersCommand(CLI::App& program, CommandBody& run);
 void addPlistCommand(CLI::App& program, CommandBody& run);
 void addChunksCommand(CLI::App& program, CommandBody& run);
 void addTicketCommand(CLI::App& program, CommandBody& run);
+void addFetchCommand(CLI::App& program, CommandBody& run);
 
 } // namespace orvan

@@ -40,6 +40,7 @@ int runProgram(int argc, char** argv) {
     addPlistCommand(program, run);
     addChunksCommand(program, run);
     addTicketCommand(program, run);
+    addFetchCommand(program, run);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& problem) {

@@ -1,0 +1,278 @@
+#include "Platform/HTTPStream.h"
+
+#include "Platform/HTTPStreamError.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
+
+namespace platform {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct CleanUp {
+    void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
+};
+struct CleanUpMulti {
+    void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+};
+struct CleanUpURL {
+    void operator()(CURLU* url) const { curl_url_cleanup(url); }
+};
+struct FreeText {
+    void operator()(char* text) const { curl_free(text); }
+};
+
+bool isLibraryReady() {
+    static const bool ready = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    return ready;
+}
+
+std::string partOf(CURLU* url, CURLUPart part) {
+    char* text = nullptr;
+    curl_url_get(url, part, &text, CURLU_DEFAULT_PORT);
+    const std::unique_ptr<char, FreeText> owned(text);
+    return text != nullptr ? text : "";
+}
+
+// "host:port" of a URL of an HTTP or HTTPS server; empty when it is none.
+std::string serverOf(const std::string& text) {
+    const std::unique_ptr<CURLU, CleanUpURL> url(curl_url());
+    if (url == nullptr || text.find('\0') != std::string::npos) return {};
+    if (curl_url_set(url.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK) return {};
+    const std::string scheme = partOf(url.get(), CURLUPART_SCHEME);
+    if (scheme != "http" && scheme != "https") return {};
+    return partOf(url.get(), CURLUPART_HOST) + ":" + partOf(url.get(), CURLUPART_PORT);
+}
+
+} // namespace
+
+// libcurl's side of a stream.
+class HTTPStream::Transfer {
+public:
+    explicit Transfer(const HTTPRequest& request) : url_(request.url) { buffer_.reserve(kBufferSize); }
+    Transfer(const Transfer&) = delete;
+    Transfer& operator=(const Transfer&) = delete;
+    ~Transfer() { stop(); }
+
+    bool prepare(const HTTPRequest& request, const TLSSettings& tls);
+    bool follow(bool follows) { return set(CURLOPT_FOLLOWLOCATION, follows ? 1L : 0L); }
+    bool start();
+    void stop();
+
+    // Whether there are bytes, or there will be no more.
+    bool hasAnswer() const { return !buffer_.empty() || ended_; }
+    bool hasBytes() const { return !buffer_.empty(); }
+    CURLcode result() const { return result_; }
+    long responseStatus() const { return information<long>(CURLINFO_RESPONSE_CODE, 0); }
+
+    void proceed(std::chrono::milliseconds slice);
+    void take(std::string& bytes, std::size_t maximum);
+    std::string server() const;
+    HTTPTransferFailure failure() const;
+
+private:
+    // libcurl delivers pieces of 16 KiB at most.
+    static constexpr std::size_t kBufferSize = std::size_t{4} * CURL_MAX_WRITE_SIZE;
+
+    template <typename Value>
+    bool set(CURLoption option, Value value) {
+        return curl_easy_setopt(easy_.get(), option, value) == CURLE_OK;
+    }
+    bool setIfGiven(CURLoption option, const std::optional<std::string>& value) {
+        return !value || set(option, value->c_str());
+    }
+    template <typename Value>
+    Value information(CURLINFO which, Value otherwise) const {
+        Value value = otherwise;
+        return curl_easy_getinfo(easy_.get(), which, &value) == CURLE_OK ? value : otherwise;
+    }
+    bool setCredentials(const HTTPRequest& request);
+    bool setTLS(const TLSSettings& tls);
+    void end(CURLcode result);
+    static std::size_t receive(char* bytes, std::size_t, std::size_t size, void* receiver);
+
+    std::string url_;
+    std::array<char, CURL_ERROR_SIZE> details_{};
+    std::string buffer_; // what has come and is not read
+    std::unique_ptr<CURLM, CleanUpMulti> multi_;
+    std::unique_ptr<CURL, CleanUp> easy_;
+    bool isAdded_ = false; // to multi_
+    bool isPaused_ = false;
+    bool ended_ = false;
+    CURLcode result_ = CURLE_OK; // when it has ended
+};
+
+bool HTTPStream::Transfer::prepare(const HTTPRequest& request, const TLSSettings& tls) {
+    multi_.reset(curl_multi_init());
+    easy_.reset(curl_easy_init());
+    if (multi_ == nullptr || easy_ == nullptr) return false;
+    // Without CURLOPT_QUICK_EXIT, closing would wait for a name look-up that is under way. A connection that
+    // is used once more for a redirect may be one that the server closes meanwhile.
+    return set(CURLOPT_URL, url_.c_str()) && set(CURLOPT_ERRORBUFFER, details_.data()) &&
+           set(CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1}) && set(CURLOPT_NOSIGNAL, 1L) &&
+           set(CURLOPT_QUICK_EXIT, 1L) && set(CURLOPT_FORBID_REUSE, 1L) && set(CURLOPT_PROXY, "") &&
+           set(CURLOPT_NOPROXY, "*") && set(CURLOPT_NETRC, long{CURL_NETRC_IGNORED}) &&
+           set(CURLOPT_PROTOCOLS_STR, "http,https") && set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https") &&
+           set(CURLOPT_MAXREDIRS, long{kMaximumRedirects}) && set(CURLOPT_WRITEFUNCTION, &receive) &&
+           set(CURLOPT_WRITEDATA, this) && setCredentials(request) && setTLS(tls);
+}
+
+bool HTTPStream::Transfer::setCredentials(const HTTPRequest& request) {
+    if (!request.user && !request.password) return true;
+    return set(CURLOPT_HTTPAUTH, CURLAUTH_BASIC) && setIfGiven(CURLOPT_PASSWORD, request.password) &&
+           set(CURLOPT_USERNAME, request.user.value_or("").c_str());
+}
+
+bool HTTPStream::Transfer::setTLS(const TLSSettings& tls) {
+    if (!set(CURLOPT_SSL_VERIFYHOST, tls.verifiesPeerName ? 2L : 0L)) return false;
+    if (tls.validatesCertificateChain) return true;
+    // Whom one speaks with is not checked, so a short key or an old version takes nothing away.
+    return set(CURLOPT_SSL_VERIFYPEER, 0L) && set(CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_0}) &&
+           set(CURLOPT_SSL_CIPHER_LIST, "DEFAULT:@SECLEVEL=0");
+}
+
+bool HTTPStream::Transfer::start() {
+    isAdded_ = curl_multi_add_handle(multi_.get(), easy_.get()) == CURLM_OK;
+    return isAdded_;
+}
+
+void HTTPStream::Transfer::stop() {
+    if (std::exchange(isAdded_, false)) curl_multi_remove_handle(multi_.get(), easy_.get());
+}
+
+void HTTPStream::Transfer::end(CURLcode result) {
+    ended_ = true;
+    result_ = result;
+}
+
+std::size_t HTTPStream::Transfer::receive(char* bytes, std::size_t, std::size_t size, void* receiver) {
+    auto* const transfer = static_cast<Transfer*>(receiver);
+    transfer->isPaused_ = transfer->buffer_.size() + size > kBufferSize;
+    if (transfer->isPaused_) return CURL_WRITEFUNC_PAUSE;
+    transfer->buffer_.append(bytes, size); // room was reserved, so it does not throw into libcurl
+    return size;
+}
+
+void HTTPStream::Transfer::proceed(std::chrono::milliseconds slice) {
+    const auto deadline = Clock::now() + slice;
+    while (!hasAnswer()) {
+        if (std::exchange(isPaused_, false)) curl_easy_pause(easy_.get(), CURLPAUSE_CONT);
+        int count = 0;
+        if (curl_multi_perform(multi_.get(), &count) != CURLM_OK) end(CURLE_FAILED_INIT);
+        if (const CURLMsg* const message = curl_multi_info_read(multi_.get(), &count); message != nullptr)
+            end(message->data.result);
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+        if (hasAnswer() || left.count() <= 0) return;
+        curl_multi_poll(multi_.get(), nullptr, 0, static_cast<int>(left.count()), nullptr);
+    }
+}
+
+void HTTPStream::Transfer::take(std::string& bytes, std::size_t maximum) {
+    const std::size_t size = std::min(maximum, buffer_.size());
+    bytes.append(buffer_, 0, size);
+    buffer_.erase(0, size);
+}
+
+std::string HTTPStream::Transfer::server() const {
+    const char* const last = information<const char*>(CURLINFO_EFFECTIVE_URL, nullptr);
+    const std::string server = last != nullptr ? serverOf(last) : std::string();
+    return server.empty() ? serverOf(url_) : server;
+}
+
+HTTPTransferFailure HTTPStream::Transfer::failure() const {
+    const auto systemError = static_cast<int>(information<long>(CURLINFO_OS_ERRNO, 0));
+    return {result_, result_ == CURLE_COULDNT_CONNECT ? systemError : 0,
+        information<long>(CURLINFO_SSL_VERIFYRESULT, 0), server(), details_.data()};
+}
+
+HTTPStream::HTTPStream(std::unique_ptr<Transfer> transfer) : transfer_(std::move(transfer)) {}
+
+HTTPStream::~HTTPStream() = default;
+
+std::unique_ptr<HTTPStream> HTTPStream::create(const HTTPRequest& request, const TLSSettings& tls) {
+    if (!isLibraryReady() || serverOf(request.url).empty()) return nullptr;
+    auto transfer = std::make_unique<Transfer>(request);
+    if (!transfer->prepare(request, tls)) return nullptr;
+    return std::unique_ptr<HTTPStream>(new HTTPStream(std::move(transfer)));
+}
+
+bool HTTPStream::setAutoRedirect(bool follows) {
+    return status_ == HTTPStreamStatus::notOpen && transfer_->follow(follows);
+}
+
+bool HTTPStream::open() {
+    if (status_ != HTTPStreamStatus::notOpen || !transfer_->start()) return false;
+    status_ = HTTPStreamStatus::opening;
+    return true;
+}
+
+bool HTTPStream::hasBytesAvailable() const {
+    return transfer_->hasAnswer();
+}
+
+void HTTPStream::proceed(std::chrono::milliseconds slice) {
+    switch (status_) {
+    case HTTPStreamStatus::opening:
+    case HTTPStreamStatus::open:
+    case HTTPStreamStatus::reading:
+    case HTTPStreamStatus::writing:
+        transfer_->proceed(slice);
+        if (status_ == HTTPStreamStatus::opening && transfer_->hasAnswer()) status_ = HTTPStreamStatus::open;
+        return;
+    case HTTPStreamStatus::notOpen:
+    case HTTPStreamStatus::atEnd:
+    case HTTPStreamStatus::closed:
+    case HTTPStreamStatus::error:
+        return;
+    }
+}
+
+HTTPRead HTTPStream::read(std::string& bytes, std::size_t maximum) {
+    if (status_ == HTTPStreamStatus::atEnd) return HTTPRead::end;
+    proceed(kReadSlice);
+    switch (status_) {
+    case HTTPStreamStatus::opening:
+        return HTTPRead::nothingYet;
+    case HTTPStreamStatus::open:
+    case HTTPStreamStatus::reading:
+    case HTTPStreamStatus::writing:
+        break;
+    case HTTPStreamStatus::notOpen:
+    case HTTPStreamStatus::atEnd:
+    case HTTPStreamStatus::closed:
+    case HTTPStreamStatus::error:
+        return HTTPRead::failed;
+    }
+    if (!transfer_->hasAnswer()) return HTTPRead::nothingYet;
+    if (!transfer_->hasBytes()) return readEnd();
+    transfer_->take(bytes, maximum);
+    status_ = HTTPStreamStatus::reading;
+    return HTTPRead::bytes;
+}
+
+HTTPRead HTTPStream::readEnd() {
+    const bool whole = transfer_->result() == CURLE_OK;
+    status_ = whole ? HTTPStreamStatus::atEnd : HTTPStreamStatus::error;
+    if (!whole) error_ = httpStreamError(transfer_->failure());
+    return whole ? HTTPRead::end : HTTPRead::failed;
+}
+
+long HTTPStream::responseStatus() const {
+    return transfer_->responseStatus();
+}
+
+std::string HTTPStream::server() const {
+    return transfer_->server();
+}
+
+void HTTPStream::close() {
+    transfer_->stop();
+    status_ = HTTPStreamStatus::closed;
+}
+
+} // namespace platform

@@ -1,0 +1,71 @@
+#include "Common/Utilities/URLFetch.h"
+#include "Tools/Orvan/Command.h"
+#include "Common/Utilities/OneLine.h"
+#include "Tools/Orvan/PasswordPrompt.h"
+
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace orvan {
+namespace {
+
+constexpr const char* kPasswordVariable = "ORVAN_PASSWORD";
+
+struct FetchArguments {
+    std::string url;
+    std::optional<std::string> user;
+};
+
+std::optional<std::string> passwordFor(const std::optional<std::string>& user) {
+    if (const char* const password = std::getenv(kPasswordVariable)) return password;
+    return user ? askForPassword("Password of " + onOneLine(*user) + ": ") : std::nullopt;
+}
+
+// What is wrong with the answer, for people; empty when it is a document.
+std::string problemOf(const FetchResult& result) {
+    if (!result.problem.empty()) return result.problem;
+    if (result.status >= 200 && result.status < 300) return {};
+    const std::string problem = "the server answers with HTTP status " + std::to_string(result.status);
+    return result.status == 401 ? problem + ": it wants a user (--user) and the right password" : problem;
+}
+
+int fetch(const FetchArguments& arguments) {
+    FetchRequest request{arguments.url, arguments.user, passwordFor(arguments.user)};
+    const FetchResult result = fetchDocument(request);
+    std::cout.write(result.bytes.data(), static_cast<std::streamsize>(result.bytes.size()));
+    const std::string problem = problemOf(result);
+    return problem.empty() ? kDone : cannot(onOneLine(problem));
+}
+
+// The URL is not repeated, for the same reason for which it is refused. RFC 3986 section 3.2: what stands
+// before an @ is the user's.
+std::string checkURL(const std::string& url) {
+    const std::size_t scheme = url.find(":/");
+    const std::size_t start = url.find_first_not_of('/', scheme == std::string::npos ? 0 : scheme + 1);
+    const bool hasUser = url.substr(0, url.find_first_of("/?#", start)).find('@') != std::string::npos;
+    return hasUser ? std::string(
+                         "a user or password in the URL is not taken, others can see it; use --user and ") +
+                         kPasswordVariable
+                   : "";
+}
+
+} // namespace
+
+void addFetchCommand(CLI::App& program, CommandBody& run) {
+    const auto arguments = std::make_shared<FetchArguments>();
+    CLI::App* command = program.add_subcommand("fetch", "Get a document from a printer's web server");
+    command->add_option("URL", arguments->url, "The document: http://... or https://...")
+        ->required()
+        ->check(CLI::Validator(checkURL, ""));
+    command->add_option("--user", arguments->user, "The user whom the server knows")->type_name("NAME");
+    command->footer(
+        "The password is that of the environment variable ORVAN_PASSWORD; without it, it is asked "
+        "for.\nA certificate that cannot be checked is accepted.\n"
+        "Example: orvan fetch http://printer.example/status.xml --user admin > status.xml");
+    command->callback([arguments, &run] { run = [arguments] { return fetch(*arguments); }; });
+}
+
+} // namespace orvan
