@@ -153,8 +153,8 @@ Outcome withoutURL() {
 
 Outcome fetchOverTLS(const FetchRequest& request, Clock::time_point deadline) {
     if (!request.url) return withoutURL();
-    // The packed version is not known everywhere; then the system is one that needs no special care. When the
-    // credentials join the request made no difference here, only how the stream is read does.
+    // This platform does not tell the packed version, and needs none of the care that older releases did. It
+    // makes no difference here when the credentials join the request, only how the stream is read.
     std::int32_t version = kTenFive;
     platform::Gestalt(platform::kGestaltSystemVersion, &version);
     const Way way{{false, false}, false, version < kTenFive};

@@ -71,6 +71,7 @@ TEST(URLFetch, AnswersWhatHasComeAndWhatWentWrong) {
     int closedPort = 0;
     listenOnLoopback(1, &closedPort).reset();
     const std::string closed = "127.0.0.1:" + std::to_string(closedPort);
+    const std::string noName(64, 'x'); // a label too long to ask anybody for it, RFC 1035 section 2.3.4
     const Expected cases[] = {
         {server.url("/whole"), "hello", 200, ""},
         {server.url("/empty"), "", 200, ""},
@@ -83,8 +84,7 @@ TEST(URLFetch, AnswersWhatHasComeAndWhatWentWrong) {
         {server.url("/file"), "", 302, " or redirects to one"},
         {server.url("/endless-header"), "", 0, ""},
         {"http://user:secret@" + closed + "/", "", 0, "cannot connect to " + closed + ": Connection refused"},
-        {"http://no.such.printer.invalid/", "", 0,
-            "the name of no.such.printer.invalid:80 cannot be resolved"},
+        {"http://" + noName + "/", "", 0, "the name of " + noName + ":80 cannot be resolved"},
         {"file:///etc/passwd", "", 0, "not the URL of a web server"},
         {"printer.example/status", "", 0, "not the URL of a web server"},
         {std::string("http://127.0.0.1/\0x", 19), "", 0, "not the URL of a web server"},
@@ -144,6 +144,9 @@ TEST(URLFetch, WaitsTwoSecondsForSomethingToCome) {
 
 TEST(URLFetch, EndsAtTheLimits) {
     const ScriptedServer server(kAnswers);
+    fetchDocument({.url = server.url("/loop")});
+    EXPECT_EQ(server.requestCount(), 11); // the first and ten redirects
+
     const FetchResult large = fetchDocument({.url = server.url("/endless"), .maximumSize = 1000000});
     EXPECT_EQ(large.bytes.size(), 1000000U);
     EXPECT_NE(large.problem.find(" is larger than 1000000 bytes"), std::string::npos) << large.problem;
@@ -183,12 +186,6 @@ TEST(URLFetch, LeavesTheEnvironmentsProxiesAndPasswordsAlone) {
         {"no_proxy", std::nullopt}, {"HOME", home.path().string()}};
     EXPECT_EQ(
         inChild(environment, [&] { return fetchDocument({.url = server.url("/echo")}).bytes; }), "none");
-}
-
-TEST(URLFetch, FollowsTenRedirectsAtMost) {
-    const ScriptedServer server(kAnswers);
-    fetchDocument({.url = server.url("/loop")});
-    EXPECT_EQ(server.requestCount(), 11);
 }
 
 TEST(URLFetch, RetriesForTheCodesOfTLSAlone) {

@@ -68,6 +68,7 @@ class Terminal {
 public:
     explicit Terminal(const std::vector<std::string>& command) {
         std::vector<char*> words;
+        words.reserve(command.size() + 1);
         for (const std::string& word : command)
             words.push_back(const_cast<char*>(word.c_str()));
         words.push_back(nullptr);
