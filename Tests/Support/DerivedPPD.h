@@ -13,8 +13,8 @@
 
 namespace orvan {
 
-// The driver's PPD text without its command filter and its commands, until it is changed. A change that finds nothing to change throws, so that a test
-// cannot pass because the driver's PPD has become another.
+// The driver's PPD text without its command filter and its commands, until it is changed. A change that finds
+// nothing to change throws, so that a test cannot pass because the driver's PPD has become another.
 class DerivedPPD {
 public:
     DerivedPPD();

@@ -3,6 +3,7 @@
 #include "Tests/Support/TempFolder.h"
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 #include <cstdlib>
 #include <exception>
 #include <iterator>
+#include <utility>
 
 namespace orvan {
 namespace {
@@ -17,6 +19,13 @@ namespace {
 std::string contents(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// When it has ended; -1 when there is no such child.
+int exitCodeOf(pid_t child) {
+    int status = 0;
+    if (child < 0 || waitpid(child, &status, 0) != child) return -1;
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 // Runs `body` in a child with its output and errors in files.
@@ -35,9 +44,8 @@ ProgramEnd runChild(const Environment& environment, const std::function<void()>&
         body();
         _exit(127);
     }
-    int status = 0;
-    if (child < 0 || waitpid(child, &status, 0) != child) return {};
-    const int code = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    const int code = exitCodeOf(child);
+    if (code < 0) return {};
     return {code, contents(output), contents(errors)};
 }
 
@@ -60,6 +68,21 @@ void runInstead(const std::vector<std::string>& command) {
 
 ProgramEnd runProgram(const std::vector<std::string>& command, const Environment& environment) {
     return runChild(environment, [&command] { runInstead(command); });
+}
+
+BackgroundProcess::BackgroundProcess(
+    const std::vector<std::string>& command, const std::function<void()>& prepare)
+    : process_(fork()) {
+    if (process_ != 0) return;
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (prepare) prepare();
+    runInstead(command);
+}
+
+int BackgroundProcess::end(int signal) {
+    if (process_ < 0) return -1;
+    kill(process_, signal);
+    return exitCodeOf(std::exchange(process_, -1));
 }
 
 std::string inChild(const Environment& environment, const std::function<std::string()>& body) {

@@ -1,6 +1,9 @@
 // Processes of a test's own.
 #pragma once
 
+#include <sys/types.h>
+
+#include <csignal>
 #include <functional>
 #include <map>
 #include <optional>
@@ -26,6 +29,24 @@ struct ProgramEnd {
 
 // Runs the program (a path and its arguments) to its end; it is killed when it takes a minute.
 ProgramEnd runProgram(const std::vector<std::string>& command, const Environment& environment = {});
+
+// A program that runs as long as this object does, or until end(). It also ends with the thread that made it,
+// however that ends.
+class BackgroundProcess {
+public:
+    // `prepare` is called in the new process.
+    explicit BackgroundProcess(
+        const std::vector<std::string>& command, const std::function<void()>& prepare = {});
+    BackgroundProcess(const BackgroundProcess&) = delete;
+    BackgroundProcess& operator=(const BackgroundProcess&) = delete;
+    ~BackgroundProcess() { end(); }
+
+    // Its exit code, or 128 and the number of the signal that ended it; -1 when it has ended before.
+    int end(int signal = SIGTERM);
+
+private:
+    pid_t process_;
+};
 
 // What `body` answers in a copy of this process with these variables: for what a process asks only once.
 std::string inChild(const Environment& environment, const std::function<std::string()>& body);

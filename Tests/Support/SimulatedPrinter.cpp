@@ -3,8 +3,6 @@
 #include "Platform/FileDescriptor.h"
 
 #include <fcntl.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -41,14 +39,11 @@ SimulatedPrinter::SimulatedPrinter(std::vector<std::string> arguments,
     if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
     const platform::FileDescriptor output(ends[0]);
     platform::FileDescriptor input(ends[1]);
-    process_ = fork();
-    if (process_ == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGTERM);
+    process_.emplace(arguments, [&] {
         changeEnvironment(environment);
         dup2(input.get(), STDOUT_FILENO);
         dup2(open(errors.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600), STDERR_FILENO);
-        runInstead(arguments);
-    }
+    });
     input.reset();
     readEnvironment(output.get());
 }
@@ -77,15 +72,6 @@ void SimulatedPrinter::replaceDocument(const std::optional<std::string>& documen
         std::filesystem::rename(folder_.write("new", *document), file(kDocument));
     else
         std::filesystem::remove(file(kDocument));
-}
-
-int SimulatedPrinter::end(int signal) {
-    if (process_ < 0) return -1;
-    int status = 0;
-    kill(process_, signal);
-    waitpid(process_, &status, 0);
-    process_ = -1;
-    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 } // namespace orvan

@@ -4,8 +4,6 @@
 #include "Tests/Support/Processes.h"
 #include "Tests/Support/TempFolder.h"
 
-#include <sys/types.h>
-
 #include <csignal>
 #include <filesystem>
 #include <optional>
@@ -14,7 +12,7 @@
 
 namespace orvan {
 
-// Runs as long as this object, or until end(); it also ends with the thread that made it, however that ends.
+// Runs as long as this object, or until end().
 class SimulatedPrinter {
 public:
     // Starts it with these arguments, and with --document when there is a document, and waits until it
@@ -23,7 +21,6 @@ public:
         const std::optional<std::string>& document = std::nullopt, const Environment& environment = {});
     SimulatedPrinter(const SimulatedPrinter&) = delete;
     SimulatedPrinter& operator=(const SimulatedPrinter&) = delete;
-    ~SimulatedPrinter() { end(); }
 
     // Of the status document.
     const std::string& url() const { return url_; }
@@ -35,15 +32,15 @@ public:
     // What the next request finds, of a printer that was made with a document; absent: no file.
     void replaceDocument(const std::optional<std::string>& document) const;
 
-    // Ends it: its exit code, or 128 and the number of the signal that ended it; -1 when it is gone already.
-    int end(int signal = SIGTERM);
+    // As BackgroundProcess::end().
+    int end(int signal = SIGTERM) { return process_->end(signal); }
 
 private:
     std::filesystem::path file(const char* name) const { return folder_.path() / name; }
     void readEnvironment(int output);
 
     TempFolder folder_;
-    pid_t process_ = -1;
+    std::optional<BackgroundProcess> process_;
     std::string url_;
     std::string snmpAgent_;
 };

@@ -1,0 +1,36 @@
+// A real web server of a test's own, with passwords and certificates that it has made for itself.
+#pragma once
+
+#include "Tests/Support/Processes.h"
+#include "Tests/Support/TempFolder.h"
+
+#include <memory>
+#include <string>
+
+namespace orvan {
+
+// nginx on 127.0.0.1, which serves one document at "/status.xml". Its certificates are signed by nobody else,
+// and for another host.
+class WebServer {
+public:
+    static bool isInstalled();
+
+    // Answers when it serves; throws when it does not.
+    explicit WebServer(const std::string& document);
+
+    // Wants the user name "user" and the password "secret".
+    std::string modern() const;
+    // Speaks TLS 1.0 alone, with a short key; "/moved" leads to the document.
+    std::string old(const std::string& path) const;
+
+private:
+    void certify(const std::string& name, const std::string& key) const;
+    void waitUntilServing() const;
+
+    TempFolder folder_;
+    int modernPort_ = 0;
+    int oldPort_ = 0;
+    std::unique_ptr<BackgroundProcess> process_;
+};
+
+} // namespace orvan
