@@ -5,6 +5,7 @@
 #include "CommandFilter/Program/FilterMessages.h"
 #include "CommandFilter/Program/PrinterLevels.h"
 #include "CommandFilter/Program/StatusQuery.h"
+#include "CommandFilter/StatusMessages.h"
 
 #include <strings.h>
 
@@ -137,7 +138,7 @@ void runCommandFilter(const FilterCall& call) {
     // Who does not answer the one question does not answer the other.
     if (isOffline) return;
     const bool agentDone = answerFromAgent(commands, *address, call.serverRoot, !documentDone);
-    if (documentDone && agentDone) tellInfo("The printer's status was read.");
+    if (documentDone && agentDone) tellInfo(kStatusReadMessage);
 }
 
 } // namespace orvan

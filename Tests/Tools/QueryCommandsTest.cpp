@@ -137,7 +137,7 @@ TEST_F(QueryCommands, ShowWhatThePrinterAnswersByBothWays) {
             "  Certificates (ivory, 160 g)  type 17, base class Cardstock\n"
             "  Delivery notes  type 4, base class Recycled\n");
         const Json status = answer(with({"status", "--json"}));
-        EXPECT_EQ(status.size(), 4U);
+        EXPECT_EQ(status.size(), 5U);
         EXPECT_EQ(status["schemaVersion"], 1);
         EXPECT_EQ(status["queue"], queue);
         EXPECT_EQ(status["release"], release);
@@ -171,7 +171,8 @@ TEST_F(QueryCommands, ReadEveryFormAndEveryWriter) {
                 EXPECT_EQ(papers["papers"], expected);
                 EXPECT_EQ(papers["queue"], queue);
                 EXPECT_EQ(papers["schemaVersion"], 1);
-                EXPECT_EQ(papers.size(), 3U);
+                EXPECT_EQ(papers["complaint"], "");
+                EXPECT_EQ(papers.size(), 4U);
             }
 }
 

@@ -1,6 +1,6 @@
+#include "Common/Utilities/OneLine.h"
 #include "Common/Utilities/URLFetch.h"
 #include "Tools/Orvan/Command.h"
-#include "Common/Utilities/OneLine.h"
 #include "Tools/Orvan/PasswordPrompt.h"
 
 #include <cstdlib>

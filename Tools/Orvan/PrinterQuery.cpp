@@ -61,8 +61,11 @@ std::string explain(
         if (const auto job = findStatusJob(queue, kSchedulerPatience)) return describe(*job, queue);
         if (isBusy(channel))
             return "no answer came within " + std::to_string(static_cast<int>(timeout.count())) + " s";
-        return hasStoredChunks(queue, *channel.supportedCommands())
-                   ? "what the printer's command filter answered cannot be decoded"
+        if (hasStoredChunks(queue, *channel.supportedCommands()))
+            return "what the printer's command filter answered cannot be decoded";
+        const std::string complaint = complaintOfLastJob(queue, kSchedulerPatience);
+        return !complaint.empty()
+                   ? complaint
                    : "the printer's command filter answered nothing; the scheduler's error log says why";
     }
     switch (channel.state()) {
@@ -117,6 +120,8 @@ PrinterAnswers askPrinter(const std::string& queue, std::chrono::duration<double
     platform::runMainLoopUntil([&channel] { return !isBusy(*channel); }, timeout);
     if (collector->responses.empty())
         answers.problem = "printer " + queue + " gave no answer: " + explain(*channel, queue, timeout);
+    else if (RunningOn107OrLater())
+        answers.complaint = complaintOfLastJob(queue, kSchedulerPatience);
     channel->invalidate();
     answers.responses = std::move(collector->responses);
     return answers;

@@ -12,6 +12,8 @@ namespace orvan {
 struct PrinterAnswers {
     std::vector<platform::PropertyList> responses; // in the order of delivery
     std::string problem;                           // for people; empty when something was answered
+    // For people: why the responses, or some of them, are those of an earlier question; mostly empty.
+    std::string complaint;
 };
 
 // Dispatches every command that the queue's PPD lists and waits for the answers, at most for so long. Which

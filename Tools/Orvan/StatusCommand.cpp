@@ -23,7 +23,12 @@ struct QueryArguments {
 
 PrinterAnswers ask(const QueryArguments& arguments) {
     setSystemRelease(arguments.release);
-    return askPrinter(arguments.queue, std::chrono::duration<double>(arguments.timeout));
+    PrinterAnswers answers = askPrinter(arguments.queue, std::chrono::duration<double>(arguments.timeout));
+    if (!answers.complaint.empty())
+        std::cerr << "orvan: printer " << arguments.queue
+                  << " was asked in vain, its earlier answers follow: " << onOneLine(answers.complaint)
+                  << '\n';
+    return answers;
 }
 
 int status(const QueryArguments& arguments) {
@@ -37,7 +42,7 @@ int status(const QueryArguments& arguments) {
     for (const platform::PropertyList& response : answers.responses)
         responses.push_back(jsonFromPropertyList(response));
     std::cout << Json{{"schemaVersion", 1}, {"queue", arguments.queue}, {"release", currentRelease()},
-                     {"responses", std::move(responses)}}
+                     {"complaint", answers.complaint}, {"responses", std::move(responses)}}
               << '\n';
     return kDone;
 }
@@ -54,7 +59,8 @@ int papers(const QueryArguments& arguments) {
                       << onOneLine(paper.baseClass) << '\n';
     }
     if (arguments.json)
-        std::cout << Json{{"schemaVersion", 1}, {"queue", arguments.queue}, {"papers", std::move(list)}}
+        std::cout << Json{{"schemaVersion", 1}, {"queue", arguments.queue}, {"complaint", answers.complaint},
+                         {"papers", std::move(list)}}
                   << '\n';
     return kDone;
 }

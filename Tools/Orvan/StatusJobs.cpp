@@ -1,6 +1,7 @@
 #include "Tools/Orvan/StatusJobs.h"
 
 #include "BiDi/OrvanBiDi.h"
+#include "CommandFilter/StatusMessages.h"
 #include "PrintDialog/Host/Scheduler.h"
 
 #include <cups/cups.h>
@@ -17,7 +18,7 @@ bool isInTrouble(const StatusJob& job) {
 }
 
 // Get-Jobs, RFC 8011, section 4.2.6.
-ipp_t* requestFor(const std::string& queue) {
+ipp_t* requestFor(const std::string& queue, const char* whichJobs) {
     static constexpr std::array<const char*, 4> kWanted{
         "job-id", "job-name", "job-state", "job-printer-state-message"};
     ipp_t* const request = ippNewRequest(IPP_OP_GET_JOBS);
@@ -27,6 +28,7 @@ ipp_t* requestFor(const std::string& queue) {
     ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_URI, "printer-uri", nullptr, uri.data());
     ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_NAME, "requesting-user-name", nullptr, cupsUser());
     ippAddBoolean(request, IPP_TAG_OPERATION, "my-jobs", 1);
+    ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "which-jobs", nullptr, whichJobs);
     ippAddStrings(request, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes",
         static_cast<int>(kWanted.size()), nullptr, kWanted.data());
     return request;
@@ -37,7 +39,7 @@ std::string textOf(ipp_attribute_t* attribute) {
     return text != nullptr ? text : "";
 }
 
-// The channel's jobs in the answer, oldest first.
+// The channel's jobs in the answer, in its order.
 std::vector<StatusJob> jobsIn(ipp_t* answer) {
     std::vector<StatusJob> jobs;
     StatusJob job;
@@ -67,12 +69,20 @@ std::vector<StatusJob> jobsIn(ipp_t* answer) {
 } // namespace
 
 std::optional<StatusJob> findStatusJob(const std::string& queue, std::chrono::milliseconds patience) {
-    const auto answer = askScheduler(requestFor(queue), patience, nullptr);
+    const auto answer = askScheduler(requestFor(queue, "not-completed"), patience, nullptr);
     if (answer == nullptr) return std::nullopt;
     const std::vector<StatusJob> jobs = jobsIn(answer.get());
     if (jobs.empty()) return std::nullopt;
     const auto troubled = std::ranges::find_if(jobs, isInTrouble);
     return troubled != jobs.end() ? *troubled : jobs.front();
+}
+
+std::string complaintOfLastJob(const std::string& queue, std::chrono::milliseconds patience) {
+    const auto answer = askScheduler(requestFor(queue, "completed"), patience, nullptr);
+    if (answer == nullptr) return {};
+    const std::vector<StatusJob> jobs = jobsIn(answer.get());
+    const auto newest = std::ranges::max_element(jobs, {}, &StatusJob::id);
+    return newest == jobs.end() || newest->message == kStatusReadMessage ? "" : newest->message;
 }
 
 std::string describe(const StatusJob& job, const std::string& queue) {

@@ -19,6 +19,10 @@ struct StatusJob {
 // that is not. Nothing when there is none, or the scheduler does not say.
 std::optional<StatusJob> findStatusJob(const std::string& queue, std::chrono::milliseconds patience);
 
+// What the command filter last said for people in this person's newest job of the channel that has ended;
+// empty when it said nothing or all went well.
+std::string complaintOfLastJob(const std::string& queue, std::chrono::milliseconds patience);
+
 // For people: what keeps the job, and how to be rid of it.
 std::string describe(const StatusJob& job, const std::string& queue);
 

@@ -1,0 +1,182 @@
+// The command filter in a real scheduler's queue, with all that is around it: `orvan` asks, a simulated
+// printer answers, and other clients of the scheduler see what it said.
+#include "Tests/Support/DerivedPPD.h"
+#include "Tests/Support/Processes.h"
+#include "Tests/Support/SimulatedPrinter.h"
+#include "Tests/Support/WebServer.h"
+#include "Tools/PrintingSystem/PrintingSystem.h"
+
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <memory>
+#include <sstream>
+#include <thread>
+
+namespace orvan {
+namespace {
+
+constexpr const char* kFilterPlace = "/usr/lib/cups/filter/commandtoorvan";
+
+std::string contents(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void replace(std::string& text, const std::string& from, const std::string& to) {
+    const std::size_t at = text.find(from);
+    ASSERT_NE(at, std::string::npos) << from;
+    text.replace(at, from.size(), to);
+}
+
+// The effective user of a process, from its status as proc(5) has it.
+std::string userOf(const std::string& status) {
+    std::istringstream words(status.substr(std::min(status.find("Uid:"), status.size())));
+    std::string user;
+    words >> user >> user >> user;
+    return user;
+}
+
+class CommandQueue : public testing::Test {
+protected:
+    void SetUp() override {
+        if (SchedulerProcess::findProgram().empty()) GTEST_SKIP() << "cupsd is not installed";
+        PrintingSystemOptions options;
+        options.folder.extraFilters = {ORVAN_COMMAND_FILTER};
+        Failure failure;
+        system_ = PrintingSystem::start(options, &failure);
+        ASSERT_TRUE(system_) << failure.value_or("");
+    }
+
+    // With the driver's own PPD, but for the places of the filter and of the printer.
+    void addQueue(const std::string& name, const std::string& filter, const std::string& url,
+        const std::string& agent = "127.0.0.1:9") const {
+        std::string ppd = contents(ORVAN_DRIVER_PPD);
+        replace(ppd, kFilterPlace, filter);
+        replace(ppd, "\"/status.xml\"", '"' + url + "\"\n*OVNSNMPAgent: \"" + agent + '"');
+        const TempFolder folder;
+        ASSERT_EQ(system_->addQueue({.name = name, .ppdFile = folder.write("queue.ppd", ppd)}), std::nullopt);
+    }
+
+    ProgramEnd run(std::vector<std::string> command, const Environment& more = {}) const {
+        const ClientEnvironment client = system_->environment();
+        Environment environment(client.begin(), client.end());
+        environment.insert({{"LC_ALL", "C.UTF-8"}, {"LANGUAGE", ""}, {"ORVAN_SYSTEM_RELEASE", std::nullopt}});
+        environment.insert(more.begin(), more.end());
+        return runProgram(command, environment);
+    }
+    std::string papers(
+        const std::string& queue, const std::string& release = "10.9.0", const Environment& more = {}) const {
+        const ProgramEnd end = run({ORVAN_PROGRAM, "papers", "-q", queue, "--release", release}, more);
+        EXPECT_EQ(end.exitCode, 0) << end.errors;
+        return end.output;
+    }
+    // What a client that knows nothing of us says of the queue.
+    std::string attributes(const std::string& queue) const {
+        return run({"/usr/bin/lpoptions", "-p", queue}).output;
+    }
+
+    std::unique_ptr<PrintingSystem> system_;
+};
+
+TEST_F(CommandQueue, CarriesThePrintersAnswersBothWays) {
+    const std::string document = contents(ORVAN_STATUS_DOCUMENT);
+    SimulatedPrinter printer({"--log"}, document);
+    addQueue("Office", "commandtoorvan", printer.url(), printer.snmpAgent());
+    addQueue("Direct", ORVAN_COMMAND_FILTER, printer.url(), printer.snmpAgent());
+    const std::string before = papers("Office");
+    EXPECT_NE(before.find("Delivery notes\t4\tRecycled\n"), std::string::npos) << before;
+    EXPECT_EQ(papers("Direct", "10.6.8"), before);
+    const ProgramEnd status = run({ORVAN_PROGRAM, "status", "-q", "Office"});
+    EXPECT_NE(status.output.find("Job accounting\n  1\n"), std::string::npos)
+        << status.output << status.errors;
+
+    std::string renamed = document;
+    replace(renamed, "Delivery notes", "Lieferscheine grün");
+    printer.replaceDocument(renamed);
+    std::string expected = before;
+    replace(expected, "Delivery notes", "Lieferscheine grün");
+    EXPECT_EQ(papers("Office"), expected);
+    EXPECT_EQ(papers("Direct", "10.6.8"), expected);
+
+    // A printer that is off leaves what is known, and no job in the way.
+    printer.end();
+    const ProgramEnd off = run({ORVAN_PROGRAM, "papers", "-q", "Office"});
+    EXPECT_EQ(off.output, expected);
+    EXPECT_NE(off.errors.find("in vain, its earlier answers follow: The printer at http://127.0.0.1:"),
+        std::string::npos)
+        << off.errors;
+    std::vector<PrintJob> jobs;
+    ASSERT_EQ(system_->jobs("Office", &jobs), std::nullopt);
+    for (const PrintJob& job : jobs)
+        EXPECT_EQ(job.state, IPP_JSTATE_COMPLETED);
+}
+
+TEST_F(CommandQueue, TellsOtherClientsOfLevelsAndTakesItBack) {
+    const auto document = [](const char* tray, const char* toner) {
+        return "<s><deviceStatus><printer><inputTrays><t><status>" + std::string(tray) +
+               "</status></t></inputTrays><supplies><s><name>Cyan Toner</name><status>" + toner +
+               "</status></s><s><name>Black Toner</name><status>50</status></s></supplies></printer>"
+               "</deviceStatus></s>";
+    };
+    const SimulatedPrinter printer({}, document("Empty", "3"));
+    addQueue("Office", "commandtoorvan", printer.url(), printer.snmpAgent());
+    papers("Office");
+    const std::string poor = attributes("Office");
+    for (const char* const words : {"Cyan\\ toner,Black\\ toner", "marker-levels=3,50", "#00FFFF,#000000",
+             "media-empty-warning", "toner-low-report"})
+        EXPECT_NE(poor.find(words), std::string::npos) << words << " in\n" << poor;
+    printer.replaceDocument(document("Full", "OK"));
+    papers("Office");
+    const std::string well = attributes("Office");
+    EXPECT_NE(well.find("marker-levels=100,50"), std::string::npos) << well;
+    EXPECT_NE(well.find("printer-state-reasons=none"), std::string::npos) << well;
+}
+
+TEST_F(CommandQueue, RunsItsFilterAsTheSchedulersUser) {
+    if (geteuid() != 0) GTEST_SKIP() << "only root's scheduler runs its filters as another user";
+    const SimulatedPrinter printer({"--misbehave", "silent"});
+    addQueue("Office", "commandtoorvan", printer.url());
+    const TempFolder folder;
+    int job = 0;
+    ASSERT_EQ(
+        system_->print("Office", folder.write("job", "#CUPS-COMMAND\ncom.orvan.DeviceStatus\n"), {}, &job),
+        std::nullopt);
+    std::string user;
+    for (int i = 0; i < 200 && user.empty(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        for (const auto& process : std::filesystem::directory_iterator("/proc"))
+            if (contents(process.path() / "comm") == "commandtoorvan\n" &&
+                contents(process.path() / "environ").find(system_->folder().path()) != std::string::npos)
+                user = userOf(contents(process.path() / "status"));
+    }
+    EXPECT_EQ(user, std::to_string(getpwnam("lp")->pw_uid)) << system_->folder().errorLogTail(20);
+}
+
+TEST_F(CommandQueue, ReachesAPrinterBehindTLSAndAPassword) {
+    if (!WebServer::isInstalled()) GTEST_SKIP() << "nginx is not installed";
+    const WebServer server(contents(ORVAN_STATUS_DOCUMENT));
+    const SimulatedPrinter accounting;
+    addQueue("Modern", "commandtoorvan", server.modern(), accounting.snmpAgent());
+    addQueue("Old", "commandtoorvan", server.old("/status.xml"), accounting.snmpAgent());
+    EXPECT_NE(papers("Old").find("Delivery notes\t4\tRecycled\n"), std::string::npos);
+    const ProgramEnd refused = run({ORVAN_PROGRAM, "papers", "-q", "Modern"});
+    EXPECT_EQ(refused.output, "");
+    EXPECT_NE(refused.errors.find("wants a user name and a password"), std::string::npos) << refused.errors;
+    const ProgramEnd job = run({"/bin/sh", "-c",
+        "printf '#CUPS-COMMAND\\ncom.orvan.CustomPaperTypes username=user password=secret' | lp -s -d Modern "
+        "-t 'Printer Status' -"});
+    ASSERT_EQ(job.exitCode, 0) << job.errors;
+    std::vector<PrintJob> jobs;
+    ASSERT_EQ(system_->jobs("Modern", &jobs), std::nullopt);
+    system_->waitForJob(jobs.back().id, std::chrono::seconds(10));
+    EXPECT_NE(
+        contents(system_->folder().path() / "etc/ppd/Modern.ppd").find("com.orvan.CustomPaperTypes0000"),
+        std::string::npos);
+    EXPECT_EQ(system_->folder().errorLogTail(1000).find("secret"), std::string::npos);
+}
+
+} // namespace
+} // namespace orvan
