@@ -14,6 +14,7 @@ from dataclasses import dataclass
 from pathlib import Path
 from typing import Optional
 
+import commands
 import startup
 
 REPETITIONS = 15  # of each benchmark, in mixed order; the least time counts, or of pairs the median ratio
@@ -126,6 +127,8 @@ def rows(build):
     yield times.paired("  beside a tree alone", "readStatus/libxml", "libxml2's tree", 0.8)
     yield times.paired("Keywords looked up", "lookUp/forward", "std::unordered_map", 1.0)
     yield times.paired("  and back", "lookUp/back", "std::unordered_map", 1.0)
+    one, six = commands.one_and_all(build, Path(__file__).parent.parent / "Packaging/PPD/Orvan-4500.ppd")
+    yield Row("Six commands answered about one document", "s", six, one, "one command", 1.2)
     module = next((build / "lib").glob("**/liborvan-paper-options-module.so"))
     with_module, without = startup.instructions(build / "Benchmarks/quiet-application", module)
     yield Row("Instructions of an application that never prints", "instructions", with_module,

@@ -28,15 +28,16 @@ struct CloseSession {
 };
 using Session = std::unique_ptr<void, CloseSession>;
 
-// The library without its configuration files, its modules of names and its log.
+// The library without its configuration files, its log, and what else init_snmp() looks for in the system:
+// modules of names, certificates, an identity as an agent.
 void prepareLibrary() {
     static const bool isPrepared = [] {
         for (const int flag : {NETSNMP_DS_LIB_DONT_READ_CONFIGS, NETSNMP_DS_LIB_DONT_PERSIST_STATE,
                  NETSNMP_DS_LIB_DISABLE_PERSISTENT_LOAD, NETSNMP_DS_LIB_DISABLE_PERSISTENT_SAVE})
             netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, flag, 1);
-        netsnmp_set_mib_directory("");
         snmp_disable_log();
-        init_snmp("orvan");
+        netsnmp_container_init_list();
+        netsnmp_tdomain_init();
         return true;
     }();
     static_cast<void>(isPrepared);
