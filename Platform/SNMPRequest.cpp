@@ -36,8 +36,6 @@ void prepareLibrary() {
                  NETSNMP_DS_LIB_DISABLE_PERSISTENT_LOAD, NETSNMP_DS_LIB_DISABLE_PERSISTENT_SAVE})
             netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, flag, 1);
         snmp_disable_log();
-        netsnmp_container_init_list();
-        netsnmp_tdomain_init();
         return true;
     }();
     static_cast<void>(isPrepared);
