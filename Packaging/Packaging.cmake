@@ -19,6 +19,7 @@ endfunction()
 file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/Compressed)
 orvan_install_compressed(${PROJECT_SOURCE_DIR}/Documentation/man/orvan.1 ${CMAKE_INSTALL_MANDIR}/man1)
 orvan_install_compressed(${PROJECT_SOURCE_DIR}/Documentation/man/orvan-print.1 ${CMAKE_INSTALL_MANDIR}/man1)
+orvan_install_compressed(${PROJECT_SOURCE_DIR}/Documentation/man/commandtoorvan.8 ${CMAKE_INSTALL_MANDIR}/man8)
 orvan_install_compressed(${PROJECT_BINARY_DIR}/Debian/changelog ${CMAKE_INSTALL_DATADIR}/doc/orvan-paper-options)
 
 # The switch for every session of the machine: in the package, but not for "cmake --install" into some folder.
