@@ -48,7 +48,8 @@ paper of an Orvan printer by the names that the printer was given, separator
 pages, and what happens when a tray has other paper.
 .
 Also has a command that shows the same on a terminal, a print dialog for files
-of applications without one, and the printers' PPD files.")
+of applications without one, the printers' PPD files, and their command filter,
+which asks a printer for its papers, trays and supplies.")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
