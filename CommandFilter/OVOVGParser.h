@@ -2,7 +2,6 @@
 #pragma once
 
 #include "CommandFilter/TicketVocabulary.h"
-#include "Platform/PropertyList.h"
 #include "Platform/XMLDocument.h"
 
 #include <memory>
@@ -11,9 +10,6 @@
 #include <string_view>
 
 namespace orvan {
-
-// A printer's data under the keys of CommandFilter/TicketVocabulary.h.
-using Ticket = platform::PropertyList::Dictionary;
 
 // Reads the XML document in which a printer reports trays, supplies, custom paper types, stored jobs, colour
 // modes and colour permissions, and writes what it finds into a ticket. Names of elements are compared

@@ -1,8 +1,7 @@
 // The printer's answer to an SNMP query.
 #pragma once
 
-#include "CommandFilter/OVOVGParser.h"
-#include "Platform/PropertyList.h"
+#include "CommandFilter/TicketVocabulary.h"
 
 namespace orvan {
 

@@ -4,9 +4,13 @@
 // system's own.
 #pragma once
 
+#include "Platform/PropertyList.h"
+
 #include <string_view>
 
 namespace orvan {
+
+using Ticket = platform::PropertyList::Dictionary;
 
 // Syntaxes of attributes.
 inline constexpr std::string_view OVCPSSKeywordSyntax = "keyword";

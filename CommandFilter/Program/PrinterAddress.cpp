@@ -55,13 +55,16 @@ bool isURL(std::string_view text) {
     return text.find("://") != std::string_view::npos;
 }
 
-// "host", "host:port", "[address]" or "[address]:port".
+// "host", "host:port", an IPv6 address, "[address]" or "[address]:port".
 void setAgent(PrinterAddress& address, std::string_view agent) {
     const bool isBracketed = agent.starts_with('[');
-    const std::size_t end = isBracketed ? agent.find(']') : agent.find(':');
-    address.snmpHost = agent.substr(isBracketed ? 1 : 0, end - (isBracketed ? 1 : 0));
-    const std::size_t colon = agent.find(':', end == std::string_view::npos ? agent.size() : end);
-    if (colon == std::string_view::npos) return;
+    const std::size_t colon = agent.rfind(':');
+    const bool isAddress = !isBracketed && agent.find(':') != colon;
+    const bool hasPort = colon != std::string_view::npos && !isAddress && !agent.ends_with(']');
+    std::string_view host = hasPort ? agent.substr(0, colon) : agent;
+    if (isBracketed) host = host.substr(1, host.find(']') - 1);
+    address.snmpHost = host;
+    if (!hasPort) return;
     const std::string_view port = agent.substr(colon + 1);
     std::from_chars(port.data(), port.data() + port.size(), address.snmpPort);
 }

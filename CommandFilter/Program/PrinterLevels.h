@@ -1,7 +1,7 @@
 // Trays and supplies for every other client of the scheduler.
 #pragma once
 
-#include "CommandFilter/OVOVGParser.h"
+#include "CommandFilter/TicketVocabulary.h"
 
 #include <string>
 

@@ -1,5 +1,6 @@
 #include "CommandFilter/Program/StatusQuery.h"
 
+#include "CommandFilter/OVOVGParser.h"
 #include "CommandFilter/OVSNMPParser.h"
 #include "CommandFilter/Program/Communities.h"
 #include "CommandFilter/Program/FilterMessages.h"

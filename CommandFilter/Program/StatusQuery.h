@@ -1,8 +1,8 @@
 // The questions that the command filter asks a printer.
 #pragma once
 
-#include "CommandFilter/OVOVGParser.h"
 #include "CommandFilter/Program/PrinterAddress.h"
+#include "CommandFilter/TicketVocabulary.h"
 
 #include <filesystem>
 #include <optional>
