@@ -9,8 +9,12 @@
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
+#include <array>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <unordered_map>
 #include <vector>
@@ -20,37 +24,45 @@ namespace {
 
 constexpr std::size_t kDocumentSize = platform::XMLDocument::kMaximumSize;
 
-std::string section(const std::string& opening, const std::string& entry, const std::string& closing) {
-    std::string text = opening;
-    while (text.size() + entry.size() + closing.size() < kDocumentSize / 5)
-        text += entry;
-    return text + closing;
+// A list of the status, from its first record to behind the closing tag of its last.
+struct Records {
+    std::string_view first;
+    std::string_view end;
+};
+constexpr std::array<Records, 5> kRepeated{{
+    {"<tray>", "</inputTrays>"},
+    {"<supply>", "</supplies>"},
+    {"<customPaperType>", "</printer>"},
+    {"<job>", "</personalJobs>"},
+    {"<INSTANCE>", "</COLORMODE>"},
+}};
+
+std::string readSample() {
+    std::ifstream file(ORVAN_SOURCE_DIR "/Tools/Simulator/status.xml");
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// All sections of a status, each a fifth of the document.
+// The simulator's status, indentation and all, with as many records as a document may have.
 const std::string& statusDocument() {
-    static const std::string document =
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<status>\n" +
-        section("<deviceStatus><printer><inputTrays>\n",
-            "  <tray>\n    <name>Tray 2</name>\n    <status>NearEmpty</status>\n"
-            "    <paperSize>Postcard (148 x 200 mm)</paperSize>\n"
-            "    <paperType>Thick Glossy Paper</paperType>\n  </tray>\n",
-            "</inputTrays>") +
-        section("<supplies>\n",
-            "  <supply>\n    <name>Magenta Toner</name>\n    <status>35</status>\n  </supply>\n",
-            "</supplies></printer></deviceStatus>\n") +
-        section("<customPaperTypes><printer>\n",
-            "  <customPaperType>\n    <name>Certificates (ivory, 160 g)</name>\n    <type>17</type>\n"
-            "    <baseClass>Cardstock</baseClass>\n  </customPaperType>\n",
-            "</printer></customPaperTypes>\n") +
-        section("<storedJobs><printer><personalJobs>\n",
-            "  <job>\n    <name>Menu of the week</name>\n    <id>4711</id>\n  </job>\n",
-            "</personalJobs></printer></storedJobs>\n") +
-        section("<MULTIRSP ColorModeCount=\"1\"><first/><mode>\n",
-            "  <INSTANCE>\n    <PROPERTY NAME=\"Name\">Vivid</PROPERTY>\n"
-            "    <PROPERTY NAME=\"Id\">12</PROPERTY>\n  </INSTANCE>\n",
-            "</mode></MULTIRSP>\n") +
-        "</status>\n";
+    static const std::string document = [] {
+        std::string text = readSample();
+        std::array<std::string, kRepeated.size()> records;
+        std::size_t size = 0;
+        for (std::size_t i = 0; i < records.size(); ++i) {
+            const std::size_t first = text.find(kRepeated[i].first);
+            const std::size_t start = text.rfind('\n', first);
+            const std::size_t end = text.find(kRepeated[i].end, first);
+            records[i] = text.substr(start, text.rfind('\n', end) - start);
+            size += records[i].size();
+        }
+        const std::size_t copies = (kDocumentSize - text.size()) / size;
+        for (std::size_t i = 0; i < records.size(); ++i) {
+            const std::size_t start = text.find(records[i]);
+            for (std::size_t copy = 0; copy < copies; ++copy)
+                text.insert(start, records[i]);
+        }
+        return text;
+    }();
     return document;
 }
 
@@ -58,7 +70,7 @@ bool readTicket() {
     Ticket ticket;
     const auto parser = OVOVGParser::initWithData(statusDocument());
     if (parser != nullptr) parser->writeToTicket(ticket);
-    return ticket.size() == 5;
+    return ticket.size() == 6;
 }
 
 bool readByExpat() {

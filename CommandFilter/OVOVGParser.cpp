@@ -88,6 +88,7 @@ void OVOVGParser::fillDictionaryWithStatus(Ticket& ticket, const Element& printe
 
 void OVOVGParser::fillDictionaryWithCustomTypes(Ticket& ticket, const Element& printer) const {
     List types;
+    types.reserve(printer.childCount());
     forEachElement(printer, [&](const Element& child) {
         if (child.name() != OVOVGCustomPaperType) return;
         Ticket type;

@@ -42,14 +42,11 @@ void storeFirstFound(
     }
 }
 
-Ticket& mediaOf(Ticket& tray) {
-    return *tray.try_emplace(std::string(OVCPSSMedia), Ticket()).first->second.asDictionary();
-}
-
 } // namespace
 
 Ticket OVOVGParser::trayForValue(const Element& tray) const {
     Ticket record;
+    Ticket media;
     forEachElement(tray, [&](const Element& child) {
         const std::string_view name = child.name();
         const std::string_view text = child.stringValue();
@@ -58,10 +55,11 @@ Ticket OVOVGParser::trayForValue(const Element& tray) const {
         else if (name == "status")
             record.insert_or_assign(std::string(OVCPSSTrayLevel), levelForTrayStatus(text));
         else if (name == "paperSize")
-            mediaOf(record).insert_or_assign(std::string(kPageSize), keyForSize(text));
+            media.insert_or_assign(std::string(kPageSize), keyForSize(text));
         else if (name == "paperType")
-            mediaOf(record).insert_or_assign(std::string(kMediaType), keyForType(text));
+            media.insert_or_assign(std::string(kMediaType), keyForType(text));
     });
+    if (!media.empty()) record.insert_or_assign(std::string(OVCPSSMedia), std::move(media));
     return record;
 }
 

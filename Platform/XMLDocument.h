@@ -46,7 +46,7 @@ public:
     std::size_t childCount() const { return childCount_; }
     // Null when there is no such child.
     const XMLNode* childAtIndex(std::size_t index) const;
-    const XMLNode* firstChild() const { return childAtIndex(0); }
+    const XMLNode* firstChild() const { return childCount_ != 0 ? this + 1 : nullptr; }
     const XMLNode* nextSibling() const;
     // The first child element of a name; null when there is none.
     const XMLNode* childNamed(std::string_view name) const;

@@ -17,6 +17,7 @@ public:
         XML_SetCommentHandler(parser, &XMLDocumentBuilder::onComment);
         XML_SetStartDoctypeDeclHandler(parser, &XMLDocumentBuilder::onDoctype);
         XML_SetSkippedEntityHandler(parser, &XMLDocumentBuilder::onSkippedEntity);
+        document_.nodes_.reserve(size / kBytesOfNode);
         document_.names_.reserve(size / 2);
         document_.text_.reserve(size / 4);
     }
@@ -34,6 +35,8 @@ public:
 
 private:
     static_assert(XMLDocument::kMaximumSize <= INT_MAX / 4, "texts are addressed by 32 bits");
+    // About what a node takes in a printer's status, which is indented.
+    static constexpr std::size_t kBytesOfNode = 24;
 
     static XMLDocumentBuilder& of(void* self) { return *static_cast<XMLDocumentBuilder*>(self); }
     static void XMLCALL onStart(void* self, const XML_Char* name, const XML_Char** attributes) {
@@ -62,8 +65,8 @@ private:
         XML_StopParser(parser_, XML_FALSE);
     }
 
-    // As XML 1.0 section 2.3 has it.
-    static bool isWhiteSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
+    // Of the characters up to the space, a document can have only white space (XML 1.0 section 2.2).
+    static bool isWhiteSpace(char c) { return static_cast<unsigned char>(c) <= ' '; }
     static std::uint32_t small(std::size_t value) { return static_cast<std::uint32_t>(value); }
 
     XMLNode& addNode(XMLNode::Kind kind) {
@@ -113,25 +116,22 @@ private:
     // Whether the characters make a node is known when the last of them is there.
     void text(std::string_view text) {
         if (failed()) return;
-        if (!textIsOpen_) {
-            textIsOpen_ = true;
-            textIsBlank_ = true;
-            textStart_ = document_.text_.size();
-        }
         textIsBlank_ = textIsBlank_ && std::ranges::all_of(text, isWhiteSpace);
         document_.text_ += text;
     }
 
     void endText() {
-        if (!textIsOpen_) return;
-        textIsOpen_ = false;
+        std::string& texts = document_.text_;
+        if (texts.size() == textStart_) return;
         if (textIsBlank_) {
-            document_.text_.resize(textStart_);
+            texts.resize(textStart_);
             return;
         }
         XMLNode& node = addNode(XMLNode::Kind::text);
         node.textStart_ = small(textStart_);
-        node.textLength_ = small(document_.text_.size() - textStart_);
+        node.textLength_ = small(texts.size() - textStart_);
+        textStart_ = texts.size();
+        textIsBlank_ = true;
     }
 
     void comment(std::string_view text) {
@@ -143,18 +143,15 @@ private:
         document_.names_ += text;
     }
 
-    // Gives each element its place in the list of children, then fills the places in document order.
+    // Each node is the child of one element at most, so that this takes as many steps as there are nodes.
     void linkChildren() {
         std::vector<XMLNode>& nodes = document_.nodes_;
-        document_.children_.resize(nodes.size() - 1);
-        std::vector<std::uint32_t> next(nodes.size());
-        std::uint32_t place = 0;
-        for (std::size_t i = 0; i < nodes.size(); ++i) {
-            nodes[i].firstChild_ = next[i] = place;
-            place += nodes[i].childCount_;
+        document_.children_.reserve(nodes.size() - 1);
+        for (std::uint32_t i = 0; i < nodes.size(); ++i) {
+            nodes[i].firstChild_ = small(document_.children_.size());
+            for (std::uint32_t child = i + 1; child < nodes[i].end_; child = nodes[child].end_)
+                document_.children_.push_back(child);
         }
-        for (std::size_t i = 1; i < nodes.size(); ++i)
-            document_.children_[next[nodes[i].parent_]++] = small(i);
     }
 
     XML_Parser parser_;
@@ -162,9 +159,8 @@ private:
     XMLDocument& document_;
     std::string error_;
     std::vector<std::uint32_t> open_; // the elements that are not closed yet
-    bool textIsOpen_ = false;
+    std::size_t textStart_ = 0; // of the characters that are no node yet, the last of the document's texts
     bool textIsBlank_ = true;
-    std::size_t textStart_ = 0;
 };
 
 std::shared_ptr<const XMLDocument> XMLDocument::parse(std::string_view bytes, std::string* error) {

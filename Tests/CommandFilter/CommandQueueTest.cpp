@@ -60,7 +60,7 @@ protected:
         ASSERT_EQ(system_->addQueue({.name = name, .ppdFile = folder.write("queue.ppd", ppd)}), std::nullopt);
     }
 
-    ProgramEnd run(std::vector<std::string> command, const Environment& more = {}) const {
+    ProgramEnd run(const std::vector<std::string>& command, const Environment& more = {}) const {
         const ClientEnvironment client = system_->environment();
         Environment environment(client.begin(), client.end());
         environment.insert({{"LC_ALL", "C.UTF-8"}, {"LANGUAGE", ""}, {"ORVAN_SYSTEM_RELEASE", std::nullopt}});

@@ -23,7 +23,7 @@ int freePort() {
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
-    bind(socket.get(), reinterpret_cast<sockaddr*>(&address), size);
+    if (bind(socket.get(), reinterpret_cast<sockaddr*>(&address), size) != 0) return 0;
     getsockname(socket.get(), reinterpret_cast<sockaddr*>(&address), &size);
     return ntohs(address.sin_port);
 }
