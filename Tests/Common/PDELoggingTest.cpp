@@ -1,0 +1,95 @@
+#include "Common/PDELogging.h"
+
+#include <gtest/gtest.h>
+#include <syslog.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <limits>
+#include <vector>
+
+namespace {
+
+std::vector<std::string>& written() {
+    static std::vector<std::string> lines;
+    return lines;
+}
+
+} // namespace
+
+// In place of the C library's.
+extern "C" void syslog(int, const char* format, ...) {
+    std::array<char, 1024> line{};
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(line.data(), line.size(), format, arguments);
+    va_end(arguments);
+    written().emplace_back(line.data());
+}
+
+namespace orvan {
+namespace {
+
+struct Panel {
+    std::string description() const { return "the 100%d panel %@"; }
+};
+struct Base {
+    virtual ~Base() = default;
+};
+struct Derived : Base {};
+
+std::string lastLine() {
+    if (written().empty()) return "no line";
+    std::string line = written().back();
+    written().clear();
+    return line;
+}
+
+template <class... Arguments>
+std::string logged(std::string_view format, const Arguments&... arguments) {
+    _PDELog(nullptr, format, arguments...);
+    return lastLine();
+}
+
+TEST(PDELogging, writesOneLineOfTagObjectAndMessage) {
+    const Panel panel;
+    _PDEProlog(&panel, "willShow");
+    EXPECT_EQ(lastLine(), "orvan: BEGIN self(the 100%d panel %@) willShow");
+    _PDEEpilog(&panel, "%s took %d of %@", "it", 3, &panel);
+    EXPECT_EQ(lastLine(), "orvan: END self(the 100%d panel %@) it took 3 of the 100%d panel %@");
+    _PDELog(&panel, "");
+    EXPECT_EQ(lastLine(), "orvan: LOG self(the 100%d panel %@) ");
+    _PDEProlog(static_cast<const Panel*>(nullptr), "");
+    EXPECT_EQ(lastLine(), "orvan: BEGIN ");
+
+    const Derived derived;
+    const Base* const object = &derived;
+    std::array<char, 128> expected{};
+    std::snprintf(expected.data(), expected.size(), "orvan: LOG self(<%s %p>) x",
+        "orvan::(anonymous namespace)::Derived", static_cast<const void*>(object));
+    _PDELog(object, "x");
+    EXPECT_EQ(lastLine(), expected.data());
+}
+
+TEST(PDELogging, expandsFormatsAsPrintfDoes) {
+    EXPECT_EQ(logged("%d items of %-6s|%5.1f%%", 3, "A4", 12.25), "orvan: LOG 3 items of A4    | 12.2%");
+    EXPECT_EQ(logged("%x %X %o %#x", -1, std::uint8_t{255}, 8, 16L), "orvan: LOG ffffffff FF 10 0x10");
+    EXPECT_EQ(logged("%hhd %hu %c %c", 300, 65537, 'o', 0x6B), "orvan: LOG 44 1 o k");
+    EXPECT_EQ(logged("%lld %zu", std::numeric_limits<std::int64_t>::min(), std::size_t{7}),
+        "orvan: LOG -9223372036854775808 7");
+    EXPECT_EQ(logged("%*d|%-*s|%.*s", 4, 7, 3, "a", 2, std::string("abc")), "orvan: LOG    7|a  |ab");
+    EXPECT_EQ(logged("%@ %@ %@ %p", 5, 0.5, std::string_view("text"), static_cast<const void*>(nullptr)),
+        "orvan: LOG 5 0.5 text (nil)");
+}
+
+TEST(PDELogging, survivesFormatsThatDoNotFitTheirArguments) {
+    EXPECT_EQ(logged("%d %s %d", "three", 3), "orvan: LOG three 3 %d");
+    EXPECT_EQ(logged("%s %@", static_cast<const char*>(nullptr), static_cast<const Panel*>(nullptr)),
+        "orvan: LOG (null) (null)");
+    EXPECT_EQ(logged("%n %k %", 1), "orvan: LOG %n %k %");
+    EXPECT_EQ(logged("%*", 1), "orvan: LOG %*");
+    EXPECT_EQ(logged("%*d %d", "n", 5), "orvan: LOG %*d 5");
+}
+
+} // namespace
+} // namespace orvan
