@@ -1,5 +1,7 @@
 #include "Platform/TextEncoding.h"
 
+#include "Platform/Unicode.h"
+
 #include <glib.h>
 
 #include <algorithm>
@@ -21,6 +23,16 @@ std::optional<std::string> decodeASCII(std::string_view bytes) {
     const auto isASCII = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
     if (!std::all_of(bytes.begin(), bytes.end(), isASCII)) return std::nullopt;
     return std::string(bytes);
+}
+
+std::optional<std::string> encodeLatin1(std::string_view text) {
+    std::string bytes;
+    for (std::size_t position = 0; position < text.size();) {
+        const std::optional<char32_t> character = decodeUTF8(text, &position);
+        if (!character || *character > 0xFF) return std::nullopt;
+        bytes += static_cast<char>(*character);
+    }
+    return bytes;
 }
 
 std::string_view prefixOfUTF8(std::string_view text, std::size_t maximum) {

@@ -1,4 +1,4 @@
-// Bytes to text.
+// Bytes to text and back.
 #pragma once
 
 #include <cstddef>
@@ -13,6 +13,9 @@ std::optional<std::string> decodeUTF8(std::string_view bytes);
 
 // The bytes as ASCII text; nothing when a byte is above 127.
 std::optional<std::string> decodeASCII(std::string_view bytes);
+
+// The UTF-8 text in ISO 8859-1; nothing when it is not UTF-8 or holds a character that is not in there.
+std::optional<std::string> encodeLatin1(std::string_view text);
 
 // As much of valid UTF-8 text as fits `maximum` bytes without cutting a character.
 std::string_view prefixOfUTF8(std::string_view text, std::size_t maximum);

@@ -27,6 +27,12 @@ TEST(TextEncoding, decodesOnlyWhatIsValid) {
     }
 }
 
+TEST(TextEncoding, writesLatin1WhereItCan) {
+    EXPECT_EQ(encodeLatin1("B\xC3\xBCro \xC3\xBF"), "B\xFCro \xFF");
+    EXPECT_EQ(encodeLatin1("\xC4\x80"), std::nullopt);
+    EXPECT_EQ(encodeLatin1("B\xFCro"), std::nullopt);
+}
+
 TEST(TextEncoding, cutsBetweenCharacters) {
     EXPECT_EQ(prefixOfUTF8("Büro", 10), "Büro");
     EXPECT_EQ(prefixOfUTF8("Büro", 3), "Bü");

@@ -1,0 +1,27 @@
+// The address of a printer's web server.
+#pragma once
+
+#include "Common/DNSCursor.h"
+#include "Platform/PMPrinter.h"
+
+#include <optional>
+#include <string>
+
+namespace orvan {
+
+// "http://" and the host of the queue's device URI, without port and path; nothing when the scheduler does
+// not tell the device URI, when that has no host, or when the host makes no URL (a blank in it does not).
+//
+// A host that is the name of a discovered service ("Office Printer._ipp._tcp.local.") is no host for a
+// browser: the local network is asked for the host that offers the service, which takes up to
+// kMaximumMulticastTime (Common/RendezvousUtilities.h). When nobody answers, the device URI's host stays.
+std::optional<std::string> GetPrinterURL(platform::PMPrinter& printer);
+
+// The same for a device URI, whose percent escapes stand for the characters that they are.
+std::optional<std::string> printerURLForDeviceURI(const std::string& deviceURI);
+
+// The target of a DNS message's first answer, as it stands there, with its final dot ("printer.local.").
+// Nothing when that is no SRV record or no ASCII, or when the message cannot be read as far.
+std::optional<std::string> serviceHostInAnswer(DNSBytes message);
+
+} // namespace orvan
