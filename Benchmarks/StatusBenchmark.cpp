@@ -9,6 +9,7 @@
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <iterator>
@@ -55,7 +56,7 @@ const std::string& statusDocument() {
             records[i] = text.substr(start, text.rfind('\n', end) - start);
             size += records[i].size();
         }
-        const std::size_t copies = (kDocumentSize - text.size()) / size;
+        const std::size_t copies = (kDocumentSize - text.size()) / std::max(size, std::size_t{1});
         for (std::size_t i = 0; i < records.size(); ++i) {
             const std::size_t start = text.find(records[i]);
             for (std::size_t copy = 0; copy < copies; ++copy)

@@ -1,5 +1,8 @@
 #include "CommandFilter/Program/PrinterAddress.h"
 
+#include "Common/Utilities/PrinterURL.h"
+#include "Common/Utilities/URIParts.h"
+
 #include <cups/http.h>
 
 #include <array>
@@ -10,40 +13,16 @@ namespace orvan {
 namespace {
 
 constexpr const char* kDefaultPath = "/status.xml";
+constexpr int kHTTPPort = 80;
 
-struct URLParts {
-    std::string scheme;
-    std::string host;
-    int port = 0;
-    std::string resource;
-};
-
-std::optional<URLParts> separate(const std::string& url) {
-    std::array<char, HTTP_MAX_URI> scheme{};
-    std::array<char, HTTP_MAX_URI> user{};
-    std::array<char, HTTP_MAX_URI> host{};
-    std::array<char, HTTP_MAX_URI> resource{};
-    URLParts parts;
-    const auto size = [](const auto& buffer) { return static_cast<int>(buffer.size()); };
-    if (httpSeparateURI(HTTP_URI_CODING_ALL, url.c_str(), scheme.data(), size(scheme), user.data(),
-            size(user), host.data(), size(host), &parts.port, resource.data(),
-            size(resource)) < HTTP_URI_STATUS_OK)
-        return std::nullopt;
-    parts.scheme = scheme.data();
-    parts.host = host.data();
-    parts.resource = resource.data();
-    return parts;
-}
-
-// Empty when it does not fit.
-std::string assemble(const URLParts& parts) {
-    std::array<char, HTTP_MAX_URI> url{};
-    const int port = parts.scheme == "http" && parts.port == 80 ? 0 : parts.port;
-    if (httpAssembleURI(HTTP_URI_CODING_HOSTNAME, url.data(), static_cast<int>(url.size()),
-            parts.scheme.c_str(), nullptr, parts.host.c_str(), port,
-            parts.resource.c_str()) != HTTP_URI_STATUS_OK)
+// The URL without a user's name and password; empty when it is too long.
+std::string withoutUser(const URIParts& url) {
+    std::array<char, HTTP_MAX_URI> text{};
+    const int port = url.scheme == "http" && url.port == kHTTPPort ? 0 : url.port;
+    if (httpAssembleURI(HTTP_URI_CODING_HOSTNAME, text.data(), static_cast<int>(text.size()),
+            url.scheme.c_str(), nullptr, url.host.c_str(), port, url.resource.c_str()) != HTTP_URI_STATUS_OK)
         return {};
-    return url.data();
+    return text.data();
 }
 
 std::string attributeOf(ppd_file_t* ppd, const char* name) {
@@ -69,38 +48,46 @@ void setAgent(PrinterAddress& address, std::string_view agent) {
     std::from_chars(port.data(), port.data() + port.size(), address.snmpPort);
 }
 
+// A status document at a whole URL.
+std::optional<PrinterAddress> addressOfURL(const std::string& deviceURI, const std::string& place) {
+    const std::optional<URIParts> url = separateURI(place);
+    if (!url || (url->scheme != "http" && url->scheme != "https")) return std::nullopt;
+    const std::optional<URIParts> device = separateURI(deviceURI);
+    // The host of a discovered device is the name of a service.
+    const bool hasHost = device && device->scheme != "dnssd";
+    return PrinterAddress{place, withoutUser(*url), hasHost ? device->host : url->host};
+}
+
+// One at a path of the device's host.
+std::optional<PrinterAddress> addressOfPath(const std::string& deviceURI, const std::string& path) {
+    const std::optional<std::string> base = printerURLForDeviceURI(deviceURI);
+    const std::optional<URIParts> server = base ? separateURI(*base) : std::nullopt;
+    if (!server) return std::nullopt;
+    const std::string url = *base + (path.starts_with('/') ? path : '/' + path);
+    return PrinterAddress{url, url, server->host};
+}
+
 } // namespace
 
 std::optional<PrinterAddress> findPrinterAddress(
     const std::string& deviceURI, ppd_file_t* ppd, std::string* problem) {
-    const std::optional<URLParts> device = separate(deviceURI);
-    const std::string deviceHost = device ? device->host : "";
     const std::string place = attributeOf(ppd, "OVNStatusDocument");
-
-    PrinterAddress address;
+    std::optional<PrinterAddress> address;
     if (isURL(place)) {
-        address.documentURL = place;
-        const std::optional<URLParts> url = separate(place);
-        if (!url || (url->scheme != "http" && url->scheme != "https")) {
-            *problem = "The queue's PPD names no web address as OVNStatusDocument. Correct it, or take it "
-                       "out: then the printer itself is asked.";
-            return std::nullopt;
-        }
-        address.shownURL = assemble(*url);
-        address.snmpHost = deviceHost.empty() ? url->host : deviceHost;
+        address = addressOfURL(deviceURI, place);
+        *problem =
+            "The queue's PPD names no web address as OVNStatusDocument. Correct it, or take it out: then "
+            "the printer itself is asked.";
     } else {
-        if (deviceHost.empty()) {
-            *problem = "The printer cannot be asked for its status, because the queue's device has no "
-                       "network address. Give the queue the printer's address as its device, or put the "
-                       "whole URL of its status document into the PPD as OVNStatusDocument.";
-            return std::nullopt;
-        }
-        const std::string path = place.empty() ? kDefaultPath : place;
-        address.documentURL = assemble({"http", deviceHost, 0, path.starts_with('/') ? path : '/' + path});
-        address.shownURL = address.documentURL;
-        address.snmpHost = deviceHost;
+        address = addressOfPath(deviceURI, place.empty() ? kDefaultPath : place);
+        *problem =
+            "The printer cannot be asked for its status, because the queue's device has no network "
+            "address, or is a discovered printer that does not answer now. Give the queue the printer's "
+            "address as its device, or put the whole URL of its status document into the PPD as "
+            "OVNStatusDocument.";
     }
-    if (const std::string agent = attributeOf(ppd, "OVNSNMPAgent"); !agent.empty()) setAgent(address, agent);
+    if (!address) return std::nullopt;
+    if (const std::string agent = attributeOf(ppd, "OVNSNMPAgent"); !agent.empty()) setAgent(*address, agent);
     return address;
 }
 

@@ -17,7 +17,7 @@ std::optional<URIParts> separateURI(const std::string& uri) {
         httpSeparateURI(HTTP_URI_CODING_ALL, uri.c_str(), scheme.data(), size(scheme), user.data(),
             size(user), host.data(), size(host), &port, resource.data(), size(resource));
     if (status < HTTP_URI_STATUS_OK || host.front() == '\0') return std::nullopt;
-    return URIParts{scheme.data(), host.data()};
+    return URIParts{scheme.data(), host.data(), port, resource.data()};
 }
 
 } // namespace orvan

@@ -8,8 +8,10 @@ namespace orvan {
 
 struct URIParts {
     std::string scheme;
-    std::string host; // percent escapes are the characters that they stand for, and an IPv6 address is
-                      // without brackets
+    // Percent escapes are the characters that they stand for, and an IPv6 address is without brackets.
+    std::string host;
+    int port = 0; // the scheme's own where the URI has none; 0 where that is not known
+    std::string resource;
 };
 
 // Nothing for what is no URI (RFC 3986) and for a URI without a host.

@@ -26,6 +26,8 @@ void addStatusCommand(CLI::App& program, CommandBody& run);
 void addPapersCommand(CLI::App& program, CommandBody& run);
 void addPlistCommand(CLI::App& program, CommandBody& run);
 void addChunksCommand(CLI::App& program, CommandBody& run);
+void addURLCommand(CLI::App& program, CommandBody& run);
+void addPingCommand(CLI::App& program, CommandBody& run);
 void addTicketCommand(CLI::App& program, CommandBody& run);
 void addFetchCommand(CLI::App& program, CommandBody& run);
 

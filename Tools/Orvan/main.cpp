@@ -40,6 +40,8 @@ int runProgram(int argc, char** argv) {
     addPlistCommand(program, run);
     addChunksCommand(program, run);
     addTicketCommand(program, run);
+    addURLCommand(program, run);
+    addPingCommand(program, run);
     addFetchCommand(program, run);
     try {
         program.parse(argc, argv);

@@ -1,0 +1,131 @@
+// "orvan url" and "orvan ping": where a printer is, and whether it is there.
+#include "Common/SimplePing.h"
+#include "Common/Utilities/PrinterURL.h"
+#include "Common/Utilities/URIParts.h"
+#include "PrintDialog/Host/Scheduler.h"
+#include "Tools/Orvan/Command.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+#include <memory>
+#include <string>
+
+namespace orvan {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr std::chrono::seconds kSchedulerPatience{5};
+
+struct URLArguments {
+    std::string queue;
+    std::string deviceURI;
+    bool json = false;
+};
+
+// The queue's device; nothing, and why, when the scheduler does not tell.
+std::optional<std::string> deviceOf(const std::string& queue, std::string* problem) {
+    const auto queues = listQueues(kSchedulerPatience, problem);
+    if (!queues) return std::nullopt;
+    if (std::ranges::find(*queues, queue) == queues->end()) {
+        *problem = "there is no printer " + queue;
+        return std::nullopt;
+    }
+    platform::PMPrinter printer(queue);
+    std::string device;
+    if (platform::PMPrinterCopyDeviceURI(printer, &device) == platform::kPMNoError) return device;
+    *problem = "the scheduler does not tell the device of printer " + queue;
+    return std::nullopt;
+}
+
+int showURL(const URLArguments& arguments) {
+    std::string problem;
+    const std::optional<std::string> device =
+        arguments.queue.empty() ? arguments.deviceURI : deviceOf(arguments.queue, &problem);
+    if (!device) return cannot(problem);
+    const std::optional<std::string> url = printerURLForDeviceURI(*device);
+    if (!url)
+        return cannot("the device " + (arguments.queue.empty() ? *device : "of printer " + arguments.queue) +
+                      " has no host on the network, or is a discovered printer that does not answer now");
+    if (arguments.json)
+        std::cout << Json{{"schemaVersion", 1}, {"url", *url}} << '\n';
+    else
+        std::cout << *url << '\n';
+    return kDone;
+}
+
+struct PingArguments {
+    std::string host;
+    int count = 1;
+    int timeout = 200; // milliseconds
+    bool json = false;
+};
+
+// Why there was no reply to each request.
+std::string explain(int result, const std::string& host) {
+    platform::FileDescriptor socket;
+    const int permission = CreateSocketForCommunicationWithHost(&socket);
+    if (permission == EACCES || permission == EPERM)
+        return "this system permits nobody in your groups to ask " + host +
+               " for a sign of life; as root, \"sysctl net.ipv4.ping_group_range='0 2147483647'\" permits it "
+               "to all";
+    if (result == -1) return host + " does not answer";
+    if (result == EHOSTUNREACH) return host + " has no IPv4 address, or no way leads to it";
+    return host + " cannot be asked: " + std::strerror(result);
+}
+
+int ping(const PingArguments& arguments) {
+    const bool isURL = arguments.host.find("://") != std::string::npos;
+    const std::optional<URIParts> parts = isURL ? separateURI(arguments.host) : std::nullopt;
+    if (isURL && !parts) return cannot(arguments.host + " has no host");
+    const std::string host = isURL ? parts->host : arguments.host;
+    const int result = SimplePing(host.c_str(), arguments.count, arguments.timeout, false);
+    const std::string problem = result == 0 ? "" : explain(result, host);
+    if (arguments.json)
+        std::cout << Json{{"schemaVersion", 1}, {"host", host}, {"reachable", result == 0},
+                         {"problem", problem}}
+                  << '\n';
+    else if (result == 0)
+        std::cout << host << " is reachable\n";
+    return result == 0 ? kDone : cannot(problem);
+}
+
+} // namespace
+
+void addURLCommand(CLI::App& program, CommandBody& run) {
+    const auto arguments = std::make_shared<URLArguments>();
+    CLI::App* command = program.add_subcommand("url", "Find the address of a printer's web server");
+    CLI::Option_group* const printer = command->add_option_group("printer");
+    printer->add_option("-q,--queue", arguments->queue, "A queue of the print scheduler")->type_name("QUEUE");
+    printer->add_option("--device-uri", arguments->deviceURI, "A queue's device")->type_name("URI");
+    printer->require_option(1);
+    command->add_flag("--json", arguments->json, "Answer in JSON");
+    command->footer("A discovered printer (dnssd:) is looked for on the local network.\n"
+                    "Example: orvan url -q Office");
+    command->callback([arguments, &run] { run = [arguments] { return showURL(*arguments); }; });
+}
+
+void addPingCommand(CLI::App& program, CommandBody& run) {
+    const auto arguments = std::make_shared<PingArguments>();
+    CLI::App* command = program.add_subcommand("ping", "Find out whether a host answers");
+    command->add_option("HOST", arguments->host, "A name, an IPv4 address, or a URL with one of these")
+        ->required();
+    command->add_option("-c,--count", arguments->count, "How many replies there have to be (default 1)")
+        ->type_name("COUNT")
+        ->check(CLI::PositiveNumber);
+    command
+        ->add_option("-t,--timeout", arguments->timeout,
+            "How long to listen after each reply (default 200, at most 1000)")
+        ->type_name("MILLISECONDS")
+        ->check(CLI::PositiveNumber);
+    command->add_flag("--json", arguments->json, "Answer in JSON");
+    command->footer("A host that does not answer within a second is not reachable.\n"
+                    "Example: orvan ping \"$(orvan url -q Office)\"");
+    command->callback([arguments, &run] { run = [arguments] { return ping(*arguments); }; });
+}
+
+} // namespace orvan
