@@ -18,7 +18,7 @@ class OVCPSSParser {
 public:
     using Keyword = OVBidirectionalDictionary::Text;
 
-    static const OVBidirectionalDictionary& sizeMap(); // no rows: sizes have the same keyword on both sides
+    static const OVBidirectionalDictionary& sizeMap(); // has no rows, so nothing is found in it
     static const OVBidirectionalDictionary& colorMap();
     static const OVBidirectionalDictionary& typeMap();
     static const OVBidirectionalDictionary& trayMap();

@@ -46,11 +46,10 @@ bool isBusy(const OrvanBiDi& channel) {
     return channel.state() == OrvanBiDi::State::waiting || channel.state() == OrvanBiDi::State::filterRunning;
 }
 
-// Whether the queue's PPD has the beginning of an answer to one of the commands.
-bool hasStoredChunks(const std::string& queue, const CommandList& commands) {
-    const std::unique_ptr<DialogPPD> ppd = fetchQueuePPD(queue, kSchedulerPatience, nullptr);
-    return ppd != nullptr && std::ranges::any_of(commands, [&ppd](const std::string& command) {
-        return ppdx_get_chunk_ppd(ppd->record(), (command + "0000").c_str()) != nullptr;
+// Whether the PPD has the beginning of an answer to one of the commands.
+bool hasStoredChunks(DialogPPD& ppd, const CommandList& commands) {
+    return std::ranges::any_of(commands, [&ppd](const std::string& command) {
+        return ppdx_get_chunk_ppd(ppd.record(), (command + "0000").c_str()) != nullptr;
     });
 }
 
@@ -61,7 +60,10 @@ std::string explain(
         if (const auto job = findStatusJob(queue, kSchedulerPatience)) return describe(*job, queue);
         if (isBusy(channel))
             return "no answer came within " + std::to_string(static_cast<int>(timeout.count())) + " s";
-        if (hasStoredChunks(queue, *channel.supportedCommands()))
+        std::string problem;
+        const std::unique_ptr<DialogPPD> ppd = fetchQueuePPD(queue, kSchedulerPatience, &problem);
+        if (ppd == nullptr) return problem;
+        if (hasStoredChunks(*ppd, *channel.supportedCommands()))
             return "what the printer's command filter answered cannot be decoded";
         const std::string complaint = complaintOfLastJob(queue, kSchedulerPatience);
         return !complaint.empty()
