@@ -89,7 +89,10 @@ std::int32_t PMPrinterSendCommand(PMPrinter& printer, std::string_view commandTe
         return kPMServerNotAvailable;
     cupsWriteRequestData(http, commandText.data(), commandText.size());
     const IPPMessage answer(cupsGetResponse(http, resource.c_str()));
-    return isSuccess(answer) ? kPMNoError : kPMServerNotAvailable;
+    if (!isSuccess(answer)) return kPMServerNotAvailable;
+    if (ipp_attribute_t* const number = ippFindAttribute(answer.get(), "job-id", IPP_TAG_INTEGER))
+        printer.setSubmittedJob(ippGetInteger(number, 0));
+    return kPMNoError;
 }
 
 } // namespace platform

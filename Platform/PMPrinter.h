@@ -29,8 +29,13 @@ public:
     Patience& patience() { return patience_; }
     void ownFile(std::string path) { files_.push_back(std::move(path)); }
 
+    // The number of the last job that the scheduler took from PMPrinterSendCommand; 0 for none.
+    int submittedJob() const { return submittedJob_; }
+    void setSubmittedJob(int number) { submittedJob_ = number; }
+
 private:
     std::string queueName_;
+    int submittedJob_ = 0;
     Patience patience_;
     std::vector<std::string> files_;
 };

@@ -11,8 +11,6 @@ using platform::PropertyList;
 
 constexpr std::int64_t kUnknownMarkerLevel = -2;
 constexpr std::int64_t kFullMarker = 100;
-constexpr std::int64_t kLowTray = 30; // what a tray that is nearly empty has
-constexpr std::int64_t kLowSupply = 10;
 
 struct Colorant {
     std::string_view name; // for people

@@ -3,9 +3,14 @@
 
 #include "CommandFilter/TicketVocabulary.h"
 
+#include <cstdint>
 #include <string>
 
 namespace orvan {
+
+// Up to these levels, in per cent, a tray or a supply is low.
+inline constexpr std::int64_t kLowTray = 30; // what a tray that is nearly empty has
+inline constexpr std::int64_t kLowSupply = 10;
 
 struct PrinterLevels {
     // marker-names, marker-types, marker-colors and marker-levels of the printer's supplies, as a filter

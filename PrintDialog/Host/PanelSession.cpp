@@ -1,7 +1,5 @@
 #include "PrintDialog/Host/PanelSession.h"
 
-#include "Platform/RunLoop.h"
-
 namespace orvan {
 
 // The panel holds this object, and this object holds the PPD record that the panel borrows. It holds neither
@@ -57,10 +55,6 @@ DialogPPD& PanelSession::ppd() {
 
 void PanelSession::setPickHandler(std::function<void(const MarkResult&)> handler) {
     callback_->setHandler(std::move(handler));
-}
-
-void PanelSession::waitForPrinter(std::chrono::duration<double> patience) {
-    platform::runMainLoopUntil([this] { return !panel_->awaitsPrinter(); }, patience);
 }
 
 void PanelSession::willShow() {

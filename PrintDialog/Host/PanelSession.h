@@ -6,7 +6,6 @@
 #include "Platform/PrintDialog.h"
 #include "PrintDialog/Host/DialogPPD.h"
 
-#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -34,10 +33,6 @@ public:
 
     // Told, after the choice is marked, of each pick in the panel.
     void setPickHandler(std::function<void(const MarkResult&)> handler);
-
-    // Runs the main loop until the panel waits for its printer no more, at most for so long. For hosts
-    // without a dialog.
-    void waitForPrinter(std::chrono::duration<double> patience);
 
     // The panel is about to become visible: the first time its values are restored, it is shown, and they are
     // restored again, because showing may change its lists; later it is only shown.

@@ -5,6 +5,7 @@
 #include <array>
 #include <ctime>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 
 namespace orvan {
@@ -36,10 +37,33 @@ platform::HTTPConnection connect(std::chrono::milliseconds patience, bool* silen
     return http;
 }
 
+constexpr std::array<const char*, 7> kQueueAttributes{"printer-name", "printer-type",
+    "printer-make-and-model", "device-uri", "printer-is-accepting-jobs", "printer-state",
+    "printer-state-reasons"};
+
+void readQueueAttribute(std::string_view name, ipp_attribute_t* attribute, SchedulerQueue& queue) {
+    const auto text = [attribute](int index) -> std::string {
+        const char* const value = ippGetString(attribute, index, nullptr);
+        return value != nullptr ? value : "";
+    };
+    if (name == "printer-name") queue.name = text(0);
+    if (name == "printer-type") queue.isClass = (ippGetInteger(attribute, 0) & CUPS_PRINTER_CLASS) != 0;
+    if (name == "printer-make-and-model") queue.makeAndModel = text(0);
+    if (name == "device-uri") queue.deviceURI = text(0);
+    if (name == "printer-is-accepting-jobs") queue.takesJobs = ippGetBoolean(attribute, 0) != 0;
+    if (name == "printer-state") queue.isPaused = ippGetInteger(attribute, 0) == IPP_PSTATE_STOPPED;
+    if (name != "printer-state-reasons") return;
+    for (int i = 0; i < ippGetCount(attribute); ++i)
+        if (std::string reason = text(i); reason != "none") queue.reasons.push_back(std::move(reason));
+}
+
 } // namespace
 
 std::string schedulerName() {
-    return std::string("the print scheduler at ") + cupsServer();
+    constexpr int kUsualPort = 631; // RFC 8010, section 5
+    const std::string server = cupsServer();
+    const bool hasUsualPort = server.starts_with('/') || ippPort() == kUsualPort;
+    return "the print scheduler at " + server + (hasUsualPort ? "" : ":" + std::to_string(ippPort()));
 }
 
 std::unique_ptr<DialogPPD> fetchQueuePPD(
@@ -80,18 +104,34 @@ platform::IPPMessage askScheduler(ipp_t* request, std::chrono::milliseconds pati
     return nullptr;
 }
 
-std::optional<std::vector<std::string>> listQueues(std::chrono::milliseconds patience, std::string* error) {
+std::optional<std::vector<SchedulerQueue>> listQueues(
+    std::chrono::milliseconds patience, std::string* error) {
     // CUPS-Get-Printers: an operation of CUPS, beyond RFC 8011.
     ipp_t* const request = ippNewRequest(IPP_OP_CUPS_GET_PRINTERS);
-    ippAddString(
-        request, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes", nullptr, "printer-name");
+    ippAddStrings(request, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes",
+        static_cast<int>(kQueueAttributes.size()), nullptr, kQueueAttributes.data());
     const platform::IPPMessage answer = askScheduler(request, patience, error);
     if (answer == nullptr) return std::nullopt;
-    std::vector<std::string> queues;
-    for (ipp_attribute_t* name = ippFindAttribute(answer.get(), "printer-name", IPP_TAG_NAME);
-         name != nullptr; name = ippFindNextAttribute(answer.get(), "printer-name", IPP_TAG_NAME))
-        queues.emplace_back(ippGetString(name, 0, nullptr));
+    std::vector<SchedulerQueue> queues;
+    SchedulerQueue queue;
+    const auto finish = [&] {
+        if (!queue.name.empty()) queues.push_back(std::move(queue));
+        queue = {};
+    };
+    for (ipp_attribute_t* attribute = ippFirstAttribute(answer.get()); attribute != nullptr;
+         attribute = ippNextAttribute(answer.get())) {
+        if (const char* const name = ippGetName(attribute))
+            readQueueAttribute(name, attribute, queue);
+        else // between two queues
+            finish();
+    }
+    finish();
     return queues;
+}
+
+bool isSchedulerHere() {
+    const std::string_view server = cupsServer();
+    return server.starts_with('/') || server == "localhost" || server.starts_with("127.") || server == "::1";
 }
 
 } // namespace orvan

@@ -18,9 +18,23 @@ namespace orvan {
 std::unique_ptr<DialogPPD> fetchQueuePPD(
     const std::string& queue, std::chrono::milliseconds patience, std::string* error);
 
-// The names of the scheduler's queues. Nothing, and a message for people in *error (when given), when it is
-// not there.
-std::optional<std::vector<std::string>> listQueues(std::chrono::milliseconds patience, std::string* error);
+// A queue as the scheduler describes it.
+struct SchedulerQueue {
+    std::string name;
+    bool isClass = false;     // of queues; it has no PPD of its own
+    std::string makeAndModel; // of the PPD that it was made with
+    std::string deviceURI;    // without the credentials that the scheduler keeps to itself
+    bool takesJobs = true;
+    bool isPaused = false;
+    std::vector<std::string> reasons; // printer-state-reasons, without "none"
+};
+
+// The scheduler's queues. Nothing, and a message for people in *error (when given),
+// when it is not there.
+std::optional<std::vector<SchedulerQueue>> listQueues(std::chrono::milliseconds patience, std::string* error);
+
+// Whether the scheduler runs on this computer.
+bool isSchedulerHere();
 
 // The scheduler's answer to a request, which this takes over. Null, and a message for people in *error (when
 // given), when it is not there, does not answer, or refuses.

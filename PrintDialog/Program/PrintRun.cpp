@@ -129,7 +129,8 @@ int runPrint(const PrintArguments& arguments) {
     if (queues->empty())
         return fail("There is no printer",
             "Add one to " + schedulerName() + " first, in the system's printer settings.");
-    if (!arguments.queue.empty() && std::ranges::find(*queues, arguments.queue) == queues->end())
+    if (!arguments.queue.empty() &&
+        std::ranges::find(*queues, arguments.queue, &SchedulerQueue::name) == queues->end())
         return fail("There is no printer " + arguments.queue, "\"lpstat -v\" lists the printers.");
 
     const std::optional<Chosen> chosen = ask(arguments);

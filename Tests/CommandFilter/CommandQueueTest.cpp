@@ -1,12 +1,9 @@
 // The command filter in a real scheduler's queue, with all that is around it: `orvan` asks, a simulated
 // printer answers, and other clients of the scheduler see what it said.
-#include "Tests/Support/DerivedPPD.h"
-#include "Tests/Support/Processes.h"
+#include "Tests/Support/CommandQueue.h"
 #include "Tests/Support/SimulatedPrinter.h"
 #include "Tests/Support/WebServer.h"
-#include "Tools/PrintingSystem/PrintingSystem.h"
 
-#include <gtest/gtest.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -18,19 +15,6 @@
 namespace orvan {
 namespace {
 
-constexpr const char* kFilterPlace = "/usr/lib/cups/filter/commandtoorvan";
-
-std::string contents(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-void replace(std::string& text, const std::string& from, const std::string& to) {
-    const std::size_t at = text.find(from);
-    ASSERT_NE(at, std::string::npos) << from;
-    text.replace(at, from.size(), to);
-}
-
 // The effective user of a process, from its status as proc(5) has it.
 std::string userOf(const std::string& status) {
     std::istringstream words(status.substr(std::min(status.find("Uid:"), status.size())));
@@ -39,37 +23,11 @@ std::string userOf(const std::string& status) {
     return user;
 }
 
-class CommandQueue : public testing::Test {
+class FilterQueue : public CommandQueue {
 protected:
-    void SetUp() override {
-        if (SchedulerProcess::findProgram().empty()) GTEST_SKIP() << "cupsd is not installed";
-        PrintingSystemOptions options;
-        options.folder.extraFilters = {ORVAN_COMMAND_FILTER};
-        Failure failure;
-        system_ = PrintingSystem::start(options, &failure);
-        ASSERT_TRUE(system_) << failure.value_or("");
-    }
-
-    // With the driver's own PPD, but for the places of the filter and of the printer.
-    void addQueue(const std::string& name, const std::string& filter, const std::string& url,
-        const std::string& agent = "127.0.0.1:9") const {
-        std::string ppd = contents(ORVAN_DRIVER_PPD);
-        replace(ppd, kFilterPlace, filter);
-        replace(ppd, "\"/status.xml\"", '"' + url + "\"\n*OVNSNMPAgent: \"" + agent + '"');
-        const TempFolder folder;
-        ASSERT_EQ(system_->addQueue({.name = name, .ppdFile = folder.write("queue.ppd", ppd)}), std::nullopt);
-    }
-
-    ProgramEnd run(const std::vector<std::string>& command, const Environment& more = {}) const {
-        const ClientEnvironment client = system_->environment();
-        Environment environment(client.begin(), client.end());
-        environment.insert({{"LC_ALL", "C.UTF-8"}, {"LANGUAGE", ""}, {"ORVAN_SYSTEM_RELEASE", std::nullopt}});
-        environment.insert(more.begin(), more.end());
-        return runProgram(command, environment);
-    }
     std::string papers(
         const std::string& queue, const std::string& release = "10.9.0", const Environment& more = {}) const {
-        const ProgramEnd end = run({ORVAN_PROGRAM, "papers", "-q", queue, "--release", release}, more);
+        const ProgramEnd end = orvan({"papers", "-q", queue, "--release", release}, more);
         EXPECT_EQ(end.exitCode, 0) << end.errors;
         return end.output;
     }
@@ -77,19 +35,17 @@ protected:
     std::string attributes(const std::string& queue) const {
         return run({"/usr/bin/lpoptions", "-p", queue}).output;
     }
-
-    std::unique_ptr<PrintingSystem> system_;
 };
 
-TEST_F(CommandQueue, CarriesThePrintersAnswersBothWays) {
+TEST_F(FilterQueue, CarriesThePrintersAnswersBothWays) {
     const std::string document = contents(ORVAN_STATUS_DOCUMENT);
     SimulatedPrinter printer({"--log"}, document);
-    addQueue("Office", "commandtoorvan", printer.url(), printer.snmpAgent());
+    addQueue("Office", printer);
     addQueue("Direct", ORVAN_COMMAND_FILTER, printer.url(), printer.snmpAgent());
     const std::string before = papers("Office");
     EXPECT_NE(before.find("Delivery notes\t4\tRecycled\n"), std::string::npos) << before;
     EXPECT_EQ(papers("Direct", "10.6.8"), before);
-    const ProgramEnd status = run({ORVAN_PROGRAM, "status", "-q", "Office"});
+    const ProgramEnd status = orvan({"status", "-q", "Office"});
     EXPECT_NE(status.output.find("Job accounting\n  1\n"), std::string::npos)
         << status.output << status.errors;
 
@@ -103,7 +59,7 @@ TEST_F(CommandQueue, CarriesThePrintersAnswersBothWays) {
 
     // A printer that is off leaves what is known, and no job in the way.
     printer.end();
-    const ProgramEnd off = run({ORVAN_PROGRAM, "papers", "-q", "Office"});
+    const ProgramEnd off = orvan({"papers", "-q", "Office"});
     EXPECT_EQ(off.output, expected);
     EXPECT_NE(off.errors.find("in vain, its earlier answers follow: The printer at http://127.0.0.1:"),
         std::string::npos)
@@ -114,7 +70,7 @@ TEST_F(CommandQueue, CarriesThePrintersAnswersBothWays) {
         EXPECT_EQ(job.state, IPP_JSTATE_COMPLETED);
 }
 
-TEST_F(CommandQueue, TellsOtherClientsOfLevelsAndTakesItBack) {
+TEST_F(FilterQueue, TellsOtherClientsOfLevelsAndTakesItBack) {
     const auto document = [](const char* tray, const char* toner) {
         return "<s><deviceStatus><printer><inputTrays><t><status>" + std::string(tray) +
                "</status></t></inputTrays><supplies><s><name>Cyan Toner</name><status>" + toner +
@@ -122,7 +78,7 @@ TEST_F(CommandQueue, TellsOtherClientsOfLevelsAndTakesItBack) {
                "</deviceStatus></s>";
     };
     const SimulatedPrinter printer({}, document("Empty", "3"));
-    addQueue("Office", "commandtoorvan", printer.url(), printer.snmpAgent());
+    addQueue("Office", printer);
     papers("Office");
     const std::string poor = attributes("Office");
     for (const char* const words : {"Cyan\\ toner,Black\\ toner", "marker-levels=3,50", "#00FFFF,#000000",
@@ -135,7 +91,7 @@ TEST_F(CommandQueue, TellsOtherClientsOfLevelsAndTakesItBack) {
     EXPECT_NE(well.find("printer-state-reasons=none"), std::string::npos) << well;
 }
 
-TEST_F(CommandQueue, RunsItsFilterAsTheSchedulersUser) {
+TEST_F(FilterQueue, RunsItsFilterAsTheSchedulersUser) {
     if (geteuid() != 0) GTEST_SKIP() << "only root's scheduler runs its filters as another user";
     const SimulatedPrinter printer({"--misbehave", "silent"});
     addQueue("Office", "commandtoorvan", printer.url());
@@ -155,14 +111,14 @@ TEST_F(CommandQueue, RunsItsFilterAsTheSchedulersUser) {
     EXPECT_EQ(user, std::to_string(getpwnam("lp")->pw_uid)) << system_->folder().errorLogTail(20);
 }
 
-TEST_F(CommandQueue, ReachesAPrinterBehindTLSAndAPassword) {
+TEST_F(FilterQueue, ReachesAPrinterBehindTLSAndAPassword) {
     if (!WebServer::isInstalled()) GTEST_SKIP() << "nginx is not installed";
     const WebServer server(contents(ORVAN_STATUS_DOCUMENT));
     const SimulatedPrinter accounting;
     addQueue("Modern", "commandtoorvan", server.modern(), accounting.snmpAgent());
     addQueue("Old", "commandtoorvan", server.old("/status.xml"), accounting.snmpAgent());
     EXPECT_NE(papers("Old").find("Delivery notes\t4\tRecycled\n"), std::string::npos);
-    const ProgramEnd refused = run({ORVAN_PROGRAM, "papers", "-q", "Modern"});
+    const ProgramEnd refused = orvan({"papers", "-q", "Modern"});
     EXPECT_EQ(refused.output, "");
     EXPECT_NE(refused.errors.find("wants a user name and a password"), std::string::npos) << refused.errors;
     const ProgramEnd job = run({"/bin/sh", "-c",

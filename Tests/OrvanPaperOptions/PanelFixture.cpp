@@ -1,8 +1,6 @@
 #include "Tests/OrvanPaperOptions/PanelFixture.h"
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 
 namespace orvan {
 namespace {
@@ -62,8 +60,7 @@ std::shared_ptr<platform::Bundle> bundleWithView(const TempFolder& folder, const
 }
 
 std::string viewResource() {
-    std::ifstream stream(ORVAN_PLUGIN_FOLDER "/Contents/Resources/PaperOptions.view", std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return contents(ORVAN_PLUGIN_FOLDER "/Contents/Resources/PaperOptions.view");
 }
 
 } // namespace orvan

@@ -18,8 +18,7 @@ std::size_t found(std::size_t position, std::string_view what) {
 } // namespace
 
 DerivedPPD::DerivedPPD() {
-    std::ifstream stream(ORVAN_DRIVER_PPD, std::ios::binary);
-    text_.assign(std::istreambuf_iterator<char>(stream), {});
+    text_ = contents(ORVAN_DRIVER_PPD);
     found(text_.find("*PPD-Adobe:"), "first line");
     for (const std::string_view line : {"*cupsFilter2: \"application/vnd.cups-command ", "*cupsCommands: "}) {
         const std::size_t start = found(text_.find(line), line);

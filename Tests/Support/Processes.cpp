@@ -10,16 +10,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <iterator>
 #include <utility>
 
 namespace orvan {
 namespace {
-
-std::string contents(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 // When it has ended; -1 when there is no such child.
 int exitCodeOf(pid_t child) {

@@ -63,8 +63,7 @@ void SimulatedPrinter::readEnvironment(int output) {
 }
 
 std::string SimulatedPrinter::log() const {
-    std::ifstream stream(file(kLog), std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return contents(file(kLog));
 }
 
 void SimulatedPrinter::replaceDocument(const std::optional<std::string>& document) const {

@@ -1,5 +1,6 @@
 #include "Tools/PrintingSystem/PrintingSystem.h"
 
+#include "Tests/Support/TempFolder.h"
 #include "Tools/PrintingSystem/SchedulerConnection.h"
 
 #include <gtest/gtest.h>
@@ -15,12 +16,6 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 constexpr const char* kDocument = "%!PS-Adobe-3.0\n%%Pages: 1\n%%EndComments\n%%Page: 1 1\nshowpage\n%%EOF\n";
-
-std::string contents(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
 
 class PrintingSystemTest : public testing::Test {
 protected:

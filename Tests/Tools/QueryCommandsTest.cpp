@@ -127,11 +127,11 @@ TEST_F(QueryCommands, ShowWhatThePrinterAnswersByBothWays) {
         EXPECT_EQ(ask(with({"papers"})).output, papers);
         EXPECT_EQ(ask(with({"status"})).output,
             "Trays\n"
-            "  Tray1         [##################--]  90 %  Plain, A4\n"
+            "  Tray1          90 %    Plain, A4\n"
             "  Tray2         unknown\n"
             "Supplies\n"
-            "  cyan toner    [########------------]  40 %\n"
-            "  black toner   [####################] 100 %\n"
+            "  cyan toner     40 %\n"
+            "  black toner   100 %\n"
             "Custom papers\n"
             "  Letterhead Zürich  type 1, base class Plain\n"
             "  Certificates (ivory, 160 g)  type 17, base class Cardstock\n"

@@ -31,14 +31,10 @@ struct URLArguments {
 std::optional<std::string> deviceOf(const std::string& queue, std::string* problem) {
     const auto queues = listQueues(kSchedulerPatience, problem);
     if (!queues) return std::nullopt;
-    if (std::ranges::find(*queues, queue) == queues->end()) {
-        *problem = "there is no printer " + queue;
-        return std::nullopt;
-    }
-    platform::PMPrinter printer(queue);
-    std::string device;
-    if (platform::PMPrinterCopyDeviceURI(printer, &device) == platform::kPMNoError) return device;
-    *problem = "the scheduler does not tell the device of printer " + queue;
+    const auto found = std::ranges::find(*queues, queue, &SchedulerQueue::name);
+    if (found != queues->end() && !found->deviceURI.empty()) return found->deviceURI;
+    *problem = found == queues->end() ? "there is no printer " + queue + " (\"lpstat -v\" lists the printers)"
+                                      : "the scheduler does not tell the device of printer " + queue;
     return std::nullopt;
 }
 

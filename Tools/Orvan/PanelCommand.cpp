@@ -5,9 +5,12 @@
 #include "PrintDialog/Host/InstalledFiles.h"
 #include "PrintDialog/Host/PanelSession.h"
 #include "PrintDialog/Host/Scheduler.h"
-#include "Tools/Orvan/Command.h"
+#include "Tools/Orvan/CommonOptions.h"
 #include "Tools/Orvan/Input.h"
+#include "Tools/Orvan/Interruption.h"
 #include "Tools/Orvan/PrinterQuery.h"
+#include "Tools/Orvan/StatusJobs.h"
+#include "Tools/Orvan/Waiting.h"
 
 #include <nlohmann/json.hpp>
 
@@ -33,7 +36,7 @@ struct PanelArguments {
     std::vector<std::string> sets;
     std::string release;
     std::vector<std::string> responses;
-    double timeout = 10;
+    double timeout = kDefaultTimeout;
     bool json = false;
 };
 
@@ -146,7 +149,6 @@ std::optional<std::string> deliver(platform::PDEPanel& panel, const std::string&
 }
 
 int showPanel(PanelSession& session, const PanelArguments& arguments) {
-    session.waitForPrinter(std::chrono::duration<double>(arguments.timeout));
     for (const std::string& file : arguments.responses)
         if (const auto problem = deliver(session.panel(), file)) return cannot(*problem);
     session.willShow();
@@ -162,6 +164,19 @@ int showPanel(PanelSession& session, const PanelArguments& arguments) {
     return kDone;
 }
 
+// False, and a message is written, when the person interrupts.
+bool waitForPrinter(const PanelSession& session, const std::shared_ptr<platform::PMPrinter>& printer,
+    const PanelArguments& arguments) {
+    waitForPrinters([&session] { return !session.panel().awaitsPrinter(); },
+        std::chrono::duration<double>(arguments.timeout),
+        [&arguments] { return "Waiting for printer " + arguments.queue; });
+    if (!wasInterrupted()) return true;
+    if (printer != nullptr && printer->submittedJob() != 0)
+        withdrawJob(arguments.queue, printer->submittedJob(), kSchedulerPatience);
+    cannot("interrupted; the printer is not asked any more");
+    return false;
+}
+
 int runPanel(const PanelArguments& arguments) {
     // Before the bundle is loaded: the release is asked for once.
     setSystemRelease(arguments.release);
@@ -173,8 +188,11 @@ int runPanel(const PanelArguments& arguments) {
     if (ppd == nullptr) return cannot(error);
     const auto bundle = platform::Bundle::open(paperOptionsBundleFolder(), &error);
     if (bundle == nullptr) return cannot(error);
-    const std::unique_ptr<PanelSession> session = PanelSession::create(bundle, std::move(ppd),
-        fromQueue ? std::make_shared<platform::PMPrinter>(arguments.queue) : nullptr, &error);
+    const InterruptionGuard guard; // the panel asks the printer when it is created
+    const auto printer = fromQueue ? std::make_shared<platform::PMPrinter>(arguments.queue) : nullptr;
+    const std::unique_ptr<PanelSession> session =
+        PanelSession::create(bundle, std::move(ppd), printer, &error);
+    if (session != nullptr && !waitForPrinter(*session, printer, arguments)) return kNotDone;
     if (session != nullptr) return showPanel(*session, arguments);
     if (!error.empty()) return cannot(error);
 
@@ -196,26 +214,21 @@ void addPanelCommand(CLI::App& program, CommandBody& run) {
         program.add_subcommand("panel", "Show the paper options panel for a printer, without a display");
     CLI::Option_group* source = command->add_option_group("printer");
     source->add_option("--ppd", arguments->ppdFile, "The printer's PPD file")->type_name("FILE");
-    source->add_option("-q,--queue", arguments->queue, "A queue of the print scheduler")->type_name("QUEUE");
+    addQueueOption(source, arguments->queue);
     source->require_option(1);
     command->add_option("--set", arguments->sets, "Pick a choice in the panel, as a person would; repeatable")
         ->type_name("KEYWORD=CHOICE")
         ->allow_extra_args(false)
         ->check(checkSet);
-    command->add_option("--release", arguments->release, "The system release to stand for (default 10.9.0)")
-        ->type_name("R")
-        ->check(checkRelease);
+    addServerOption(command);
+    addReleaseOption(command, arguments->release);
     command
         ->add_option("--response", arguments->responses,
             "A property list to hand to the panel as the printer's answer; repeatable")
         ->type_name("FILE")
         ->allow_extra_args(false);
-    command
-        ->add_option(
-            "--timeout", arguments->timeout, "How long to wait for the printer's answer (default 10)")
-        ->type_name("SECONDS")
-        ->check(CLI::NonNegativeNumber);
-    command->add_flag("--json", arguments->json, "Answer in JSON");
+    addTimeoutOption(command, arguments->timeout);
+    addJSONFlag(command, arguments->json);
     command->footer("Examples:\n  orvan panel -q Office\n"
                     "  orvan panel --ppd Orvan-4500.ppd --set MediaType=Transparency --json");
     command->callback([arguments, &run] { run = [arguments] { return runPanel(*arguments); }; });

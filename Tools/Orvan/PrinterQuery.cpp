@@ -1,46 +1,23 @@
 #include "Tools/Orvan/PrinterQuery.h"
 
-#include "BiDi/OrvanBiDi.h"
 #include "BiDi/ResponseEntries.h"
+#include "Common/Utilities/DeviceChecks.h"
 #include "Common/Utilities/ReleaseGates.h"
-#include "Platform/RunLoop.h"
-#include "PrintDialog/Host/DialogPPD.h"
 #include "PrintDialog/Host/Scheduler.h"
+#include "Tools/Orvan/Interruption.h"
 #include "Tools/Orvan/StatusJobs.h"
+#include "Tools/Orvan/Waiting.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <memory>
+#include <string_view>
 #include <utility>
 
 namespace orvan {
 namespace {
 
 constexpr std::chrono::seconds kSchedulerPatience{5};
-
-// A queue's PPD and printer for the channel. Nobody picks anything here.
-class QueueCallback final : public platform::PDEPluginCallback {
-public:
-    QueueCallback(std::unique_ptr<DialogPPD> ppd, const std::string& queue)
-        : ppd_(std::move(ppd)), printer_(std::make_shared<platform::PMPrinter>(queue)) {}
-
-    ppd_file_t* ppdFile() override { return ppd_->record(); }
-    std::shared_ptr<platform::PMPrinter> PMPrinter() override { return printer_; }
-    void willChangePPDOptionKeyValuePpdChoice(const std::string&, const std::string&) override {}
-
-private:
-    std::unique_ptr<DialogPPD> ppd_;
-    std::shared_ptr<platform::PMPrinter> printer_;
-};
-
-class Collector final : public OrvanBiDiDelegate {
-public:
-    void receivedBiDiResponse(const platform::PropertyList& response) override {
-        responses.push_back(response);
-    }
-
-    std::vector<platform::PropertyList> responses;
-};
+constexpr std::string_view kFamily = "Orvan";
 
 bool isBusy(const OrvanBiDi& channel) {
     return channel.state() == OrvanBiDi::State::waiting || channel.state() == OrvanBiDi::State::filterRunning;
@@ -81,6 +58,15 @@ std::string explain(
     }
 }
 
+// For a terminal: the first of those that have not answered.
+std::string whomItWaitsFor(const std::vector<PrinterQuestion>& questions) {
+    const auto waiting = std::ranges::count_if(questions, &PrinterQuestion::isWaiting);
+    const auto first = std::ranges::find_if(questions, &PrinterQuestion::isWaiting);
+    if (first == questions.end()) return "Asking";
+    return "Waiting for printer " + first->queue() +
+           (waiting > 1 ? " and " + std::to_string(waiting - 1) + " more" : "");
+}
+
 } // namespace
 
 void setSystemRelease(const std::string& release) {
@@ -100,33 +86,115 @@ std::string checkRelease(const std::string& release) {
     return wellFormed ? "" : "\"" + release + "\" is not a release such as " + kDefaultRelease;
 }
 
-PrinterAnswers askPrinter(const std::string& queue, std::chrono::duration<double> timeout) {
-    PrinterAnswers answers;
-    const auto refuse = [&answers](const std::string& why) {
-        answers.problem = why;
-        return answers;
-    };
-    std::unique_ptr<DialogPPD> ppd = fetchQueuePPD(queue, kSchedulerPatience, &answers.problem);
-    if (ppd == nullptr) return answers;
-    const std::string prefix = "printer " + queue + " cannot be asked: ";
+// A queue's PPD and printer for the channel. Nobody picks anything here.
+class PrinterQuestion::Callback final : public platform::PDEPluginCallback {
+public:
+    Callback(std::unique_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer)
+        : ppd_(std::move(ppd)), printer_(std::move(printer)) {}
+
+    ppd_file_t* ppdFile() override { return ppd_->record(); }
+    std::shared_ptr<platform::PMPrinter> PMPrinter() override { return printer_; }
+    void willChangePPDOptionKeyValuePpdChoice(const std::string&, const std::string&) override {}
+
+private:
+    std::unique_ptr<DialogPPD> ppd_;
+    std::shared_ptr<platform::PMPrinter> printer_;
+};
+
+class PrinterQuestion::Collector final : public OrvanBiDiDelegate {
+public:
+    void receivedBiDiResponse(const platform::PropertyList& response) override {
+        responses.push_back(response);
+    }
+
+    std::vector<platform::PropertyList> responses;
+};
+
+PrinterQuestion::PrinterQuestion(std::string queue)
+    : printer_(std::make_shared<platform::PMPrinter>(queue)), collector_(std::make_shared<Collector>()) {
+    answers_.queue = std::move(queue);
+}
+
+PrinterQuestion::~PrinterQuestion() = default;
+PrinterQuestion::PrinterQuestion(PrinterQuestion&&) noexcept = default;
+
+void PrinterQuestion::ask(std::unique_ptr<DialogPPD> ppd) {
+    const std::string prefix = "printer " + queue() + " cannot be asked: ";
     if (RunningOn1010OrLater())
         return refuse(prefix + "on release 10.10 and later printers are not asked anything");
     const auto commands = supportedCommandsInPPD(ppd->record());
     if (!commands) return refuse(prefix + "its PPD lists no commands (\"cupsCommands\")");
 
-    const auto collector = std::make_shared<Collector>();
-    const auto channel =
-        OrvanBiDi::initWithPDECallbackObject(std::make_shared<QueueCallback>(std::move(ppd), queue));
-    channel->setDelegate(collector);
-    channel->dispatchCommands(commands);
-    platform::runMainLoopUntil([&channel] { return !isBusy(*channel); }, timeout);
-    if (collector->responses.empty())
-        answers.problem = "printer " + queue + " gave no answer: " + explain(*channel, queue, timeout);
-    else if (RunningOn107OrLater())
-        answers.complaint = complaintOfLastJob(queue, kSchedulerPatience);
-    channel->invalidate();
-    answers.responses = std::move(collector->responses);
+    channel_ = OrvanBiDi::initWithPDECallbackObject(std::make_shared<Callback>(std::move(ppd), printer_));
+    channel_->setDelegate(collector_);
+    channel_->dispatchCommands(commands);
+}
+
+bool PrinterQuestion::isWaiting() const {
+    return channel_ != nullptr && isBusy(*channel_);
+}
+
+int PrinterQuestion::submittedJob() const {
+    return printer_->submittedJob();
+}
+
+void PrinterQuestion::withdraw() {
+    if (const int job = submittedJob(); job != 0) withdrawJob(queue(), job, kSchedulerPatience);
+}
+
+PrinterAnswers PrinterQuestion::end(std::chrono::duration<double> timeout) {
+    if (const auto channel = std::exchange(channel_, nullptr)) {
+        answers_.responses = std::move(collector_->responses);
+        if (wasInterrupted())
+            answers_.problem = "interrupted";
+        else if (answers_.responses.empty())
+            answers_.problem =
+                "printer " + queue() + " gave no answer: " + explain(*channel, queue(), timeout);
+        else if (RunningOn107OrLater())
+            answers_.complaint = complaintOfLastJob(queue(), kSchedulerPatience);
+        channel->invalidate();
+    }
+    return std::move(answers_);
+}
+
+std::vector<PrinterAnswers> askPrinters(
+    const std::vector<std::string>& queues, std::chrono::duration<double> timeout) {
+    const InterruptionGuard guard;
+    std::vector<PrinterQuestion> questions;
+    questions.reserve(queues.size());
+    for (const std::string& queue : queues) {
+        if (wasInterrupted()) break;
+        PrinterQuestion& question = questions.emplace_back(queue);
+        std::string problem;
+        if (std::unique_ptr<DialogPPD> ppd = fetchQueuePPD(queue, kSchedulerPatience, &problem))
+            question.ask(std::move(ppd));
+        else
+            question.refuse(problem);
+    }
+    waitForPrinters([&] { return std::ranges::none_of(questions, &PrinterQuestion::isWaiting); }, timeout,
+        [&] { return whomItWaitsFor(questions); });
+    if (wasInterrupted()) std::ranges::for_each(questions, &PrinterQuestion::withdraw);
+
+    std::vector<PrinterAnswers> answers;
+    answers.reserve(questions.size());
+    for (PrinterQuestion& question : questions)
+        answers.push_back(question.end(timeout));
     return answers;
+}
+
+std::optional<std::vector<std::string>> orvanQueues(std::string* problem) {
+    const auto all = listQueues(kSchedulerPatience, problem);
+    if (!all) return std::nullopt;
+    std::vector<std::string> queues;
+    for (const SchedulerQueue& queue : *all) {
+        if (queue.isClass) continue;
+        const std::unique_ptr<DialogPPD> ppd = fetchQueuePPD(queue.name, kSchedulerPatience, nullptr);
+        const bool isOurs = ppd != nullptr ? MyCheckPDEContextCUPS(ppd->record()) == kPDEContextValid
+                                           : queue.makeAndModel.starts_with(kFamily);
+        if (isOurs) queues.push_back(queue.name);
+    }
+    std::ranges::sort(queues);
+    return queues;
 }
 
 } // namespace orvan

@@ -1,13 +1,22 @@
-// "orvan status" and "orvan papers": what the printer answers through its queue.
+// "orvan status" and "orvan papers": what printers answer through their queues.
 #include "Common/Utilities/OneLine.h"
-#include "Tools/Orvan/Command.h"
+#include "Tools/Orvan/CommonOptions.h"
+#include "Tools/Orvan/Interruption.h"
 #include "Tools/Orvan/PrinterQuery.h"
 #include "Tools/Orvan/PropertyListJson.h"
 #include "Tools/Orvan/StatusReport.h"
+#include "Tools/Orvan/Terminal.h"
 
+#include <unistd.h>
+
+#include <ctime>
+#include <iomanip>
 #include <iostream>
 #include <memory>
+#include <sstream>
 #include <string>
+#include <thread>
+#include <utility>
 
 namespace orvan {
 namespace {
@@ -17,41 +26,130 @@ using Json = nlohmann::ordered_json;
 struct QueryArguments {
     std::string queue;
     std::string release;
-    double timeout = 10;
+    double timeout = kDefaultTimeout;
     bool json = false;
+    bool all = false;               // every Orvan queue instead of one
+    std::optional<double> interval; // seconds between two questions; once without
 };
 
-PrinterAnswers ask(const QueryArguments& arguments) {
+// What several printers answered.
+using Answers = std::vector<PrinterAnswers>;
+
+// Answers of the queues that the arguments name; nothing, and a message is written, when there are none.
+std::optional<Answers> ask(const QueryArguments& arguments) {
     setSystemRelease(arguments.release);
-    PrinterAnswers answers = askPrinter(arguments.queue, std::chrono::duration<double>(arguments.timeout));
-    if (!answers.complaint.empty())
-        std::cerr << "orvan: printer " << arguments.queue
-                  << " was asked in vain, its earlier answers follow: " << onOneLine(answers.complaint)
-                  << '\n';
-    return answers;
+    std::vector<std::string> queues{arguments.queue};
+    if (arguments.all) {
+        std::string problem;
+        auto found = orvanQueues(&problem);
+        if (found && found->empty())
+            problem = "there is no queue of an Orvan printer (\"lpstat -v\" lists the queues)";
+        if (!found || found->empty()) {
+            cannot(problem);
+            return std::nullopt;
+        }
+        queues = *std::move(found);
+    }
+    Answers answers = askPrinters(queues, std::chrono::duration<double>(arguments.timeout));
+    if (!wasInterrupted()) return answers;
+    cannot("interrupted; the printer is not asked any more");
+    return std::nullopt;
+}
+
+// What is wrong with the answers, on standard error.
+int complain(const Answers& answers) {
+    int code = kDone;
+    for (const PrinterAnswers& printer : answers) {
+        if (!printer.problem.empty()) code = cannot(onOneLine(printer.problem));
+        if (!printer.complaint.empty())
+            std::cerr << "orvan: printer " << printer.queue
+                      << " was asked in vain, its earlier answers follow: " << onOneLine(printer.complaint)
+                      << '\n';
+    }
+    return code;
+}
+
+Json responsesIn(const PrinterAnswers& printer) {
+    Json responses = Json::array();
+    for (const platform::PropertyList& response : printer.responses)
+        responses.push_back(jsonFromPropertyList(response));
+    return responses;
+}
+
+void writeJSON(const Answers& answers, bool all) {
+    if (!all) {
+        const PrinterAnswers& printer = answers.front();
+        if (printer.problem.empty())
+            std::cout << Json{{"schemaVersion", 1}, {"queue", printer.queue}, {"release", currentRelease()},
+                             {"complaint", printer.complaint}, {"responses", responsesIn(printer)}}
+                      << '\n';
+        return;
+    }
+    Json printers = Json::array();
+    for (const PrinterAnswers& printer : answers)
+        printers.push_back({{"queue", printer.queue}, {"problem", printer.problem},
+            {"complaint", printer.complaint}, {"responses", responsesIn(printer)}});
+    std::cout << Json{{"schemaVersion", 1}, {"release", currentRelease()}, {"printers", std::move(printers)}}
+              << '\n';
+}
+
+// A printer of several: under its name.
+void writeNamed(const PrinterAnswers& printer, bool decorated) {
+    std::ostringstream status;
+    writeStatus(printer.responses, decorated, status);
+    std::cout << printer.queue << '\n';
+    std::istringstream lines(status.str());
+    for (std::string line; std::getline(lines, line);)
+        std::cout << "  " << line << '\n';
+}
+
+void writeText(const Answers& answers, bool all) {
+    const bool decorated = isDecorated(STDOUT_FILENO);
+    const char* separator = "";
+    for (const PrinterAnswers& printer : answers) {
+        if (!printer.problem.empty()) continue;
+        std::cout << std::exchange(separator, "\n");
+        all ? writeNamed(printer, decorated) : writeStatus(printer.responses, decorated, std::cout);
+    }
+}
+
+// Above what is written again and again: on a terminal it stays in its place.
+void writeTime() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    std::cout << (isDecorated(STDOUT_FILENO) ? "\033[H\033[2J" : "") << std::put_time(&local, "%F %T")
+              << '\n';
+}
+
+int showStatus(const QueryArguments& arguments) {
+    const std::optional<Answers> answers = ask(arguments);
+    if (!answers) return kNotDone;
+    if (arguments.interval && !arguments.json) writeTime();
+    std::cout.flush();
+    const int code = complain(*answers);
+    arguments.json ? writeJSON(*answers, arguments.all) : writeText(*answers, arguments.all);
+    return code;
 }
 
 int status(const QueryArguments& arguments) {
-    const PrinterAnswers answers = ask(arguments);
-    if (!answers.problem.empty()) return cannot(answers.problem);
-    if (!arguments.json) {
-        writeStatus(answers.responses, std::cout);
-        return kDone;
+    int code = showStatus(arguments);
+    while (arguments.interval && !wasInterrupted() && std::cout.flush()) {
+        // With nothing to take back, a signal may end the process.
+        std::this_thread::sleep_for(std::chrono::duration<double>(*arguments.interval));
+        if (!arguments.json) std::cout << '\n';
+        code = showStatus(arguments);
     }
-    Json responses = Json::array();
-    for (const platform::PropertyList& response : answers.responses)
-        responses.push_back(jsonFromPropertyList(response));
-    std::cout << Json{{"schemaVersion", 1}, {"queue", arguments.queue}, {"release", currentRelease()},
-                     {"complaint", answers.complaint}, {"responses", std::move(responses)}}
-              << '\n';
-    return kDone;
+    return code;
 }
 
 int papers(const QueryArguments& arguments) {
-    const PrinterAnswers answers = ask(arguments);
-    if (!answers.problem.empty()) return cannot(answers.problem);
+    const std::optional<Answers> answers = ask(arguments);
+    if (!answers) return kNotDone;
+    const PrinterAnswers& printer = answers->front();
+    if (complain(*answers) != kDone) return kNotDone;
     Json list = Json::array();
-    for (const CustomPaper& paper : customPapers(answers.responses)) {
+    for (const CustomPaper& paper : customPapers(printer.responses)) {
         if (arguments.json)
             list.push_back({{"name", paper.name}, {"type", paper.type}, {"baseClass", paper.baseClass}});
         else
@@ -59,41 +157,50 @@ int papers(const QueryArguments& arguments) {
                       << onOneLine(paper.baseClass) << '\n';
     }
     if (arguments.json)
-        std::cout << Json{{"schemaVersion", 1}, {"queue", arguments.queue}, {"complaint", answers.complaint},
+        std::cout << Json{{"schemaVersion", 1}, {"queue", arguments.queue}, {"complaint", printer.complaint},
                          {"papers", std::move(list)}}
                   << '\n';
     return kDone;
 }
 
-void addQuery(CLI::App* command, CommandBody& run, int (*body)(const QueryArguments&)) {
-    const auto arguments = std::make_shared<QueryArguments>();
-    command->add_option("-q,--queue", arguments->queue, "A queue of the print scheduler")
-        ->type_name("QUEUE")
-        ->required();
-    command->add_option("--release", arguments->release, "The system release to stand for (default 10.9.0)")
-        ->type_name("R")
-        ->check(checkRelease);
-    command->add_option("--timeout", arguments->timeout, "How long to wait for the answer (default 10)")
-        ->type_name("SECONDS")
-        ->check(CLI::NonNegativeNumber);
-    command->add_flag("--json", arguments->json, "Answer in JSON");
-    command->callback([arguments, body, &run] { run = [arguments, body] { return body(*arguments); }; });
+void addQueryOptions(CLI::App* command, QueryArguments& arguments) {
+    addServerOption(command);
+    addReleaseOption(command, arguments.release);
+    addTimeoutOption(command, arguments.timeout);
+    addJSONFlag(command, arguments.json);
 }
 
 } // namespace
 
 void addStatusCommand(CLI::App& program, CommandBody& run) {
+    const auto arguments = std::make_shared<QueryArguments>();
     CLI::App* command = program.add_subcommand(
-        "status", "Ask the printer for its trays, supplies, papers, jobs and permissions");
-    addQuery(command, run, status);
-    command->footer("Example: orvan status -q Office");
+        "status", "Ask printers for their trays, supplies, papers, jobs and permissions");
+    CLI::Option_group* const printers = command->add_option_group("printers");
+    addQueueOption(printers, arguments->queue);
+    printers->add_flag("--all", arguments->all, "Every queue of an Orvan printer, all at once");
+    printers->require_option(1);
+    command->add_option("--watch", arguments->interval, "Ask again and again, until Ctrl-C")
+        ->type_name("SECONDS")
+        ->check(checkPositive);
+    addQueryOptions(command, *arguments);
+    command->footer("Examples:\n"
+                    "  orvan status -q Office\n"
+                    "  orvan status --all --watch 60\n"
+                    "  orvan status --all --json | jq -r '.printers[] | select(.problem != \"\").queue'");
+    command->callback([arguments, &run] { run = [arguments] { return status(*arguments); }; });
 }
 
 void addPapersCommand(CLI::App& program, CommandBody& run) {
+    const auto arguments = std::make_shared<QueryArguments>();
     CLI::App* command = program.add_subcommand("papers", "Ask the printer for its custom paper types");
-    addQuery(command, run, papers);
-    command->footer(
-        "One line a paper: name, type, base class, separated by tabs.\nExample: orvan papers -q Office");
+    addQueueOption(command, arguments->queue)->required();
+    addQueryOptions(command, *arguments);
+    command->footer("One line a paper: name, type, base class, separated by tabs.\n"
+                    "Examples:\n"
+                    "  orvan papers -q Office\n"
+                    "  orvan papers -q Office -H print.example | cut -f 1");
+    command->callback([arguments, &run] { run = [arguments] { return papers(*arguments); }; });
 }
 
 } // namespace orvan

@@ -17,16 +17,26 @@ bool isInTrouble(const StatusJob& job) {
     return job.state == IPP_JSTATE_HELD || job.state == IPP_JSTATE_STOPPED;
 }
 
-// Get-Jobs, RFC 8011, section 4.2.6.
-ipp_t* requestFor(const std::string& queue, const char* whichJobs) {
-    static constexpr std::array<const char*, 4> kWanted{
-        "job-id", "job-name", "job-state", "job-printer-state-message"};
-    ipp_t* const request = ippNewRequest(IPP_OP_GET_JOBS);
+// About the queue. RFC 8011, section 4.1.5: a job's number follows the queue, a person's name follows both.
+ipp_t* newRequest(ipp_op_t operation, const std::string& queue) {
+    ipp_t* const request = ippNewRequest(operation);
     std::array<char, HTTP_MAX_URI> uri{};
     httpAssembleURIf(HTTP_URI_CODING_ALL, uri.data(), static_cast<int>(uri.size()), "ipp", nullptr,
         "localhost", ippPort(), "/printers/%s", queue.c_str());
     ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_URI, "printer-uri", nullptr, uri.data());
+    return request;
+}
+
+void addUser(ipp_t* request) {
     ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_NAME, "requesting-user-name", nullptr, cupsUser());
+}
+
+// Get-Jobs, RFC 8011, section 4.2.6.
+ipp_t* requestFor(const std::string& queue, const char* whichJobs) {
+    static constexpr std::array<const char*, 4> kWanted{
+        "job-id", "job-name", "job-state", "job-printer-state-message"};
+    ipp_t* const request = newRequest(IPP_OP_GET_JOBS, queue);
+    addUser(request);
     ippAddBoolean(request, IPP_TAG_OPERATION, "my-jobs", 1);
     ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "which-jobs", nullptr, whichJobs);
     ippAddStrings(request, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes",
@@ -83,6 +93,13 @@ std::string complaintOfLastJob(const std::string& queue, std::chrono::millisecon
     const std::vector<StatusJob> jobs = jobsIn(answer.get());
     const auto newest = std::ranges::max_element(jobs, {}, &StatusJob::id);
     return newest == jobs.end() || newest->message == kStatusReadMessage ? "" : newest->message;
+}
+
+bool withdrawJob(const std::string& queue, int job, std::chrono::milliseconds patience) {
+    ipp_t* const request = newRequest(IPP_OP_CANCEL_JOB, queue);
+    ippAddInteger(request, IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", job);
+    addUser(request);
+    return askScheduler(request, patience, nullptr) != nullptr;
 }
 
 std::string describe(const StatusJob& job, const std::string& queue) {

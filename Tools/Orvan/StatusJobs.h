@@ -23,6 +23,9 @@ std::optional<StatusJob> findStatusJob(const std::string& queue, std::chrono::mi
 // empty when it said nothing or all went well.
 std::string complaintOfLastJob(const std::string& queue, std::chrono::milliseconds patience);
 
+// Cancels the job. False when it had ended before, or the scheduler refuses or is not there.
+bool withdrawJob(const std::string& queue, int job, std::chrono::milliseconds patience);
+
 // For people: what keeps the job, and how to be rid of it.
 std::string describe(const StatusJob& job, const std::string& queue);
 

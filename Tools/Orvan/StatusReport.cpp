@@ -1,8 +1,10 @@
 #include "Tools/Orvan/StatusReport.h"
 
+#include "CommandFilter/Program/PrinterLevels.h"
 #include "CommandFilter/TicketVocabulary.h"
 #include "Common/Utilities/OneLine.h"
 #include "Tools/Orvan/PropertyListJson.h"
+#include "Tools/Orvan/Terminal.h"
 
 #include <algorithm>
 #include <array>
@@ -32,16 +34,39 @@ std::string text(const PropertyList& record, std::string_view key) {
     return onOneLine(textAsItIs(record, key));
 }
 
-// "[########------------]  40 %", or "unknown".
-std::string level(const PropertyList& record, std::string_view key) {
+// What the sections are written with.
+struct Style {
+    Papers papers; // for the names of loaded papers
+    bool decorated = false;
+};
+
+// What a level looks like, and how many columns that takes.
+struct Level {
+    std::string text;
+    std::size_t width = 0;
+};
+
+// "[########------------]  40 %" in a color, "40 %" without decoration, or "unknown".
+Level level(const PropertyList& record, std::string_view key, std::int64_t low, const Style& style) {
+    static constexpr std::string_view kUnknown = "unknown";
     const PropertyList* const value = record.find(key);
     const auto number = value != nullptr ? value->asInteger() : std::nullopt;
-    if (!number || *number < 0) return "unknown";
+    if (!number || *number < 0) return {std::string(kUnknown), kUnknown.size()};
     const std::int64_t percent = std::min(*number, kFull);
-    const auto filled = static_cast<std::size_t>(percent) * kBarWidth / static_cast<std::size_t>(kFull);
     const std::string figure = std::to_string(percent);
-    return "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '-') + "] " +
-           std::string(3 - std::min<std::size_t>(figure.size(), 3), ' ') + figure + " %";
+    const std::string aligned = std::string(3 - std::min<std::size_t>(figure.size(), 3), ' ') + figure + " %";
+    if (!style.decorated) return {aligned, aligned.size()};
+    const auto filled = static_cast<std::size_t>(percent) * kBarWidth / static_cast<std::size_t>(kFull);
+    const Color color = percent == 0 ? Color::red : percent <= low ? Color::yellow : Color::green;
+    return {"[" + colored(std::string(filled, '#'), color, filled > 0) +
+                std::string(kBarWidth - filled, '-') + "] " + colored(aligned, color, percent <= low),
+        kBarWidth + 3 + aligned.size()};
+}
+
+// What follows a level begins in one column.
+std::string padding(const Level& shown, const Style& style) {
+    const std::size_t column = style.decorated ? kBarWidth + 10 : 9;
+    return std::string(column - std::min(column, shown.width), ' ');
 }
 
 std::string orElse(const std::string& value, const char* otherwise) {
@@ -55,33 +80,35 @@ std::string paperName(const std::string& mediaType, const Papers& papers) {
     return paper != papers.end() && !paper->name.empty() ? onOneLine(paper->name) : mediaType;
 }
 
-void writeTray(const PropertyList& tray, const Papers& papers, std::ostream& out) {
+void writeTray(const PropertyList& tray, const Style& style, std::ostream& out) {
+    const Level shown = level(tray, OVCPSSTrayLevel, kLowTray, style);
     out << std::left << std::setw(kNameWidth) << orElse(text(tray, OVCPSSTrayName), "(no name)")
-        << level(tray, OVCPSSTrayLevel);
+        << shown.text;
     if (const PropertyList* media = tray.find(OVCPSSMedia))
-        out << "  " << orElse(paperName(text(*media, kMediaType), papers), "paper unknown") << ", "
+        out << padding(shown, style)
+            << orElse(paperName(text(*media, kMediaType), style.papers), "paper unknown") << ", "
             << orElse(text(*media, kPageSize), "size unknown");
 }
 
-void writeSupply(const PropertyList& supply, const Papers&, std::ostream& out) {
+void writeSupply(const PropertyList& supply, const Style& style, std::ostream& out) {
     const std::string type = text(supply, OVCPSSColorantType);
     out << std::left << std::setw(kNameWidth)
         << orElse(text(supply, OVCPSSColorant), "(no name)") + (type.empty() ? "" : " " + type)
-        << level(supply, OVCPSSColorantLevel);
+        << level(supply, OVCPSSColorantLevel, kLowSupply, style).text;
 }
 
-void writePaper(const PropertyList& paper, const Papers&, std::ostream& out) {
+void writePaper(const PropertyList& paper, const Style&, std::ostream& out) {
     out << orElse(text(paper, OVOVGCustomPaperTypeName), "(no name)") << "  type "
         << orElse(text(paper, OVOVGCustomPaperTypeIndex), "unknown") << ", base class "
         << orElse(text(paper, OVOVGCustomPaperTypeBase), "unknown");
 }
 
-void writeJob(const PropertyList& job, const Papers&, std::ostream& out) {
+void writeJob(const PropertyList& job, const Style&, std::ostream& out) {
     out << orElse(text(job, kJobName), "(no name)") << "  " << text(job, kJobID) << "  "
         << text(job, kSaveContext);
 }
 
-void writeColorMode(const PropertyList& mode, const Papers&, std::ostream& out) {
+void writeColorMode(const PropertyList& mode, const Style&, std::ostream& out) {
     const PropertyList::Dictionary* const properties = mode.asDictionary();
     if (properties == nullptr) return;
     const char* separator = "";
@@ -91,7 +118,7 @@ void writeColorMode(const PropertyList& mode, const Papers&, std::ostream& out) 
     }
 }
 
-void writePermission(const PropertyList& permission, const Papers&, std::ostream& out) {
+void writePermission(const PropertyList& permission, const Style&, std::ostream& out) {
     struct Meaning {
         std::string_view key;
         const char* sentence;
@@ -106,7 +133,7 @@ void writePermission(const PropertyList& permission, const Papers&, std::ostream
 struct Section {
     std::string_view key;
     const char* heading;
-    void (*write)(const PropertyList& record, const Papers& papers, std::ostream& out);
+    void (*write)(const PropertyList& record, const Style& style, std::ostream& out);
 };
 constexpr std::array<Section, 6> kSections{{
     {OVCPSSInputTrays, "Trays", writeTray},
@@ -122,12 +149,12 @@ std::string_view headingFor(std::string_view key) {
 }
 
 void writeSection(
-    const Section& section, const PropertyList::List& records, const Papers& papers, std::ostream& out) {
+    const Section& section, const PropertyList::List& records, const Style& style, std::ostream& out) {
     out << section.heading << '\n';
     if (records.empty()) out << "  (none)\n";
     for (const PropertyList& record : records) {
         out << "  ";
-        section.write(record, papers, out);
+        section.write(record, style, out);
         out << '\n';
     }
 }
@@ -152,13 +179,13 @@ std::vector<CustomPaper> customPapers(const std::vector<PropertyList>& responses
     return papers;
 }
 
-void writeStatus(const std::vector<PropertyList>& responses, std::ostream& out) {
-    const Papers papers = customPapers(responses);
+void writeStatus(const std::vector<PropertyList>& responses, bool decorated, std::ostream& out) {
+    const Style style{customPapers(responses), decorated};
     for (const Section& section : kSections)
         for (const PropertyList& response : responses)
             if (const PropertyList* value = response.find(section.key);
                 value != nullptr && value->asList() != nullptr)
-                writeSection(section, *value->asList(), papers, out);
+                writeSection(section, *value->asList(), style, out);
     for (const PropertyList& response : responses) {
         const PropertyList::Dictionary* const entries = response.asDictionary();
         if (entries == nullptr) {

@@ -20,7 +20,7 @@ struct CustomPaper {
 std::vector<CustomPaper> customPapers(const std::vector<platform::PropertyList>& responses);
 
 // Trays, supplies, custom papers, stored jobs and permissions, each under its heading, and all else by its
-// key.
-void writeStatus(const std::vector<platform::PropertyList>& responses, std::ostream& out);
+// key. `decorated`: with bars and colors, for a terminal.
+void writeStatus(const std::vector<platform::PropertyList>& responses, bool decorated, std::ostream& out);
 
 } // namespace orvan

@@ -5,6 +5,9 @@
 #include "Tools/Orvan/Input.h"
 #include "Tools/Orvan/PropertyListJson.h"
 #include "Tools/Orvan/StatusReport.h"
+#include "Tools/Orvan/Terminal.h"
+
+#include <unistd.h>
 
 #include <iostream>
 #include <memory>
@@ -51,12 +54,13 @@ int writeTicket(const TicketArguments& arguments) {
     OVSNMPParser::initWithSNMPResponse(&response).writeToTicket(ticket);
 
     const platform::PropertyList list(std::move(ticket));
-    if (arguments.json)
-        std::cout << jsonFromPropertyList(list).dump(2) << '\n';
-    else if (arguments.plist)
-        std::cout << list.writeXML();
-    else
-        writeStatus({list}, std::cout);
+    if (arguments.json) {
+        nlohmann::ordered_json answer{{"schemaVersion", 1}};
+        answer.update(jsonFromPropertyList(list));
+        std::cout << answer.dump(2) << '\n';
+    }
+    if (arguments.plist) std::cout << list.writeXML();
+    if (!arguments.json && !arguments.plist) writeStatus({list}, isDecorated(STDOUT_FILENO), std::cout);
     return kDone;
 }
 
@@ -75,7 +79,9 @@ void addTicketCommand(CLI::App& program, CommandBody& run) {
     auto* const plist = command->add_flag("--plist", arguments->plist, "Write it as an XML property list");
     plist->excludes(json);
     command->footer("Without --json and --plist the ticket is shown as \"orvan status\" shows it.\n"
-                    "Example: orvan fetch http://printer.example/status.xml | orvan ticket -");
+                    "Examples:\n"
+                    "  orvan ticket status.xml\n"
+                    "  orvan fetch http://printer.example/status.xml | orvan ticket --json -");
     command->callback([arguments, &run] { run = [arguments] { return writeTicket(*arguments); }; });
 }
 

@@ -1,4 +1,5 @@
 #include "Tools/Orvan/Command.h"
+#include "Tools/Orvan/Interruption.h"
 
 #include <clocale>
 #include <cstdio>
@@ -59,6 +60,7 @@ int main(int argc, char** argv) {
     try {
         const int code = orvan::runProgram(argc, argv);
         std::cout.flush();
+        if (orvan::wasInterrupted()) orvan::endAsInterrupted();
         return std::cout ? code : orvan::cannot("cannot write to standard output");
     } catch (const std::exception& problem) {
         return orvan::cannot(problem.what());

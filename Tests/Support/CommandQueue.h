@@ -1,0 +1,43 @@
+// Tests with queues whose command filter is the real one.
+#pragma once
+
+#include "Tests/Support/Processes.h"
+#include "Tests/Support/SimulatedPrinter.h"
+#include "Tests/Support/TempFolder.h"
+#include "Tools/PrintingSystem/PrintingSystem.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvan {
+
+// Replaces the first occurrence; a failure of the test when there is none.
+void replace(std::string& text, const std::string& from, const std::string& to);
+
+// A printing system of the test's own that has the command filter.
+class CommandQueue : public testing::Test {
+protected:
+    void SetUp() override;
+
+    // The driver's own PPD, but for the places of the filter and of the printer.
+    static std::string queuePPD(
+        const std::string& filter, const std::string& url, const std::string& agent = "127.0.0.1:9");
+    // A queue with that PPD.
+    void addQueue(const std::string& name, const std::string& filter, const std::string& url,
+        const std::string& agent = "127.0.0.1:9") const;
+    void addQueue(const std::string& name, const SimulatedPrinter& printer) const {
+        addQueue(name, "commandtoorvan", printer.url(), printer.snmpAgent());
+    }
+
+    // The variables by which clients find the system, and English.
+    Environment environment() const;
+    ProgramEnd run(const std::vector<std::string>& command, const Environment& more = {}) const;
+    ProgramEnd orvan(std::vector<std::string> arguments, const Environment& more = {}) const;
+
+    std::unique_ptr<PrintingSystem> system_;
+};
+
+} // namespace orvan

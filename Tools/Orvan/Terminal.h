@@ -1,0 +1,35 @@
+// What `orvan` writes when a person looks on.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace orvan {
+
+// Whether what is written to the descriptor may have bars and colors: it is a terminal, and NO_COLOR is not
+// set to anything.
+bool isDecorated(int descriptor);
+
+enum class Color { red = 31, green = 32, yellow = 33 }; // ECMA-48, section 8.3.117
+
+// The text in that color; as it is when `decorated` is false.
+std::string colored(const std::string& text, Color color, bool decorated);
+
+// One line on standard error that says what is waited for, and goes when it is over. Nothing is written when
+// standard error is no terminal.
+class ProgressLine {
+public:
+    ProgressLine();
+    ~ProgressLine() { show({}); }
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+
+    // Replaces what stands there. A text that does not fit is cut.
+    void show(const std::string& text);
+
+private:
+    std::size_t width_ = 0; // that the terminal takes on one line; 0 when there is none
+    std::size_t shown_ = 0;
+};
+
+} // namespace orvan
