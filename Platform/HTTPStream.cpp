@@ -61,6 +61,7 @@ public:
 
     bool prepare(const HTTPRequest& request, const TLSSettings& tls);
     bool follow(bool follows) { return set(CURLOPT_FOLLOWLOCATION, follows ? 1L : 0L); }
+    bool connectOnly() { return set(CURLOPT_CONNECT_ONLY, 1L); }
     bool start();
     void stop();
 
@@ -203,6 +204,10 @@ std::unique_ptr<HTTPStream> HTTPStream::create(const HTTPRequest& request, const
 
 bool HTTPStream::setAutoRedirect(bool follows) {
     return status_ == HTTPStreamStatus::notOpen && transfer_->follow(follows);
+}
+
+bool HTTPStream::setConnectsOnly() {
+    return status_ == HTTPStreamStatus::notOpen && transfer_->connectOnly();
 }
 
 bool HTTPStream::open() {

@@ -71,6 +71,11 @@ public:
     // are not until this is set. False when that is impossible.
     bool setAutoRedirect(bool follows);
 
+    // Before the stream is opened: it is at its end, without a request and without a byte, as soon as the
+    // server has accepted the connection. With an http URL nothing is sent at all. False when that is
+    // impossible.
+    bool setConnectsOnly();
+
     // Begins, and does not wait. False when it cannot; a stream is opened once.
     bool open();
 

@@ -7,7 +7,6 @@
 #include "Tests/Support/TempFolder.h"
 
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 
 #include <chrono>
 #include <cstdint>
@@ -103,28 +102,11 @@ TEST(URLFetch, AnswersWhatHasComeAndWhatWentWrong) {
     EXPECT_EQ(MyXMLTreeCreateWithDataFromURL(server.url("/whole")), "hello");
 }
 
-// A server whose queue of connections is full, so that the system answers to no further one.
-struct FullServer {
-    FullServer() : listener(listenOnLoopback(0, &port)) {
-        sockaddr_storage address{};
-        socklen_t size = sizeof address;
-        auto* const generic = reinterpret_cast<sockaddr*>(&address);
-        getsockname(listener.get(), generic, &size);
-        for (int i = 0; i < 3; ++i) {
-            clients.emplace_back(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-            if (connect(clients.back().get(), generic, size) == 0) ADD_FAILURE() << "connected at once";
-        }
-    }
-    int port = 0;
-    platform::FileDescriptor listener;
-    std::vector<platform::FileDescriptor> clients;
-};
-
 TEST(URLFetch, WaitsTwoSecondsForSomethingToCome) {
     const ScriptedServer server(kAnswers);
     const FullServer full;
     const Expected cases[] = {
-        {"http://127.0.0.1:" + std::to_string(full.port) + "/", "", 0, "no answer from 127.0.0.1:"},
+        {"http://127.0.0.1:" + std::to_string(full.port()) + "/", "", 0, "no answer from 127.0.0.1:"},
         {server.url("/silent"), "", 0, " within 2 seconds"},
         {server.url("/header-only"), "", 200, " fell silent for 2 seconds"},
         {server.url("/falls-silent"), "hello", 200, " fell silent for 2 seconds"},

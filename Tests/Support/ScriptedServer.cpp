@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <stdexcept>
 #include <utility>
 
 namespace orvan {
@@ -52,6 +53,17 @@ platform::FileDescriptor listenOnLoopback(int backlog, int* port) {
     getsockname(listener.get(), generic, &size);
     *port = ntohs(address.sin_port);
     return listener;
+}
+
+FullServer::FullServer() : listener_(listenOnLoopback(0, &port_)) {
+    sockaddr_storage address{};
+    socklen_t size = sizeof address;
+    auto* const generic = reinterpret_cast<sockaddr*>(&address);
+    getsockname(listener_.get(), generic, &size);
+    for (int i = 0; i < 3; ++i) {
+        clients_.emplace_back(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+        if (connect(clients_.back().get(), generic, size) == 0) throw std::runtime_error("connected at once");
+    }
 }
 
 ScriptedServer::ScriptedServer(std::vector<ScriptedAnswer> answers) : answers_(std::move(answers)) {

@@ -58,4 +58,16 @@ private:
 // A listening socket on 127.0.0.1 with the port that the system chose.
 platform::FileDescriptor listenOnLoopback(int backlog, int* port);
 
+// A server on 127.0.0.1 whose queue of connections is full, so that the system answers to no further one.
+class FullServer {
+public:
+    FullServer();
+    int port() const { return port_; }
+
+private:
+    int port_ = 0;
+    platform::FileDescriptor listener_;
+    std::vector<platform::FileDescriptor> clients_;
+};
+
 } // namespace orvan

@@ -1,5 +1,6 @@
 // "orvan url" and "orvan ping": where a printer is, and whether it is there.
 #include "Common/SimplePing.h"
+#include "Common/Utilities/HostContact.h"
 #include "Common/Utilities/PrinterURL.h"
 #include "Common/Utilities/URIParts.h"
 #include "PrintDialog/Host/Scheduler.h"
@@ -8,8 +9,6 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -61,26 +60,13 @@ struct PingArguments {
     bool json = false;
 };
 
-// Why there was no reply to each request.
-std::string explain(int result, const std::string& host) {
-    platform::FileDescriptor socket;
-    const int permission = CreateSocketForCommunicationWithHost(&socket);
-    if (permission == EACCES || permission == EPERM)
-        return "this system permits nobody in your groups to ask " + host +
-               " for a sign of life; as root, \"sysctl net.ipv4.ping_group_range='0 2147483647'\" permits it "
-               "to all";
-    if (result == -1) return host + " does not answer";
-    if (result == EHOSTUNREACH) return host + " has no IPv4 address, or no way leads to it";
-    return host + " cannot be asked: " + std::strerror(result);
-}
-
 int ping(const PingArguments& arguments) {
     const bool isURL = arguments.host.find("://") != std::string::npos;
     const std::optional<URIParts> parts = isURL ? separateURI(arguments.host) : std::nullopt;
     if (isURL && !parts) return cannot(arguments.host + " has no host");
     const std::string host = isURL ? parts->host : arguments.host;
     const int result = SimplePing(host.c_str(), arguments.count, arguments.timeout, false);
-    const std::string problem = result == 0 ? "" : explain(result, host);
+    const std::string problem = explainPing(result, host);
     if (arguments.json)
         std::cout << Json{{"schemaVersion", 1}, {"host", host}, {"reachable", result == 0},
                          {"problem", problem}}
