@@ -88,6 +88,7 @@ bool answerFromDocument(
     const Commands& commands, const PrinterAddress& address, const CommandFile& file, bool* isOffline) {
     if (std::ranges::none_of(commands, wantsDocument)) return true;
     const StatusAnswer answer = askForDocument(address, {file.user, file.password});
+    std::ranges::for_each(answer.trace, tellDebug);
     *isOffline = answer.isOffline;
     tellState(answer.isOffline ? '+' : '-', "offline-report");
     if (!answer.ticket) {

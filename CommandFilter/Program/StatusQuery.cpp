@@ -3,7 +3,8 @@
 #include "CommandFilter/OVOVGParser.h"
 #include "CommandFilter/OVSNMPParser.h"
 #include "CommandFilter/Program/Communities.h"
-#include "CommandFilter/Program/FilterMessages.h"
+#include "Common/Utilities/HostContact.h"
+#include "Common/Utilities/URIParts.h"
 #include "Common/Utilities/URLFetch.h"
 
 namespace orvan {
@@ -13,6 +14,25 @@ constexpr std::chrono::seconds kMaximumTime{20};
 constexpr long kUnauthorized = 401; // RFC 9110, section 15.5.2
 constexpr long kForbidden = 403;
 constexpr long kFirstError = 400;
+
+constexpr const char* kAddressAdvice =
+    "the address is right: the queue's device, or OVNStatusDocument in its PPD.";
+
+// Fills in the answer when the document's host is not there, and says so with true.
+bool isAbsent(const PrinterAddress& address, const std::string& where, StatusAnswer& answer) {
+    const std::optional<URIParts> url = separateURI(address.documentURL);
+    if (!url) return false; // the fetch says why
+    const HostContact contact = contactHost(url->host, url->port);
+    if (!contact.pingProblem.empty())
+        answer.trace.push_back("No reply to an echo request: " + contact.pingProblem +
+                               (contact.isThere ? ". But a connection was accepted." : "."));
+    if (contact.isThere) return false;
+    answer.isOffline = true;
+    answer.problem = where + " does not answer: " + contact.problem +
+                     ". Check that it is switched on and connected to the network, and that " +
+                     kAddressAdvice;
+    return true;
+}
 
 std::string refusal(const std::string& where, long status, bool hadPassword) {
     if (status == kUnauthorized || status == kForbidden)
@@ -37,6 +57,10 @@ std::string whyNoTicket(
 } // namespace
 
 StatusAnswer askForDocument(const PrinterAddress& address, const Credentials& credentials) {
+    StatusAnswer answer;
+    const std::string where = "The printer at " + address.shownURL;
+    if (isAbsent(address, where, answer)) return answer;
+
     FetchRequest request;
     request.url = address.documentURL;
     request.user = credentials.user;
@@ -44,14 +68,12 @@ StatusAnswer askForDocument(const PrinterAddress& address, const Credentials& cr
     request.maximumSize = platform::XMLDocument::kMaximumSize + 1;
     request.maximumTime = kMaximumTime;
     const FetchResult result = fetchDocument(request);
-    tellDebug(address.shownURL + " answered HTTP " + std::to_string(result.status) + " with " +
-              std::to_string(result.bytes.size()) + " bytes");
-
-    StatusAnswer answer;
-    const std::string where = "The printer at " + address.shownURL;
+    answer.trace.push_back(address.shownURL + " answered HTTP " + std::to_string(result.status) + " with " +
+                           std::to_string(result.bytes.size()) + " bytes");
     if (result.bytes.empty() && result.status == 0) {
         answer.isOffline = true;
-        answer.problem = where + " does not answer: " + result.problem;
+        answer.problem = where + " does not answer: " + result.problem +
+                         ". Check that its web server is on, and that " + kAddressAdvice;
         return answer;
     }
     std::string parseError;

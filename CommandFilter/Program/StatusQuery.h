@@ -1,4 +1,4 @@
-// The questions that the command filter asks a printer.
+// The questions that the command filter asks a printer. They write nothing anywhere: whoever asks, tells.
 #pragma once
 
 #include "CommandFilter/Program/PrinterAddress.h"
@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvan {
 
@@ -17,6 +18,8 @@ struct StatusAnswer {
     std::string problem;
     // Not even a refusal came.
     bool isOffline = false;
+    // What happened on the way, for a log: sentences without passwords.
+    std::vector<std::string> trace;
 };
 
 struct Credentials {
@@ -24,7 +27,11 @@ struct Credentials {
     std::optional<std::string> password;
 };
 
-// Fetches and reads the status document. Blocks, for at most half a minute.
+// Fetches and reads the status document. Its host is contacted first (Common/Utilities/HostContact.h); when
+// that is not there, nothing is fetched.
+//
+// Blocks, for at most half a minute and as long as the resolver takes for the host's name; for an absent
+// printer that has an address, for four seconds.
 StatusAnswer askForDocument(const PrinterAddress& address, const Credentials& credentials);
 
 // Asks the SNMP agent for the job-accounting object, in one community of the scheduler's configuration after

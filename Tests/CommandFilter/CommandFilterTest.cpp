@@ -1,15 +1,18 @@
 // The command filter as the scheduler and the query channel run it, in front of a simulated printer.
 #include "BiDi/ppdx.h"
 #include "CommandFilter/Program/PrinterAddress.h"
+#include "CommandFilter/Program/StatusQuery.h"
 #include "CommandFilter/TicketVocabulary.h"
 #include "Platform/PropertyList.h"
 #include "Tests/Support/DerivedPPD.h"
+#include "Tests/Support/OwnNetwork.h"
 #include "Tests/Support/Processes.h"
 #include "Tests/Support/SimulatedPrinter.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 #include <sstream>
 #include <string>
@@ -250,6 +253,54 @@ TEST(CommandFilter, SaysWhereItCannotAsk) {
     const Report nothing(runProgram({ORVAN_COMMAND_FILTER, "1", "a", "b", "1", "", "/no/such/job"}));
     EXPECT_EQ(nothing.exitCode, 0);
     EXPECT_EQ(nothing.only("ERROR"), "The job's file cannot be read: No such file or directory");
+}
+
+// What the filter says with a printer at the loopback interface, or with one that no way leads to; behind
+// that what the question alone writes.
+std::string askInOwnNetwork(const OwnNetwork& network, bool isPrinterThere) {
+    return inOwnNetwork(network, [&] {
+        const SimulatedPrinter printer;
+        const std::string url = isPrinterThere ? printer.url() : "http://192.0.2.1/status.xml";
+        const auto start = std::chrono::steady_clock::now();
+        const Report report = runFilter(
+            {.attributes = "*OVNStatusDocument: \"" + url + "\"\n", .commands = "com.orvan.Permissions"});
+        const bool isLate = std::chrono::steady_clock::now() - start > std::chrono::milliseconds(1500);
+        testing::internal::CaptureStderr();
+        const std::size_t traced = askForDocument({url, url, ""}, {}).trace.size();
+        const std::string written = testing::internal::GetCapturedStderr();
+        const bool isTold = report.count("DEBUG") >= traced && traced > 0;
+        return report.errors + written + (written.empty() && isTold && !isLate ? "in order" : "wrong");
+    });
+}
+
+TEST(CommandFilter, FindsOutFirstWhetherThePrinterIsThere) {
+    constexpr OwnNetwork kPermitted{.pingGroups = "0\t2147483647"};
+    const std::string absent =
+        "ERROR: The printer at http://192.0.2.1/status.xml does not answer: cannot connect to 192.0.2.1:80: "
+        "Network is unreachable. Check that it is switched on and connected to the network, and that the "
+        "address is right: the queue's device, or OVNStatusDocument in its PPD.\n";
+    const struct {
+        OwnNetwork network;
+        bool isPrinterThere;
+        std::size_t settings; // how often the setting is named
+        std::string said;
+    } cases[] = {
+        {kPermitted, true, 0, "PPD: com.orvan.Permissions"},
+        {{}, true, 1, "permits it to all. But a connection was accepted.\n"},
+        {{}, true, 1, "PPD: com.orvan.Permissions"},
+        {kPermitted, false, 0, absent},
+        {{}, false, 1, absent},
+    };
+    for (const auto& [network, isPrinterThere, settings, said] : cases) {
+        const std::string answer = askInOwnNetwork(network, isPrinterThere);
+        ORVAN_SKIP_WITHOUT_NETWORK(answer);
+        EXPECT_NE(answer.find(said), std::string::npos) << answer;
+        EXPECT_TRUE(answer.ends_with("\nin order")) << answer;
+        EXPECT_EQ(occurrences(answer, "net.ipv4.ping_group_range"), settings) << answer;
+        EXPECT_EQ(occurrences(answer, "STATE: +offline-report\n"), isPrinterThere ? 0U : 1U) << answer;
+        EXPECT_EQ(occurrences(answer, "does not answer"), isPrinterThere ? 0U : 1U) << answer;
+        EXPECT_EQ(occurrences(answer, "answered HTTP"), isPrinterThere ? 1U : 0U) << answer;
+    }
 }
 
 TEST(CommandFilter, ReportsLevelsToEveryClientOfTheScheduler) {
