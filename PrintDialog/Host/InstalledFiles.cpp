@@ -27,4 +27,8 @@ std::filesystem::path paperOptionsBundleFolder() {
     return privateFolder() / "OrvanPaperOptions.plugin";
 }
 
+std::filesystem::path gtkModuleFile() {
+    return (privateFolder() / ORVAN_MODULE_FROM_PRIVATE_FOLDER).lexically_normal();
+}
+
 } // namespace orvan

@@ -13,4 +13,7 @@ std::filesystem::path privateFolder();
 // The plug-in bundle in it.
 std::filesystem::path paperOptionsBundleFolder();
 
+// The GTK module of the same tree.
+std::filesystem::path gtkModuleFile();
+
 } // namespace orvan

@@ -66,7 +66,12 @@ std::string schedulerName() {
     return "the print scheduler at " + server + (hasUsualPort ? "" : ":" + std::to_string(ippPort()));
 }
 
-std::unique_ptr<DialogPPD> fetchQueuePPD(
+FetchedPPD::~FetchedPPD() {
+    std::error_code ignored;
+    std::filesystem::remove(file_, ignored);
+}
+
+std::unique_ptr<FetchedPPD> fetchQueuePPDFile(
     const std::string& queue, std::chrono::milliseconds patience, std::string* error) {
     bool silent = false;
     const platform::HTTPConnection http = connect(patience, &silent, error);
@@ -84,10 +89,13 @@ std::unique_ptr<DialogPPD> fetchQueuePPD(
                 "cannot get the PPD of queue " + queue + " from " + schedulerName() + ": " + why(silent));
         return nullptr;
     }
-    std::unique_ptr<DialogPPD> ppd = DialogPPD::open(file.data(), error);
-    std::error_code ignored;
-    std::filesystem::remove(file.data(), ignored);
-    return ppd;
+    return std::make_unique<FetchedPPD>(file.data());
+}
+
+std::unique_ptr<DialogPPD> fetchQueuePPD(
+    const std::string& queue, std::chrono::milliseconds patience, std::string* error) {
+    const std::unique_ptr<FetchedPPD> ppd = fetchQueuePPDFile(queue, patience, error);
+    return ppd != nullptr ? DialogPPD::open(ppd->file(), error) : nullptr;
 }
 
 platform::IPPMessage askScheduler(ipp_t* request, std::chrono::milliseconds patience, std::string* error) {

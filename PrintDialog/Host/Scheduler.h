@@ -6,15 +6,35 @@
 #include "PrintDialog/Host/DialogPPD.h"
 
 #include <chrono>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvan {
 
-// The queue's PPD, opened. Null, and a message for people in *error (when given), when the scheduler is not
-// there, has no such queue, or the queue has no PPD.
+// A queue's PPD as a file: a copy, or a link to the scheduler's own, that goes with this object.
+class FetchedPPD {
+public:
+    explicit FetchedPPD(std::filesystem::path file) : file_(std::move(file)) {}
+    ~FetchedPPD();
+    FetchedPPD(const FetchedPPD&) = delete;
+    FetchedPPD& operator=(const FetchedPPD&) = delete;
+
+    const std::filesystem::path& file() const { return file_; }
+
+private:
+    std::filesystem::path file_;
+};
+
+// Null, and a message for people in *error (when given), when the scheduler is not there, has no such queue,
+// or the queue has no PPD.
+std::unique_ptr<FetchedPPD> fetchQueuePPDFile(
+    const std::string& queue, std::chrono::milliseconds patience, std::string* error);
+
+// The same, opened; null also when it is damaged.
 std::unique_ptr<DialogPPD> fetchQueuePPD(
     const std::string& queue, std::chrono::milliseconds patience, std::string* error);
 

@@ -29,6 +29,7 @@ void addChunksCommand(CLI::App& program, CommandBody& run);
 void addURLCommand(CLI::App& program, CommandBody& run);
 void addPingCommand(CLI::App& program, CommandBody& run);
 void addTicketCommand(CLI::App& program, CommandBody& run);
+void addDoctorCommand(CLI::App& program, CommandBody& run);
 void addFetchCommand(CLI::App& program, CommandBody& run);
 
 } // namespace orvan

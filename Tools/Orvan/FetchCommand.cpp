@@ -2,6 +2,7 @@
 #include "Common/Utilities/URLFetch.h"
 #include "Tools/Orvan/Command.h"
 #include "Tools/Orvan/PasswordPrompt.h"
+#include "Tools/Orvan/Terminal.h"
 
 #include <cstdlib>
 #include <iostream>
@@ -32,9 +33,15 @@ std::string problemOf(const FetchResult& result) {
     return result.status == 401 ? problem + ": it wants a user (--user) and the right password" : problem;
 }
 
-int fetch(const FetchArguments& arguments) {
+FetchResult fetch(const FetchRequest& request) {
+    ProgressLine line;
+    line.show("Waiting for the document");
+    return fetchDocument(request);
+}
+
+int writeDocument(const FetchArguments& arguments) {
     FetchRequest request{arguments.url, arguments.user, passwordFor(arguments.user)};
-    const FetchResult result = fetchDocument(request);
+    const FetchResult result = fetch(request);
     std::cout.write(result.bytes.data(), static_cast<std::streamsize>(result.bytes.size()));
     const std::string problem = problemOf(result);
     return problem.empty() ? kDone : cannot(onOneLine(problem));
@@ -64,8 +71,10 @@ void addFetchCommand(CLI::App& program, CommandBody& run) {
     command->footer(
         "The password is that of the environment variable ORVAN_PASSWORD; without it, it is asked "
         "for.\nA certificate that cannot be checked is accepted.\n"
-        "Example: orvan fetch http://printer.example/status.xml --user admin > status.xml");
-    command->callback([arguments, &run] { run = [arguments] { return fetch(*arguments); }; });
+        "Examples:\n"
+        "  orvan fetch \"$(orvan url -q Office)/status.xml\" | orvan ticket -\n"
+        "  orvan fetch http://printer.example/status.xml --user admin > status.xml");
+    command->callback([arguments, &run] { run = [arguments] { return writeDocument(*arguments); }; });
 }
 
 } // namespace orvan

@@ -4,7 +4,9 @@
 #include "Common/Utilities/PrinterURL.h"
 #include "Common/Utilities/URIParts.h"
 #include "PrintDialog/Host/Scheduler.h"
-#include "Tools/Orvan/Command.h"
+#include "Tools/Orvan/CommonOptions.h"
+#include "Tools/Orvan/OutputGuard.h"
+#include "Tools/Orvan/Terminal.h"
 
 #include <nlohmann/json.hpp>
 
@@ -37,12 +39,19 @@ std::optional<std::string> deviceOf(const std::string& queue, std::string* probl
     return std::nullopt;
 }
 
+std::optional<std::string> lookUp(const std::string& device) {
+    const OutputGuard guard; // from what discovery says of damaged replies
+    ProgressLine line;
+    line.show("Looking for the printer");
+    return printerURLForDeviceURI(device);
+}
+
 int showURL(const URLArguments& arguments) {
     std::string problem;
     const std::optional<std::string> device =
         arguments.queue.empty() ? arguments.deviceURI : deviceOf(arguments.queue, &problem);
     if (!device) return cannot(problem);
-    const std::optional<std::string> url = printerURLForDeviceURI(*device);
+    const std::optional<std::string> url = lookUp(*device);
     if (!url)
         return cannot("the device " + (arguments.queue.empty() ? *device : "of printer " + arguments.queue) +
                       " has no host on the network, or is a discovered printer that does not answer now");
@@ -65,7 +74,10 @@ int ping(const PingArguments& arguments) {
     const std::optional<URIParts> parts = isURL ? separateURI(arguments.host) : std::nullopt;
     if (isURL && !parts) return cannot(arguments.host + " has no host");
     const std::string host = isURL ? parts->host : arguments.host;
+    ProgressLine line;
+    line.show("Waiting for " + host);
     const int result = SimplePing(host.c_str(), arguments.count, arguments.timeout, false);
+    line.show({});
     const std::string problem = explainPing(result, host);
     if (arguments.json)
         std::cout << Json{{"schemaVersion", 1}, {"host", host}, {"reachable", result == 0},
@@ -82,12 +94,15 @@ void addURLCommand(CLI::App& program, CommandBody& run) {
     const auto arguments = std::make_shared<URLArguments>();
     CLI::App* command = program.add_subcommand("url", "Find the address of a printer's web server");
     CLI::Option_group* const printer = command->add_option_group("printer");
-    printer->add_option("-q,--queue", arguments->queue, "A queue of the print scheduler")->type_name("QUEUE");
+    addQueueOption(printer, arguments->queue);
     printer->add_option("--device-uri", arguments->deviceURI, "A queue's device")->type_name("URI");
     printer->require_option(1);
-    command->add_flag("--json", arguments->json, "Answer in JSON");
+    addServerOption(command);
+    addJSONFlag(command, arguments->json);
     command->footer("A discovered printer (dnssd:) is looked for on the local network.\n"
-                    "Example: orvan url -q Office");
+                    "Examples:\n"
+                    "  orvan url -q Office\n"
+                    "  orvan url --device-uri \"$(lpstat -v Office | sed 's/.*: //')\"");
     command->callback([arguments, &run] { run = [arguments] { return showURL(*arguments); }; });
 }
 
@@ -104,9 +119,11 @@ void addPingCommand(CLI::App& program, CommandBody& run) {
             "How long to listen after each reply (default 200, at most 1000)")
         ->type_name("MILLISECONDS")
         ->check(CLI::PositiveNumber);
-    command->add_flag("--json", arguments->json, "Answer in JSON");
+    addJSONFlag(command, arguments->json);
     command->footer("A host that does not answer within a second is not reachable.\n"
-                    "Example: orvan ping \"$(orvan url -q Office)\"");
+                    "Examples:\n"
+                    "  orvan ping printer.example -c 3\n"
+                    "  orvan ping \"$(orvan url -q Office)\"");
     command->callback([arguments, &run] { run = [arguments] { return ping(*arguments); }; });
 }
 

@@ -17,6 +17,7 @@ namespace orvan {
 namespace {
 
 constexpr std::chrono::seconds kSchedulerPatience{5};
+constexpr std::chrono::seconds kLookInterval{1};
 constexpr std::string_view kFamily = "Orvan";
 
 bool isBusy(const OrvanBiDi& channel) {
@@ -59,7 +60,7 @@ std::string explain(
 }
 
 // For a terminal: the first of those that have not answered.
-std::string whomItWaitsFor(const std::vector<PrinterQuestion>& questions) {
+std::string whomItWaitsFor(std::vector<PrinterQuestion>& questions) {
     const auto waiting = std::ranges::count_if(questions, &PrinterQuestion::isWaiting);
     const auto first = std::ranges::find_if(questions, &PrinterQuestion::isWaiting);
     if (first == questions.end()) return "Asking";
@@ -128,10 +129,17 @@ void PrinterQuestion::ask(std::unique_ptr<DialogPPD> ppd) {
     channel_ = OrvanBiDi::initWithPDECallbackObject(std::make_shared<Callback>(std::move(ppd), printer_));
     channel_->setDelegate(collector_);
     channel_->dispatchCommands(commands);
+    nextLook_ = std::chrono::steady_clock::now() + kLookInterval;
 }
 
-bool PrinterQuestion::isWaiting() const {
-    return channel_ != nullptr && isBusy(*channel_);
+bool PrinterQuestion::isWaiting() {
+    if (channel_ == nullptr || isInVain_ || !isBusy(*channel_)) return false;
+    const auto now = std::chrono::steady_clock::now();
+    if (now < nextLook_ || !RunningOn107OrLater()) return true;
+    nextLook_ = now + kLookInterval;
+    const auto job = findStatusJob(queue(), kSchedulerPatience);
+    isInVain_ = job && isInTrouble(*job);
+    return !isInVain_;
 }
 
 int PrinterQuestion::submittedJob() const {

@@ -37,8 +37,9 @@ public:
     void ask(std::unique_ptr<DialogPPD> ppd);
     // That there is nothing to ask with, and why.
     void refuse(const std::string& problem) { answers_.problem = problem; }
-    // Whether the main loop has to run on.
-    bool isWaiting() const;
+    // Whether the main loop has to run on. A command job that is held or was stopped is not waited for; that
+    // is looked at once a second.
+    bool isWaiting();
     // The number of the command job that the scheduler took; 0 when there was one already, or it took none.
     int submittedJob() const;
     // Takes that job back.
@@ -54,6 +55,8 @@ private:
     std::shared_ptr<platform::PMPrinter> printer_;
     std::shared_ptr<Collector> collector_;
     std::shared_ptr<OrvanBiDi> channel_; // null while nothing is asked
+    std::chrono::steady_clock::time_point nextLook_;
+    bool isInVain_ = false;
 };
 
 // Asks all of the printers at once, in one main loop, and waits for their answers at most for so long. With a

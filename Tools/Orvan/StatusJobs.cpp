@@ -13,10 +13,6 @@
 namespace orvan {
 namespace {
 
-bool isInTrouble(const StatusJob& job) {
-    return job.state == IPP_JSTATE_HELD || job.state == IPP_JSTATE_STOPPED;
-}
-
 // About the queue. RFC 8011, section 4.1.5: a job's number follows the queue, a person's name follows both.
 ipp_t* newRequest(ipp_op_t operation, const std::string& queue) {
     ipp_t* const request = ippNewRequest(operation);
@@ -78,6 +74,10 @@ std::vector<StatusJob> jobsIn(ipp_t* answer) {
 
 } // namespace
 
+bool isInTrouble(const StatusJob& job) {
+    return job.state == IPP_JSTATE_HELD || job.state == IPP_JSTATE_STOPPED;
+}
+
 std::optional<StatusJob> findStatusJob(const std::string& queue, std::chrono::milliseconds patience) {
     const auto answer = askScheduler(requestFor(queue, "not-completed"), patience, nullptr);
     if (answer == nullptr) return std::nullopt;
@@ -93,6 +93,14 @@ std::string complaintOfLastJob(const std::string& queue, std::chrono::millisecon
     const std::vector<StatusJob> jobs = jobsIn(answer.get());
     const auto newest = std::ranges::max_element(jobs, {}, &StatusJob::id);
     return newest == jobs.end() || newest->message == kStatusReadMessage ? "" : newest->message;
+}
+
+bool wouldTakeStatusJob(const std::string& queue, std::chrono::milliseconds patience, std::string* error) {
+    ipp_t* const request = newRequest(IPP_OP_VALIDATE_JOB, queue);
+    addUser(request);
+    ippAddString(request, IPP_TAG_OPERATION, IPP_TAG_MIMETYPE, "document-format", nullptr,
+        "application/vnd.cups-command");
+    return askScheduler(request, patience, error) != nullptr;
 }
 
 bool withdrawJob(const std::string& queue, int job, std::chrono::milliseconds patience) {

@@ -15,6 +15,9 @@ struct StatusJob {
     std::string message; // the scheduler's last word on it; may be empty
 };
 
+// Whether the job is held or was stopped: it goes on when somebody does something about it.
+bool isInTrouble(const StatusJob& job);
+
 // This person's oldest active job of the channel in the queue: one in trouble (held or stopped) before one
 // that is not. Nothing when there is none, or the scheduler does not say.
 std::optional<StatusJob> findStatusJob(const std::string& queue, std::chrono::milliseconds patience);
@@ -22,6 +25,10 @@ std::optional<StatusJob> findStatusJob(const std::string& queue, std::chrono::mi
 // What the command filter last said for people in this person's newest job of the channel that has ended;
 // empty when it said nothing or all went well.
 std::string complaintOfLastJob(const std::string& queue, std::chrono::milliseconds patience);
+
+// Whether the scheduler would take a command job for the queue; no, and a message for people in *error, when
+// it says why not or is not there.
+bool wouldTakeStatusJob(const std::string& queue, std::chrono::milliseconds patience, std::string* error);
 
 // Cancels the job. False when it had ended before, or the scheduler refuses or is not there.
 bool withdrawJob(const std::string& queue, int job, std::chrono::milliseconds patience);

@@ -16,6 +16,9 @@ namespace {
 
 constexpr std::size_t kUsualWidth = 80;
 
+// Of what stands on the progress line.
+std::size_t shownWidth = 0;
+
 bool isDumb() {
     const char* const terminal = std::getenv("TERM");
     return terminal == nullptr || std::string_view(terminal) == "dumb";
@@ -41,12 +44,12 @@ ProgressLine::ProgressLine() {
 }
 
 void ProgressLine::show(const std::string& text) {
-    if (width_ == 0 || (text.empty() && shown_ == 0)) return;
+    if (width_ == 0 || (text.empty() && shownWidth == 0)) return;
     const std::string line(platform::prefixOfUTF8(onOneLine(text), width_));
-    const std::string blanks(shown_ - std::min(shown_, line.size()), ' ');
+    const std::string blanks(shownWidth - std::min(shownWidth, line.size()), ' ');
     std::fprintf(stderr, "\r%s%s%s", line.c_str(), blanks.c_str(), line.empty() ? "\r" : "");
     std::fflush(stderr);
-    shown_ = line.size();
+    shownWidth = line.size();
 }
 
 } // namespace orvan

@@ -16,7 +16,7 @@ enum class Color { red = 31, green = 32, yellow = 33 }; // ECMA-48, section 8.3.
 std::string colored(const std::string& text, Color color, bool decorated);
 
 // One line on standard error that says what is waited for, and goes when it is over. Nothing is written when
-// standard error is no terminal.
+// standard error is no terminal. One thread; a line within another takes its place.
 class ProgressLine {
 public:
     ProgressLine();
@@ -29,7 +29,6 @@ public:
 
 private:
     std::size_t width_ = 0; // that the terminal takes on one line; 0 when there is none
-    std::size_t shown_ = 0;
 };
 
 } // namespace orvan

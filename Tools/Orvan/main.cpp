@@ -44,6 +44,7 @@ int runProgram(int argc, char** argv) {
     addURLCommand(program, run);
     addPingCommand(program, run);
     addFetchCommand(program, run);
+    addDoctorCommand(program, run);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& problem) {
