@@ -1,24 +1,13 @@
 #include "Common/RendezvousUtilities.h"
 #include "Common/Utilities/PrinterURL.h"
-#include "Platform/FileDescriptor.h"
 #include "Tests/Support/DNSParts.h"
 #include "Tests/Support/OwnNetwork.h"
-#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/Responder.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <signal.h>
-#include <sys/mount.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 
-#include <algorithm>
 #include <array>
-#include <atomic>
 #include <cerrno>
-#include <functional>
-#include <thread>
 #include <vector>
 
 namespace orvan {
@@ -27,99 +16,9 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* kDaemon = "/usr/sbin/avahi-daemon";
-constexpr const char* kServices = "/etc/avahi/services";
-constexpr const char* kQueue = "dnssd://Orvan%204500%20in%20the%20Office._ipp._tcp.local/?uuid=1";
-
 std::string urlOrNone(const std::string& deviceURI) {
     return printerURLForDeviceURI(deviceURI).value_or("none");
 }
-
-// A daemon that publishes a printer; the process is alone with it.
-class Daemon {
-public:
-    Daemon() {
-        const std::string configuration =
-            folder_.write("conf", "[server]\nhost-name=office-printer\nuse-ipv6=no\n"
-                                  "enable-dbus=no\n[wide-area]\nenable-wide-area=no\n");
-        folder_.write("services/printer.service",
-            "<service-group><name>Orvan 4500 in the Office</name>"
-            "<service><type>_ipp._tcp</type><port>631</port></service></service-group>");
-        mount((folder_.path() / "services").c_str(), kServices, nullptr, MS_BIND, nullptr);
-        mount("tmpfs", "/run", "tmpfs", 0, nullptr);
-        std::filesystem::create_directory("/run/avahi-daemon");
-        process_ = fork();
-        if (process_ != 0) return;
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        runInstead({kDaemon, "-f", configuration, "--no-drop-root", "--no-chroot", "--no-rlimits"});
-    }
-    ~Daemon() {
-        kill(process_, SIGTERM);
-        waitpid(process_, nullptr, 0);
-        umount(kServices);
-    }
-    Daemon(const Daemon&) = delete;
-    Daemon& operator=(const Daemon&) = delete;
-
-private:
-    TempFolder folder_;
-    pid_t process_;
-};
-
-// Somebody in the group who answers each query with these datagrams, once or over and over.
-class Responder {
-public:
-    using Answers = std::function<std::vector<std::string>(const std::string& query)>;
-
-    explicit Responder(Answers answers, bool repeats = false)
-        : answers_(std::move(answers)),
-          repeats_(repeats),
-          socket_(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
-        const ip_mreq group{mDNS_addr.sin_addr, {htonl(INADDR_LOOPBACK)}};
-        sockaddr_in any = mDNS_addr;
-        any.sin_addr.s_addr = INADDR_ANY;
-        if (::bind(socket_.get(), reinterpret_cast<sockaddr*>(&any), sizeof any) != 0 ||
-            ::setsockopt(socket_.get(), IPPROTO_IP, IP_ADD_MEMBERSHIP, &group, sizeof group) != 0)
-            std::perror("responder");
-        thread_ = std::thread([this] { run(); });
-    }
-    ~Responder() {
-        stop_ = true;
-        thread_.join();
-    }
-    Responder(const Responder&) = delete;
-    Responder& operator=(const Responder&) = delete;
-
-    int queries() const { return queries_; }
-
-private:
-    void run() {
-        std::array<char, 2048> query{};
-        std::vector<std::string> answers;
-        sockaddr_in from{};
-        socklen_t size = sizeof from;
-        auto* const address = reinterpret_cast<sockaddr*>(&from);
-        while (!stop_) {
-            pollfd waiting{socket_.get(), POLLIN, 0};
-            if (::poll(&waiting, 1, 20) > 0) {
-                const ssize_t length =
-                    ::recvfrom(socket_.get(), query.data(), query.size(), 0, address, &size);
-                ++queries_;
-                answers = answers_({query.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))});
-            }
-            for (const std::string& answer : answers)
-                ::sendto(socket_.get(), answer.data(), answer.size(), 0, address, size);
-            if (!repeats_) answers.clear();
-        }
-    }
-
-    Answers answers_;
-    bool repeats_;
-    platform::FileDescriptor socket_;
-    std::atomic<bool> stop_ = false;
-    std::atomic<int> queries_ = 0;
-    std::thread thread_;
-};
 
 std::string answerTo(const std::string& query, const std::string& host, std::uint16_t answers = 1) {
     return dns::header(1, answers) + query.substr(dns::header(0, 0).size()) +
@@ -160,22 +59,6 @@ TEST(PrinterURL, isNoneWithoutAScheduler) {
                       return GetPrinterURL(printer).value_or("none");
                   }),
         "none");
-}
-
-TEST(PrinterURL, findsTheHostOfAPublishedPrinter) {
-    if (!std::filesystem::exists(kDaemon))
-        GTEST_SKIP() << "no " << kDaemon << " (Debian package avahi-daemon)";
-    const std::string answer = inOwnNetwork({}, [] {
-        const Daemon daemon;
-        std::string url;
-        const auto deadline = Clock::now() + 20s;
-        do // until the daemon is ready
-            url = urlOrNone(kQueue);
-        while (url == "none" && Clock::now() < deadline);
-        return url + " " + urlOrNone("ipp://Orvan%204500%20in%20the%20Office._ipp._tcp.local.:631/");
-    });
-    ORVAN_SKIP_WITHOUT_NETWORK(answer);
-    EXPECT_EQ(answer, "http://office-printer.local. http://office-printer.local.");
 }
 
 TEST(PrinterURL, keepsTheHostAfterThreeQuestionsWithoutAnswer) {

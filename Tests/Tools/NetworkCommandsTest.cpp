@@ -1,10 +1,17 @@
 // `orvan url` and `orvan ping`.
+#include "Tests/Support/DNSParts.h"
 #include "Tests/Support/DerivedPPD.h"
 #include "Tests/Support/OwnNetwork.h"
 #include "Tests/Support/Processes.h"
+#include "Tests/Support/PublishedPrinter.h"
+#include "Tests/Support/Responder.h"
 #include "Tools/PrintingSystem/PrintingSystem.h"
 
 #include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
 
 namespace orvan {
 namespace {
@@ -48,6 +55,50 @@ TEST(NetworkCommands, AskTheSchedulerForTheDevice) {
     expectEnd({"url", "-q", "Office"}, 0, "http://10.0.0.7\n", "", environment);
     expectEnd({"url", "-q", "Local"}, 1, "", "the device of printer Local has no host", environment);
     expectEnd({"url", "-q", "Gone"}, 1, "", "there is no printer Gone", environment);
+}
+
+// The whole way: a queue whose device was discovered, the daemon that knows its host, and then no daemon.
+TEST(NetworkCommands, FindADiscoveredPrinter) {
+    if (SchedulerProcess::findProgram().empty()) GTEST_SKIP() << "cupsd is not installed";
+    if (!std::filesystem::exists(PublishedPrinter::kDaemon))
+        GTEST_SKIP() << "no " << PublishedPrinter::kDaemon << " (Debian package avahi-daemon)";
+    const std::string answer = inOwnNetwork({}, [] {
+        Failure failure;
+        const auto system = PrintingSystem::start({}, &failure);
+        if (failure) return *failure;
+        const DerivedPPD ppd;
+        failure = system->addQueue({"Office", ppd.file(), PublishedPrinter::kDevice});
+        if (failure) return *failure;
+        const ClientEnvironment client = system->environment();
+        const Environment environment(client.begin(), client.end());
+        std::optional<PublishedPrinter> printer;
+        printer.emplace();
+        ProgramEnd found;
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        do // until the daemon is ready
+            found = orvan({"url", "-q", "Office"}, environment);
+        while (found.exitCode != 0 && std::chrono::steady_clock::now() < deadline);
+        printer.reset();
+        const ProgramEnd kept = orvan({"url", "--device-uri", "dnssd://Office._ipp._tcp.local/"});
+        const ProgramEnd none = orvan({"url", "-q", "Office"}, environment); // its host has spaces
+        return found.output + kept.output + none.output + none.errors;
+    });
+    ORVAN_SKIP_WITHOUT_NETWORK(answer);
+    EXPECT_EQ(answer, "http://office-printer.local.\nhttp://Office._ipp._tcp.local\n"
+                      "orvan: the device of printer Office has no host on the network, or is a discovered "
+                      "printer that does not answer now\n");
+}
+
+// What a damaged reply makes the readers say is no answer.
+TEST(NetworkCommands, AnswerOnStandardOutputAlone) {
+    const std::string answer = inOwnNetwork({}, [] {
+        const Responder responder(
+            [](const std::string&) { return std::vector{dns::header(1, 1) + dns::pointer(12) + "1234"}; });
+        const ProgramEnd end = orvan({"url", "--device-uri", "dnssd://Office._ipp._tcp.local/"});
+        return end.output + "| " + end.errors;
+    });
+    ORVAN_SKIP_WITHOUT_NETWORK(answer);
+    EXPECT_EQ(answer, "http://Office._ipp._tcp.local\n| \ndecode error, compression offset yields loop!\n");
 }
 
 // What `orvan ping` says in a network with the loopback interface alone.
