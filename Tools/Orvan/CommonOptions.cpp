@@ -3,8 +3,17 @@
 #include "Tools/Orvan/PrinterQuery.h"
 
 #include <cstdlib>
+#include <optional>
 
 namespace orvan {
+namespace {
+
+std::optional<double> numberIn(const std::string& text) {
+    double value = 0;
+    return CLI::detail::lexical_cast(text, value) ? std::optional(value) : std::nullopt;
+}
+
+} // namespace
 
 CLI::Option* addQueueOption(CLI::App* command, std::string& queue) {
     return command->add_option("-q,--queue", queue, "A queue of the print scheduler")->type_name("QUEUE");
@@ -28,7 +37,7 @@ void addReleaseOption(CLI::App* command, std::string& release) {
 void addTimeoutOption(CLI::App* command, double& timeout) {
     command->add_option("--timeout", timeout, "How long to wait for the printer's answer (default 10)")
         ->type_name("SECONDS")
-        ->check(CLI::NonNegativeNumber);
+        ->check(checkNotNegative);
 }
 
 void addJSONFlag(CLI::App* command, bool& json) {
@@ -36,9 +45,11 @@ void addJSONFlag(CLI::App* command, bool& json) {
 }
 
 std::string checkPositive(const std::string& number) {
-    double value = 0;
-    const bool isNumber = CLI::detail::lexical_cast(number, value);
-    return isNumber && value > 0 ? "" : "\"" + number + "\" is not a number above 0";
+    return numberIn(number).value_or(0) > 0 ? "" : "\"" + number + "\" is not a number above 0";
+}
+
+std::string checkNotNegative(const std::string& number) {
+    return numberIn(number).value_or(-1) >= 0 ? "" : "\"" + number + "\" is not a number of 0 or more";
 }
 
 } // namespace orvan

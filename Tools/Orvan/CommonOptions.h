@@ -20,7 +20,8 @@ void addReleaseOption(CLI::App* command, std::string& release);
 void addTimeoutOption(CLI::App* command, double& timeout);
 void addJSONFlag(CLI::App* command, bool& json);
 
-// What is wrong with a number as an argument; "" when it is above 0.
+// What is wrong with a number as an argument; "" when it is above 0, or not below it.
 std::string checkPositive(const std::string& number);
+std::string checkNotNegative(const std::string& number);
 
 } // namespace orvan

@@ -113,12 +113,12 @@ void addPingCommand(CLI::App& program, CommandBody& run) {
         ->required();
     command->add_option("-c,--count", arguments->count, "How many replies there have to be (default 1)")
         ->type_name("COUNT")
-        ->check(CLI::PositiveNumber);
+        ->check(checkPositive);
     command
         ->add_option("-t,--timeout", arguments->timeout,
             "How long to listen after each reply (default 200, at most 1000)")
         ->type_name("MILLISECONDS")
-        ->check(CLI::PositiveNumber);
+        ->check(checkPositive);
     addJSONFlag(command, arguments->json);
     command->footer("A host that does not answer within a second is not reachable.\n"
                     "Examples:\n"

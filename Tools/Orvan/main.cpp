@@ -1,6 +1,9 @@
 #include "Tools/Orvan/Command.h"
 #include "Tools/Orvan/Interruption.h"
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <clocale>
 #include <cstdio>
 #include <exception>
@@ -24,6 +27,12 @@ std::string wrongUsage(const CLI::App* program, const CLI::Error& problem) {
     if (program->get_subcommands().empty())
         what = unknown.empty() ? "a command is missing" : "there is no command " + unknown.front();
     return "orvan: " + what + " (\"orvan --help\" says more)\n";
+}
+
+// Whether nobody reads standard output any more: no failure of ours.
+bool hasNoReader() {
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    return poll(&output, 1, 0) > 0 && (output.revents & POLLERR) != 0;
 }
 
 int runProgram(int argc, char** argv) {
@@ -62,7 +71,8 @@ int main(int argc, char** argv) {
         const int code = orvan::runProgram(argc, argv);
         std::cout.flush();
         if (orvan::wasInterrupted()) orvan::endAsInterrupted();
-        return std::cout ? code : orvan::cannot("cannot write to standard output");
+        if (std::cout || orvan::hasNoReader()) return code;
+        return orvan::cannot("cannot write to standard output");
     } catch (const std::exception& problem) {
         return orvan::cannot(problem.what());
     }
