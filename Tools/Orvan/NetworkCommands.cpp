@@ -6,6 +6,7 @@
 #include "PrintDialog/Host/Scheduler.h"
 #include "Tools/Orvan/CommonOptions.h"
 #include "Tools/Orvan/OutputGuard.h"
+#include "Tools/Orvan/SchedulerPatience.h"
 #include "Tools/Orvan/Terminal.h"
 
 #include <nlohmann/json.hpp>
@@ -20,8 +21,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::chrono::seconds kSchedulerPatience{5};
-
 struct URLArguments {
     std::string queue;
     std::string deviceURI;
@@ -30,7 +29,7 @@ struct URLArguments {
 
 // The queue's device; nothing, and why, when the scheduler does not tell.
 std::optional<std::string> deviceOf(const std::string& queue, std::string* problem) {
-    const auto queues = listQueues(kSchedulerPatience, problem);
+    const auto queues = listQueues(SchedulerPatience::kAll, problem);
     if (!queues) return std::nullopt;
     const auto found = std::ranges::find(*queues, queue, &SchedulerQueue::name);
     if (found != queues->end() && !found->deviceURI.empty()) return found->deviceURI;

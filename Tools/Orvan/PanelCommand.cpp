@@ -28,7 +28,6 @@ namespace orvan {
 namespace {
 
 using Json = nlohmann::ordered_json;
-constexpr std::chrono::seconds kSchedulerPatience{10};
 
 struct PanelArguments {
     std::string ppdFile;
@@ -172,7 +171,7 @@ bool waitForPrinter(const PanelSession& session, const std::shared_ptr<platform:
         [&arguments] { return "Waiting for printer " + arguments.queue; });
     if (!wasInterrupted()) return true;
     if (printer != nullptr && printer->submittedJob() != 0)
-        withdrawJob(arguments.queue, printer->submittedJob(), kSchedulerPatience);
+        withdrawJob(arguments.queue, printer->submittedJob(), SchedulerPatience::kAll);
     cannot("interrupted; the printer is not asked any more");
     return false;
 }
@@ -183,8 +182,9 @@ int runPanel(const PanelArguments& arguments) {
 
     std::string error;
     const bool fromQueue = !arguments.queue.empty();
-    std::unique_ptr<DialogPPD> ppd = fromQueue ? fetchQueuePPD(arguments.queue, kSchedulerPatience, &error)
-                                               : DialogPPD::open(arguments.ppdFile, &error);
+    std::unique_ptr<DialogPPD> ppd = fromQueue
+                                         ? fetchQueuePPD(arguments.queue, SchedulerPatience::kAll, &error)
+                                         : DialogPPD::open(arguments.ppdFile, &error);
     if (ppd == nullptr) return cannot(error);
     const auto bundle = platform::Bundle::open(paperOptionsBundleFolder(), &error);
     if (bundle == nullptr) return cannot(error);

@@ -16,7 +16,6 @@
 namespace orvan {
 namespace {
 
-constexpr std::chrono::seconds kSchedulerPatience{5};
 constexpr std::chrono::seconds kLookInterval{1};
 constexpr std::string_view kFamily = "Orvan";
 
@@ -29,34 +28,6 @@ bool hasStoredChunks(DialogPPD& ppd, const CommandList& commands) {
     return std::ranges::any_of(commands, [&ppd](const std::string& command) {
         return ppdx_get_chunk_ppd(ppd.record(), (command + "0000").c_str()) != nullptr;
     });
-}
-
-// Why nothing came.
-std::string explain(
-    const OrvanBiDi& channel, const std::string& queue, std::chrono::duration<double> timeout) {
-    if (RunningOn107OrLater()) {
-        if (const auto job = findStatusJob(queue, kSchedulerPatience)) return describe(*job, queue);
-        if (isBusy(channel))
-            return "no answer came within " + std::to_string(static_cast<int>(timeout.count())) + " s";
-        std::string problem;
-        const std::unique_ptr<DialogPPD> ppd = fetchQueuePPD(queue, kSchedulerPatience, &problem);
-        if (ppd == nullptr) return problem;
-        if (hasStoredChunks(*ppd, *channel.supportedCommands()))
-            return "what the printer's command filter answered cannot be decoded";
-        const std::string complaint = complaintOfLastJob(queue, kSchedulerPatience);
-        return !complaint.empty()
-                   ? complaint
-                   : "the printer's command filter answered nothing; the scheduler's error log says why";
-    }
-    switch (channel.state()) {
-    case OrvanBiDi::State::filterRunning:
-        return "the printer's command filter did not end within " +
-               std::to_string(static_cast<int>(timeout.count())) + " s, and was ended";
-    case OrvanBiDi::State::filterEnded:
-        return "the printer's command filter answered nothing that can be decoded";
-    default:
-        return "the printer's PPD names no command filter (\"cupsFilter2\") that can be started";
-    }
 }
 
 // For a terminal: the first of those that have not answered.
@@ -111,8 +82,10 @@ public:
     std::vector<platform::PropertyList> responses;
 };
 
-PrinterQuestion::PrinterQuestion(std::string queue)
-    : printer_(std::make_shared<platform::PMPrinter>(queue)), collector_(std::make_shared<Collector>()) {
+PrinterQuestion::PrinterQuestion(std::string queue, SchedulerPatience& patience)
+    : patience_(&patience),
+      printer_(std::make_shared<platform::PMPrinter>(queue)),
+      collector_(std::make_shared<Collector>()) {
     answers_.queue = std::move(queue);
 }
 
@@ -137,7 +110,7 @@ bool PrinterQuestion::isWaiting() {
     const auto now = std::chrono::steady_clock::now();
     if (now < nextLook_ || !RunningOn107OrLater()) return true;
     nextLook_ = now + kLookInterval;
-    const auto job = findStatusJob(queue(), kSchedulerPatience);
+    const auto job = patience_->ask([this](auto patience) { return findStatusJob(queue(), patience); });
     isInVain_ = job && isInTrouble(*job);
     return !isInVain_;
 }
@@ -147,20 +120,55 @@ int PrinterQuestion::submittedJob() const {
 }
 
 void PrinterQuestion::withdraw() {
-    if (const int job = submittedJob(); job != 0) withdrawJob(queue(), job, kSchedulerPatience);
+    if (const int job = submittedJob(); job != 0)
+        patience_->ask([&](auto patience) { return withdrawJob(queue(), job, patience); });
+}
+
+// Why nothing came through the queue.
+std::string PrinterQuestion::explainQueue(std::chrono::duration<double> timeout) {
+    const auto job = patience_->ask([this](auto patience) { return findStatusJob(queue(), patience); });
+    if (job) return describe(*job, queue());
+    if (isBusy(*channel_))
+        return "no answer came within " + std::to_string(static_cast<int>(timeout.count())) + " s";
+    std::string problem;
+    const std::unique_ptr<DialogPPD> ppd =
+        patience_->ask([&](auto patience) { return fetchQueuePPD(queue(), patience, &problem); });
+    const std::string complaint =
+        patience_->ask([this](auto patience) { return complaintOfLastJob(queue(), patience); });
+    if (patience_->isUsedUp()) return schedulerName() + " does not answer";
+    if (ppd == nullptr) return problem;
+    if (hasStoredChunks(*ppd, *channel_->supportedCommands()))
+        return "what the printer's command filter answered cannot be decoded";
+    return !complaint.empty()
+               ? complaint
+               : "the printer's command filter answered nothing; the scheduler's error log says why";
+}
+
+// Why nothing came.
+std::string PrinterQuestion::explain(std::chrono::duration<double> timeout) {
+    if (RunningOn107OrLater()) return explainQueue(timeout);
+    switch (channel_->state()) {
+    case OrvanBiDi::State::filterRunning:
+        return "the printer's command filter did not end within " +
+               std::to_string(static_cast<int>(timeout.count())) + " s, and was ended";
+    case OrvanBiDi::State::filterEnded:
+        return "the printer's command filter answered nothing that can be decoded";
+    default:
+        return "the printer's PPD names no command filter (\"cupsFilter2\") that can be started";
+    }
 }
 
 PrinterAnswers PrinterQuestion::end(std::chrono::duration<double> timeout) {
-    if (const auto channel = std::exchange(channel_, nullptr)) {
+    if (channel_ != nullptr) {
         answers_.responses = std::move(collector_->responses);
         if (wasInterrupted())
             answers_.problem = "interrupted";
         else if (answers_.responses.empty())
-            answers_.problem =
-                "printer " + queue() + " gave no answer: " + explain(*channel, queue(), timeout);
+            answers_.problem = "printer " + queue() + " gave no answer: " + explain(timeout);
         else if (RunningOn107OrLater())
-            answers_.complaint = complaintOfLastJob(queue(), kSchedulerPatience);
-        channel->invalidate();
+            answers_.complaint =
+                patience_->ask([this](auto patience) { return complaintOfLastJob(queue(), patience); });
+        std::exchange(channel_, nullptr)->invalidate();
     }
     return std::move(answers_);
 }
@@ -168,13 +176,14 @@ PrinterAnswers PrinterQuestion::end(std::chrono::duration<double> timeout) {
 std::vector<PrinterAnswers> askPrinters(
     const std::vector<std::string>& queues, std::chrono::duration<double> timeout) {
     const InterruptionGuard guard;
+    SchedulerPatience patience;
     std::vector<PrinterQuestion> questions;
     questions.reserve(queues.size());
     for (const std::string& queue : queues) {
         if (wasInterrupted()) break;
-        PrinterQuestion& question = questions.emplace_back(queue);
-        std::string problem;
-        if (std::unique_ptr<DialogPPD> ppd = fetchQueuePPD(queue, kSchedulerPatience, &problem))
+        PrinterQuestion& question = questions.emplace_back(queue, patience);
+        std::string problem = schedulerName() + " does not answer";
+        if (auto ppd = patience.ask([&](auto time) { return fetchQueuePPD(queue, time, &problem); }))
             question.ask(std::move(ppd));
         else
             question.refuse(problem);
@@ -191,12 +200,14 @@ std::vector<PrinterAnswers> askPrinters(
 }
 
 std::optional<std::vector<std::string>> orvanQueues(std::string* problem) {
-    const auto all = listQueues(kSchedulerPatience, problem);
+    SchedulerPatience patience;
+    const auto all = patience.ask([problem](auto time) { return listQueues(time, problem); });
     if (!all) return std::nullopt;
     std::vector<std::string> queues;
     for (const SchedulerQueue& queue : *all) {
         if (queue.isClass) continue;
-        const std::unique_ptr<DialogPPD> ppd = fetchQueuePPD(queue.name, kSchedulerPatience, nullptr);
+        const std::unique_ptr<DialogPPD> ppd =
+            patience.ask([&queue](auto time) { return fetchQueuePPD(queue.name, time, nullptr); });
         const bool isOurs = ppd != nullptr ? MyCheckPDEContextCUPS(ppd->record()) == kPDEContextValid
                                            : queue.makeAndModel.starts_with(kFamily);
         if (isOurs) queues.push_back(queue.name);

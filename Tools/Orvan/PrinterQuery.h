@@ -5,6 +5,7 @@
 #include "Platform/PMPrinter.h"
 #include "Platform/PropertyList.h"
 #include "PrintDialog/Host/DialogPPD.h"
+#include "Tools/Orvan/SchedulerPatience.h"
 
 #include <chrono>
 #include <memory>
@@ -26,8 +27,8 @@ struct PrinterAnswers {
 // the system release. Main thread.
 class PrinterQuestion {
 public:
-    // Nothing is asked yet.
-    explicit PrinterQuestion(std::string queue);
+    // Nothing is asked yet. The patience is that of the round, and outlives the question.
+    PrinterQuestion(std::string queue, SchedulerPatience& patience);
     ~PrinterQuestion();
     PrinterQuestion(PrinterQuestion&&) noexcept;
     PrinterQuestion& operator=(PrinterQuestion&&) = delete;
@@ -51,7 +52,11 @@ private:
     class Callback;
     class Collector;
 
+    std::string explain(std::chrono::duration<double> timeout);
+    std::string explainQueue(std::chrono::duration<double> timeout);
+
     PrinterAnswers answers_;
+    SchedulerPatience* patience_;
     std::shared_ptr<platform::PMPrinter> printer_;
     std::shared_ptr<Collector> collector_;
     std::shared_ptr<OrvanBiDi> channel_; // null while nothing is asked

@@ -13,8 +13,6 @@
 namespace orvan {
 namespace {
 
-constexpr std::chrono::seconds kSchedulerPatience{5};
-
 struct DoctorArguments {
     std::string queue; // "": every queue of an Orvan printer
     double timeout = kDefaultTimeout;
@@ -29,7 +27,7 @@ struct Patients {
 
 Finding examineScheduler(const DoctorArguments& arguments, Patients& patients) {
     std::string error;
-    auto queues = listQueues(kSchedulerPatience, &error);
+    auto queues = listQueues(SchedulerPatience::kAll, &error);
     if (!queues) return problem(error, "\"systemctl start cups\" starts this computer's.");
     patients.queues = *std::move(queues);
     const std::string count = std::to_string(patients.queues.size());

@@ -19,7 +19,7 @@
 namespace orvan {
 namespace {
 
-constexpr std::chrono::seconds kSchedulerPatience{5};
+constexpr std::chrono::seconds kSchedulerPatience = SchedulerPatience::kAll;
 // Commands of this printer family; CUPS's own are not answered in chunks.
 constexpr std::string_view kCommandPrefix = "com.orvan.";
 
@@ -150,7 +150,8 @@ Finding QueueCheckup::examineCommandJob() {
         return notChecked("it would wait for the earlier job");
     if (queue_->isPaused || !queue_->takesJobs)
         return notChecked("the queue has to take and print jobs first");
-    PrinterQuestion question(name_);
+    SchedulerPatience patience;
+    PrinterQuestion question(name_, patience);
     std::string error;
     std::unique_ptr<DialogPPD> ppd = fetchQueuePPD(name_, kSchedulerPatience, &error);
     if (ppd == nullptr) return problem(error, kErrorLog);
