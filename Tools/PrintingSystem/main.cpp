@@ -1,21 +1,14 @@
 // orvan-printing-system: a printing system of one's own around a command, or until it is interrupted.
 #include "Tools/PrintingSystem/JobReport.h"
 #include "Tools/PrintingSystem/PrintingSystem.h"
-#include "Tools/Session/CommandSession.h"
+#include "Tools/Session/ServingProgram.h"
 
-#include <CLI/CLI.hpp>
-
-#include <cstdio>
 #include <iostream>
 
 namespace {
 
 using orvan::Failure;
 using orvan::PrintingSystem;
-
-constexpr int kDone = 0;
-constexpr int kFailed = 1;
-constexpr int kWrongUsage = 2;
 
 struct Arguments {
     std::vector<std::string> queues;
@@ -77,9 +70,7 @@ void describe(CLI::App& app, Arguments& arguments) {
         ->check(checkNameAndValue);
     app.add_flag("--show-jobs", arguments.showJobs,
         "After the command, print the jobs that arrived, with their options");
-    app.add_option("command", arguments.command, "Run this command, and end with it and its exit code")
-        ->type_name("ARGS...");
-    app.positionals_at_end();
+    orvan::addCommandArgument(app, arguments.command);
     app.footer(
         "Without a command, the environment of clients is printed for a shell, and the system stays until "
         "it\n"
@@ -102,11 +93,6 @@ Failure addQueues(const PrintingSystem& system, const Arguments& arguments) {
     return system.setDefaultQueue(arguments.defaultQueue);
 }
 
-int complain(const std::string& text) {
-    std::cerr << "orvan-printing-system: " << text << '\n';
-    return kFailed;
-}
-
 Failure showJobs(const PrintingSystem& system, const Arguments& arguments) {
     for (const std::string& text : arguments.queues) {
         const auto [name, ppd] = split(text);
@@ -115,17 +101,17 @@ Failure showJobs(const PrintingSystem& system, const Arguments& arguments) {
     return std::nullopt;
 }
 
-int serve(const orvan::CommandSession& session, const Arguments& arguments) {
+std::optional<orvan::Refusal> serve(
+    const orvan::CommandSession& session, const Arguments& arguments, int* exitCode) {
     Failure failure;
     const std::unique_ptr<PrintingSystem> system = PrintingSystem::start(arguments.system, &failure);
-    if (!system) return complain(*failure);
+    if (!system) return orvan::Refusal{*failure};
     if (arguments.system.folder.keep)
         std::cerr << "orvan-printing-system: the folder is " << system->folder().path().string() << '\n';
-    int exitCode = kDone;
     failure = addQueues(*system, arguments);
     if (!failure && !arguments.command.empty()) {
         system->adoptEnvironment();
-        failure = session.run(arguments.command, &exitCode);
+        failure = session.run(arguments.command, exitCode);
         if (!failure && arguments.showJobs) failure = showJobs(*system, arguments);
     } else if (!failure) {
         std::cout << orvan::shellCommands(system->environment()) << std::flush;
@@ -133,27 +119,19 @@ int serve(const orvan::CommandSession& session, const Arguments& arguments) {
             failure = "The private scheduler ended by itself. Its last messages:\n" +
                       system->folder().errorLogTail(8);
     }
-    return failure ? complain(*failure) : exitCode;
+    return failure ? std::optional(orvan::Refusal{*failure}) : std::nullopt;
 }
 
 } // namespace
 
 int main(int argumentCount, char** arguments) {
-    try {
-        CLI::App app("Runs a private CUPS scheduler with queues of one's own.", "orvan-printing-system");
-        Arguments parsed;
-        describe(app, parsed);
-        try {
-            app.parse(argumentCount, arguments);
-        } catch (const CLI::ParseError& error) {
-            return app.exit(error) == 0 ? kDone : kWrongUsage;
-        }
-        for (const std::string& variable : parsed.filterEnvironment)
-            parsed.system.folder.programEnvironment.insert(split(variable));
-        const orvan::CommandSession session;
-        return serve(session, parsed);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "orvan-printing-system: %s\n", error.what());
-        return kFailed;
-    }
+    CLI::App app("Runs a private CUPS scheduler with queues of one's own.", "orvan-printing-system");
+    Arguments parsed;
+    describe(app, parsed);
+    return orvan::runServingProgram(
+        app, argumentCount, arguments, [&parsed](const orvan::CommandSession& session, int* exitCode) {
+            for (const std::string& variable : parsed.filterEnvironment)
+                parsed.system.folder.programEnvironment.insert(split(variable));
+            return serve(session, parsed, exitCode);
+        });
 }

@@ -1,13 +1,10 @@
 // orvan-simulator: a printer for demonstrations and tests, around a command, or until it is interrupted.
 #include "Tools/Session/ClientEnvironment.h"
-#include "Tools/Session/CommandSession.h"
+#include "Tools/Session/ServingProgram.h"
 #include "Tools/Simulator/SNMPAgent.h"
 #include "Tools/Simulator/StatusServer.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <limits>
@@ -17,9 +14,6 @@ namespace {
 using orvan::Failure;
 using orvan::kMisbehaviours;
 
-constexpr int kDone = 0;
-constexpr int kFailed = 1;
-constexpr int kWrongUsage = 2;
 constexpr const char* kPasswordVariable = "ORVAN_PASSWORD";
 
 struct Arguments {
@@ -107,15 +101,8 @@ void describe(CLI::App& app, Arguments& arguments) {
     app.set_version_flag("--version", "orvan-simulator " ORVAN_VERSION);
     describeStatus(app, arguments);
     describeSNMP(app, arguments);
-    app.add_option("command", arguments.command, "Run this command, and end with it and its exit code")
-        ->type_name("ARGS...");
-    app.positionals_at_end();
+    orvan::addCommandArgument(app, arguments.command);
     app.footer(footer());
-}
-
-int complain(const std::string& text, int exitCode = kFailed) {
-    std::cerr << "orvan-simulator: " << text << '\n';
-    return exitCode;
 }
 
 // What the parser does not do. False when the password is missing.
@@ -128,45 +115,37 @@ bool complete(Arguments& arguments) {
     return password || arguments.status.user.empty();
 }
 
-int serve(const orvan::CommandSession& session, const Arguments& arguments) {
+std::optional<orvan::Refusal> serve(
+    const orvan::CommandSession& session, const Arguments& arguments, int* exitCode) {
     Failure failure;
     const std::unique_ptr<orvan::StatusServer> status =
         orvan::StatusServer::start(arguments.status, &failure);
-    if (!status) return complain(*failure);
+    if (!status) return orvan::Refusal{*failure};
     std::unique_ptr<orvan::SNMPAgent> agent;
     if (!arguments.noSNMP && !(agent = orvan::SNMPAgent::start(arguments.snmp, &failure)))
-        return complain(*failure);
+        return orvan::Refusal{*failure};
     const orvan::ClientEnvironment environment = {{"ORVAN_SIMULATOR_URL", status->url()},
         {"ORVAN_SIMULATOR_SNMP", agent ? std::optional(agent->address()) : std::nullopt}};
     if (arguments.command.empty()) {
         std::cout << orvan::shellCommands(environment) << std::flush;
-        return session.waitForSignal([] { return true; }) ? kDone : kFailed;
+        static_cast<void>(session.waitForSignal([] { return true; }));
+        return std::nullopt;
     }
-    int exitCode = kDone;
     orvan::adoptEnvironment(environment);
-    failure = session.run(arguments.command, &exitCode);
-    return failure ? complain(*failure) : exitCode;
+    failure = session.run(arguments.command, exitCode);
+    return failure ? std::optional(orvan::Refusal{*failure}) : std::nullopt;
 }
 
 } // namespace
 
 int main(int argumentCount, char** arguments) {
-    try {
-        CLI::App app("A simulated Orvan printer on this machine (127.0.0.1).", "orvan-simulator");
-        Arguments parsed;
-        describe(app, parsed);
-        try {
-            app.parse(argumentCount, arguments);
-        } catch (const CLI::ParseError& error) {
-            return app.exit(error) == 0 ? kDone : kWrongUsage;
-        }
-        if (!complete(parsed))
-            return complain(std::string("--user needs a password in the variable ") + kPasswordVariable + '.',
-                kWrongUsage);
-        const orvan::CommandSession session;
-        return serve(session, parsed);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "orvan-simulator: %s\n", error.what());
-        return kFailed;
-    }
+    CLI::App app("A simulated Orvan printer on this machine (127.0.0.1).", "orvan-simulator");
+    Arguments parsed;
+    describe(app, parsed);
+    return orvan::runServingProgram(app, argumentCount, arguments,
+        [&parsed](const orvan::CommandSession& session, int* exitCode) -> std::optional<orvan::Refusal> {
+            if (complete(parsed)) return serve(session, parsed, exitCode);
+            return orvan::Refusal{
+                std::string("--user needs a password in the variable ") + kPasswordVariable + '.', true};
+        });
 }
