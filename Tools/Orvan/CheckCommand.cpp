@@ -44,7 +44,9 @@ void addCheckCommand(CLI::App& program, CommandBody& run) {
         "check", "Say whether a PPD is of a printer that is served, and its model number");
     command->add_option("PPD", arguments->ppdFile, "The printer's PPD file")->required();
     command->add_flag("--json", arguments->json, "Answer in JSON");
-    command->footer("Example: orvan check /etc/cups/ppd/Office.ppd");
+    command->footer("Examples:\n"
+                    "  orvan check /etc/cups/ppd/Office.ppd\n"
+                    "  orvan check --json Orvan-4500.ppd | jq -r .modelNumber");
     command->callback([arguments, &run] { run = [arguments] { return check(*arguments); }; });
 }
 

@@ -63,15 +63,23 @@ void addChunksCommand(CLI::App& program, CommandBody& run) {
 
     CLI::App* encoder = chunks->add_subcommand("encode", "Bytes from standard input to \"PPD:\" lines");
     encoder->add_option("NAME", arguments->name, "The command whose answer it is")->required();
+    encoder->footer("Examples:\n"
+                    "  orvan chunks encode com.orvan.DeviceStatus < answer.plist");
     encoder->callback([arguments, &run] { run = [arguments] { return encode(*arguments); }; });
 
     CLI::App* decoder =
         chunks->add_subcommand("decode", "\"PPD:\" lines from standard input, or a PPD, to bytes");
     decoder->add_option("NAME", arguments->name, "The command whose answer it is")->required();
     decoder->add_option("--ppd", arguments->ppdFile, "Read from this PPD file")->type_name("FILE");
-    decoder->footer("Exit code 1: there is no such sequence.");
+    decoder->footer(
+        "Exit code 1: there is no such sequence.\n"
+        "Examples:\n"
+        "  orvan chunks decode com.orvan.DeviceStatus < lines > answer.plist\n"
+        "  orvan chunks decode com.orvan.DeviceStatus --ppd /etc/cups/ppd/Office.ppd | orvan plist -");
     decoder->callback([arguments, &run] { run = [arguments] { return decode(*arguments); }; });
-    chunks->footer("Example: orvan chunks encode com.orvan.DeviceStatus < answer.plist");
+    chunks->footer("Examples:\n"
+                   "  orvan chunks encode com.orvan.DeviceStatus < answer.plist\n"
+                   "  orvan chunks decode com.orvan.DeviceStatus --ppd /etc/cups/ppd/Office.ppd");
 }
 
 } // namespace orvan

@@ -48,8 +48,9 @@ void addPlistCommand(CLI::App& program, CommandBody& run) {
     xml->excludes(json, binary);
     binary->excludes(json);
     command->footer("In JSON a date is {\"date\": \"2013-07-09T10:00:00Z\"}, data {\"data\": \"base 64\"}.\n"
-                    "Example: orvan chunks decode com.orvan.DeviceStatus --ppd Office.ppd > answer && orvan "
-                    "plist answer");
+                    "Examples:\n"
+                    "  orvan plist answer.plist\n"
+                    "  orvan chunks decode com.orvan.DeviceStatus --ppd Office.ppd | orvan plist --xml -");
     command->callback([arguments, &run] { run = [arguments] { return convert(*arguments); }; });
 }
 
