@@ -2,6 +2,10 @@
 
 install(FILES ${PROJECT_SOURCE_DIR}/Packaging/PPD/Orvan-4500.ppd DESTINATION ${CMAKE_INSTALL_DATADIR}/ppd/Orvan)
 install(FILES ${PROJECT_SOURCE_DIR}/Packaging/orvan-print.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+install(FILES ${PROJECT_SOURCE_DIR}/Packaging/Completions/orvan
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+install(FILES ${PROJECT_SOURCE_DIR}/Packaging/Completions/_orvan
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
 install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orvan-paper-options OPTIONAL)
 install(FILES ${PROJECT_SOURCE_DIR}/Packaging/Debian/copyright
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orvan-paper-options)
