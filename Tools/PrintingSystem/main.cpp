@@ -125,13 +125,14 @@ std::optional<orvan::Refusal> serve(
 } // namespace
 
 int main(int argumentCount, char** arguments) {
-    CLI::App app("Runs a private CUPS scheduler with queues of one's own.", "orvan-printing-system");
     Arguments parsed;
-    describe(app, parsed);
     return orvan::runServingProgram(
-        app, argumentCount, arguments, [&parsed](const orvan::CommandSession& session, int* exitCode) {
-            for (const std::string& variable : parsed.filterEnvironment)
-                parsed.system.folder.programEnvironment.insert(split(variable));
-            return serve(session, parsed, exitCode);
-        });
+        {"orvan-printing-system", "Runs a private CUPS scheduler with queues of one's own.",
+            [&parsed](CLI::App& app) { describe(app, parsed); },
+            [&parsed](const orvan::CommandSession& session, int* exitCode) {
+                for (const std::string& variable : parsed.filterEnvironment)
+                    parsed.system.folder.programEnvironment.insert(split(variable));
+                return serve(session, parsed, exitCode);
+            }},
+        argumentCount, arguments);
 }

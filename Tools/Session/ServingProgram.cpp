@@ -17,12 +17,12 @@ void addCommandArgument(CLI::App& app, std::vector<std::string>& command) {
     app.positionals_at_end();
 }
 
-int runServingProgram(CLI::App& app, int count, char** arguments,
-    const std::function<std::optional<Refusal>(const CommandSession& session, int* exitCode)>& serve) {
-    const auto complain = [&app](const char* text) {
-        std::fprintf(stderr, "%s: %s\n", app.get_name().c_str(), text);
-    };
+int runServingProgram(const ServingProgram& program, int count, char** arguments) {
+    const auto complain = [&program](
+                              const char* text) { std::fprintf(stderr, "%s: %s\n", program.name, text); };
     try {
+        CLI::App app(program.purpose, program.name);
+        program.describe(app);
         try {
             app.parse(count, arguments);
         } catch (const CLI::ParseError& error) {
@@ -30,7 +30,7 @@ int runServingProgram(CLI::App& app, int count, char** arguments,
         }
         const CommandSession session;
         int exitCode = 0;
-        const std::optional<Refusal> refusal = serve(session, &exitCode);
+        const std::optional<Refusal> refusal = program.serve(session, &exitCode);
         if (!refusal) return exitCode;
         complain(refusal->text.c_str());
         return refusal->isWrongUsage ? kWrongUsage : kFailed;

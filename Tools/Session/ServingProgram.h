@@ -20,10 +20,18 @@ struct Refusal {
 // Takes the last option of such a program, "command", which is all that is left of its arguments.
 void addCommandArgument(CLI::App& app, std::vector<std::string>& command);
 
-// Reads the arguments, makes the session and calls `serve`, whose *exitCode is 0 if it leaves it alone.
-// Answers the exit code: that one, 1 when it refuses or throws, 2 for wrong usage; what is wrong is written
-// to standard error, behind the program's name.
-int runServingProgram(CLI::App& app, int count, char** arguments,
-    const std::function<std::optional<Refusal>(const CommandSession& session, int* exitCode)>& serve);
+struct ServingProgram {
+    const char* name;
+    const char* purpose; // for --help
+    // Adds the arguments.
+    std::function<void(CLI::App& app)> describe;
+    // Does it; *exitCode is 0 when this leaves it alone.
+    std::function<std::optional<Refusal>(const CommandSession& session, int* exitCode)> serve;
+};
+
+// Reads the arguments, makes the session and serves. Answers the exit code: that of `serve`, 1 when it
+// refuses or throws, 2 for wrong usage; what is wrong is written to standard error, behind the program's
+// name.
+int runServingProgram(const ServingProgram& program, int count, char** arguments);
 
 } // namespace orvan

@@ -139,13 +139,16 @@ std::optional<orvan::Refusal> serve(
 } // namespace
 
 int main(int argumentCount, char** arguments) {
-    CLI::App app("A simulated Orvan printer on this machine (127.0.0.1).", "orvan-simulator");
     Arguments parsed;
-    describe(app, parsed);
-    return orvan::runServingProgram(app, argumentCount, arguments,
-        [&parsed](const orvan::CommandSession& session, int* exitCode) -> std::optional<orvan::Refusal> {
-            if (complete(parsed)) return serve(session, parsed, exitCode);
-            return orvan::Refusal{
-                std::string("--user needs a password in the variable ") + kPasswordVariable + '.', true};
-        });
+    const auto refuse = [] {
+        return orvan::Refusal{
+            std::string("--user needs a password in the variable ") + kPasswordVariable + '.', true};
+    };
+    return orvan::runServingProgram(
+        {"orvan-simulator", "A simulated Orvan printer on this machine (127.0.0.1).",
+            [&parsed](CLI::App& app) { describe(app, parsed); },
+            [&parsed, &refuse](const orvan::CommandSession& session, int* exitCode) {
+                return complete(parsed) ? serve(session, parsed, exitCode) : refuse();
+            }},
+        argumentCount, arguments);
 }
