@@ -37,9 +37,11 @@ Finding examineFile(const fs::path& file) {
     if (stat(file.c_str(), &status) != 0)
         return problem("the command filter " + name + " is not there: " + std::strerror(errno), kReinstall);
     if (!S_ISREG(status.st_mode)) return problem(name + " is no program", kReinstall);
-    if (isChangedByOthers(status) || (status.st_mode & S_ISUID) != 0)
-        return problem("others than root may change " + name +
-                           ", or it runs with its owner's rights; the scheduler does not run it",
+    const bool hasOwnersRights = (status.st_mode & S_ISUID) != 0;
+    if (isChangedByOthers(status) || hasOwnersRights)
+        return problem((hasOwnersRights ? name + " runs with its owner's rights"
+                                        : "others than root may change " + name) +
+                           ", so the scheduler does not run it",
             "\"sudo chown root:root " + name + "\" and \"sudo chmod 755 " + name + "\" mend it.");
     if ((status.st_mode & S_IXOTH) == 0)
         return problem(

@@ -121,14 +121,16 @@ Finding QueueCheckup::examinePPD() {
     return ok("whole, and for an Orvan printer, model " + model);
 }
 
-Finding QueueCheckup::examineFilter() const {
+Finding QueueCheckup::examineFilter() {
     const auto channel = OrvanBiDi::initWithPDECallbackObject(nullptr);
     const auto filter = channel->pathForCommandFilterInPPD(ppd_->record());
     if (!filter || filter->empty())
         return problem("the queue's PPD names no command filter (\"cupsFilter2\" for "
                        "application/vnd.cups-command)",
             driverAdvice(name_));
-    return examineCommandFilter(*filter, *queue_);
+    Finding finding = examineCommandFilter(*filter, *queue_);
+    isFilterRight_ = finding.verdict != Verdict::problem;
+    return finding;
 }
 
 Finding QueueCheckup::examineEarlierJob() const {
@@ -148,6 +150,7 @@ Finding QueueCheckup::examineCommandJob() {
         return notChecked("on release " + currentRelease() + " no command job is submitted");
     if (const auto job = findStatusJob(name_, kSchedulerPatience); job && isInTrouble(*job))
         return notChecked("it would wait for the earlier job");
+    if (!isFilterRight_) return notChecked("the command filter has to be right first");
     if (queue_->isPaused || !queue_->takesJobs)
         return notChecked("the queue has to take and print jobs first");
     SchedulerPatience patience;

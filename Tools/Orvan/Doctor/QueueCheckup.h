@@ -30,7 +30,7 @@ public:
 private:
     Finding examineQueue() const;
     Finding examinePPD();
-    Finding examineFilter() const;
+    Finding examineFilter();
     Finding examineEarlierJob() const;
     Finding examineCommandJob();
     Finding whyNoJob() const;
@@ -46,8 +46,9 @@ private:
     Checkup& checkup_;
 
     std::unique_ptr<DialogPPD> ppd_; // null until it is found to be whole
-    bool hasJobEnded_ = false;       // the command job of this checkup
-    std::string complaint_;          // of the filter in that job
+    bool isFilterRight_ = false;
+    bool hasJobEnded_ = false; // the command job of this checkup
+    std::string complaint_;    // of the filter in that job
     std::optional<PrinterAddress> address_;
     bool isThere_ = false; // the address's host
 };
