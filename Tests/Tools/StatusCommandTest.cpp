@@ -65,10 +65,11 @@ TEST_F(StatusCommand, TakesItsJobBackWhenInterrupted) {
     const SimulatedPrinter silent({"--misbehave", "silent"});
     addQueue("Silent", silent);
     long round = 0;
-    for (const char* const command : {"status", "papers", "panel"}) {
+    for (const char* const command : {"status", "papers", "panel", "doctor"}) {
         SCOPED_TRACE(command);
         BackgroundProcess program({ORVAN_PROGRAM, command, "-q", "Silent"}, [this] {
             changeEnvironment(environment());
+            std::freopen("/dev/null", "w", stdout);
             std::freopen("/dev/null", "w", stderr);
         });
         const auto deadline = Clock::now() + std::chrono::seconds(10);

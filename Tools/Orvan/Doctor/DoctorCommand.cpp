@@ -46,7 +46,6 @@ std::optional<SchedulerQueue> queueOf(const Patients& patients, const std::strin
 }
 
 int examine(const DoctorArguments& arguments) {
-    const InterruptionGuard guard;
     Checkup checkup(arguments.json);
     Patients patients;
     if (checkup.look("scheduler", [&] { return examineScheduler(arguments, patients); }) &&

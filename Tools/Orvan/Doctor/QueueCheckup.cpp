@@ -153,6 +153,7 @@ Finding QueueCheckup::examineCommandJob() {
     if (!isFilterRight_) return notChecked("the command filter has to be right first");
     if (queue_->isPaused || !queue_->takesJobs)
         return notChecked("the queue has to take and print jobs first");
+    const InterruptionGuard guard;
     SchedulerPatience patience;
     PrinterQuestion question(name_, patience);
     std::string error;
