@@ -8,12 +8,10 @@
 #include <glib.h>
 #include <strings.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
-#include <vector>
 
 namespace orvan {
 namespace {
@@ -68,15 +66,9 @@ Finding examineModule() {
         kReinstall);
 }
 
-// GTK takes names and paths, separated by colons.
+// GTK takes names and paths.
 bool isNamed(const char* modules) {
-    std::string_view rest = modules != nullptr ? modules : "";
-    while (!rest.empty()) {
-        const std::string_view entry = rest.substr(0, rest.find(':'));
-        if (entry.find(kModule) != std::string_view::npos) return true;
-        rest.remove_prefix(std::min(entry.size() + 1, rest.size()));
-    }
-    return false;
+    return modules != nullptr && std::string_view(modules).find(kModule) != std::string_view::npos;
 }
 
 Finding examineSession() {
