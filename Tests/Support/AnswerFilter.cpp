@@ -32,7 +32,7 @@ int main(int count, char** arguments) {
     const char* const folder = std::getenv("ORVAN_ANSWERS");
     if (folder == nullptr) return 0;
     // No printer answers before the panel that asks it is there; an answer that early would not be heard.
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
     if (count > 6) {
         std::ifstream job(arguments[6], std::ios::binary);
         answer(job, folder);
