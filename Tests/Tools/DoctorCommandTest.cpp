@@ -170,7 +170,13 @@ TEST_F(DoctorCommand, FindsFaultsOfTheQueue) {
     };
     for (const auto& [queue, station, words] : cases) {
         SCOPED_TRACE(queue);
-        expectProblem(examine({"-q", queue, "--timeout", "3"}, 1), station, words);
+        const Json answer = examine({"-q", queue, "--timeout", "3"}, 1);
+        expectProblem(answer, station, words);
+        // One fault is one problem, whatever follows from it.
+        EXPECT_EQ(
+            std::ranges::count(answer["stations"], "problem", [](const Json& one) { return one["state"]; }),
+            1)
+            << answer;
     }
     // It leaves nothing in anybody's way.
     std::vector<PrintJob> jobs;

@@ -110,9 +110,13 @@ bool withdrawJob(const std::string& queue, int job, std::chrono::milliseconds pa
     return askScheduler(request, patience, nullptr) != nullptr;
 }
 
+std::string lastWordOn(const StatusJob& job) {
+    return job.message.empty() ? "" : ", the scheduler's last message: " + job.message;
+}
+
 std::string describe(const StatusJob& job, const std::string& queue) {
     const std::string name = queue + "-" + std::to_string(job.id);
-    const std::string said = job.message.empty() ? "" : ", the scheduler's last message: " + job.message;
+    const std::string said = lastWordOn(job);
     const std::string cancel = " (\"cancel " + name + "\" removes it)";
     switch (job.state) {
     case IPP_JSTATE_HELD:

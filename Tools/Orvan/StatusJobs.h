@@ -33,6 +33,9 @@ bool wouldTakeStatusJob(const std::string& queue, std::chrono::milliseconds pati
 // Cancels the job. False when it had ended before, or the scheduler refuses or is not there.
 bool withdrawJob(const std::string& queue, int job, std::chrono::milliseconds patience);
 
+// For people, to go on with a sentence: what the scheduler last said of the job; "" when it said nothing.
+std::string lastWordOn(const StatusJob& job);
+
 // For people: what keeps the job, and how to be rid of it.
 std::string describe(const StatusJob& job, const std::string& queue);
 

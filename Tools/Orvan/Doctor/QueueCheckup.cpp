@@ -45,10 +45,6 @@ std::string withoutPlace(const std::string& message, const std::string& file) {
     return place == std::string::npos ? message : message.substr(place + file.size() + 2);
 }
 
-std::string lastWordOn(const StatusJob& job) {
-    return job.message.empty() ? "" : "; the scheduler's last message: " + job.message;
-}
-
 std::string joined(const std::vector<std::string>& words) {
     std::string text;
     for (const std::string& word : words)
