@@ -23,19 +23,19 @@ std::size_t paperTypesShown(PanelSession& session) {
 
 // Opening the PPD and ending the panel are not counted; both are done for each iteration.
 void showPanel(benchmark::State& state) {
-    std::string error;
-    const auto bundle = platform::Bundle::open(paperOptionsBundleFolder(), &error);
+    platform::Failure error;
+    const auto bundle = platform::Bundle::open(paperOptionsBundleFolder(), error);
     const std::filesystem::path file = writePPDWithPaperTypes(static_cast<int>(state.range(0)));
     if (bundle == nullptr) state.SkipWithError(error.c_str());
     while (state.KeepRunning()) {
-        auto ppd = DialogPPD::open(file, &error);
+        auto ppd = DialogPPD::open(file, error);
         const double start = processorSeconds();
         const auto session =
-            ppd != nullptr ? PanelSession::create(bundle, std::move(ppd), nullptr, &error) : nullptr;
+            ppd != nullptr ? PanelSession::create(bundle, std::move(ppd), nullptr, error) : nullptr;
         if (session != nullptr) session->willShow();
         state.SetIterationTime(processorSeconds() - start);
         if (session == nullptr || paperTypesShown(*session) != static_cast<std::size_t>(state.range(0)))
-            state.SkipWithError(("the panel is not there or incomplete: " + error).c_str());
+            state.SkipWithError(("the panel is not there or incomplete: " + *error).c_str());
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
     std::error_code ignored;

@@ -1,8 +1,8 @@
 // The readers of XML documents and property lists, beside libraries that read the same.
 #include "Benchmarks/Paired.h"
 #include "Benchmarks/SampleData.h"
-#include "Platform/PropertyList.h"
-#include "Platform/XMLDocument.h"
+#include "Formats/PropertyList.h"
+#include "Formats/XMLDocument.h"
 
 #include <benchmark/benchmark.h>
 
@@ -84,9 +84,16 @@ bool readList(const std::string& bytes) {
     return list && list->find("inputTrays") != nullptr;
 }
 
+// Later releases of the library tell the format as well.
+template <typename... Format>
+void readByPeer(
+    void (*read)(const char*, std::uint32_t, plist_t*, Format*...), const std::string& bytes, plist_t* list) {
+    read(bytes.data(), static_cast<std::uint32_t>(bytes.size()), list, static_cast<Format*>(nullptr)...);
+}
+
 bool readListByPeer(const std::string& bytes) {
     plist_t list = nullptr;
-    plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &list);
+    readByPeer(plist_from_memory, bytes, &list);
     const bool isRead = list != nullptr && plist_dict_get_item(list, "inputTrays") != nullptr;
     plist_free(list);
     return isRead;

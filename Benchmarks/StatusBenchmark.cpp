@@ -39,12 +39,12 @@ constexpr std::array<Records, 5> kRepeated{{
 }};
 
 std::string readSample() {
-    std::ifstream file(ORVAN_SOURCE_DIR "/Tools/Simulator/status.xml");
+    std::ifstream file(ORVAN_SOURCE_DIR "/TestBed/Simulator/status.xml");
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
 // The simulator's status, indentation and all, with as many records as a document may have.
-const std::string& statusDocument() {
+const std::string& largeStatusDocument() {
     static const std::string document = [] {
         std::string text = readSample();
         std::array<std::string, kRepeated.size()> records;
@@ -69,7 +69,7 @@ const std::string& statusDocument() {
 
 bool readTicket() {
     Ticket ticket;
-    const auto parser = OVOVGParser::initWithData(statusDocument());
+    const auto parser = OVOVGParser::initWithData(largeStatusDocument());
     if (parser != nullptr) parser->writeToTicket(ticket);
     return ticket.size() == 6;
 }
@@ -77,12 +77,12 @@ bool readTicket() {
 bool readByExpat() {
     const std::unique_ptr<std::remove_pointer_t<XML_Parser>, decltype(&XML_ParserFree)> parser(
         XML_ParserCreate(nullptr), XML_ParserFree);
-    const std::string& text = statusDocument();
+    const std::string& text = largeStatusDocument();
     return XML_Parse(parser.get(), text.data(), static_cast<int>(text.size()), 1) == XML_STATUS_OK;
 }
 
 bool readByLibxml() {
-    const std::string& text = statusDocument();
+    const std::string& text = largeStatusDocument();
     const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document(
         xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, nullptr, XML_PARSE_NONET),
         xmlFreeDoc);

@@ -1,6 +1,7 @@
 // The channel's life: dispatch, wait and end.
 #include "BiDi/OrvanBiDi.h"
 
+#include "Common/CommandJob.h"
 #include "Common/Utilities/ReleaseGates.h"
 #include "Platform/PMPrinter.h"
 #include "Platform/PrintServerConnection.h"
@@ -55,7 +56,8 @@ void OrvanBiDi::dispatchCommands(const std::optional<CommandList>& commands) {
 
 void OrvanBiDi::dispatchThroughQueue(const std::string& job) {
     if (!isCommandJobRunning())
-        if (const auto queue = printer()) platform::PMPrinterSendCommand(*queue, job, kJobTitle, nullptr);
+        if (const auto queue = printer())
+            platform::PMPrinterSendCommand(*queue, job, kStatusJobTitle, nullptr);
 
     switch (state()) {
     case State::waiting:
@@ -69,14 +71,14 @@ void OrvanBiDi::dispatchThroughQueue(const std::string& job) {
     _awaitCommandJobTimer = platform::RepeatingTimer::schedule(
         kWaitInterval,
         [self = shared_from_this()](platform::RepeatingTimer& timer) { self->awaitCommandJob(timer); },
-        kJobTitle);
+        kStatusJobTitle);
     // The first tick can end the wait, and the wait may be all that keeps the timer.
     const auto timer = _awaitCommandJobTimer;
     timer->fire();
 }
 
 bool OrvanBiDi::isCommandJobRunning() {
-    return isJobActive(kJobTitle);
+    return isJobActive(kStatusJobTitle);
 }
 
 bool OrvanBiDi::isJobActive(std::string_view title) const {

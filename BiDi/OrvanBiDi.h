@@ -2,8 +2,8 @@
 #pragma once
 
 #include "BiDi/Common/SupportedCommands.h"
+#include "Formats/PropertyList.h"
 #include "Platform/PrintDialog.h"
-#include "Platform/PropertyList.h"
 #include "Platform/RunLoop.h"
 #include "Platform/Task.h"
 
@@ -40,14 +40,8 @@ public:
 // the least patience each. That makes less than two seconds for the life of the channel.
 class OrvanBiDi final : public std::enable_shared_from_this<OrvanBiDi> {
 public:
-    // The title of the channel's jobs, by which it knows them again.
-    static constexpr const char* kJobTitle = "Printer Status";
     // The seconds between two looks at the queue.
     static constexpr double kWaitInterval = 0.5;
-    // Where the password is stored that goes with every command: the domain of Platform/UserDefaults.h and
-    // the key of a string in it.
-    static constexpr std::string_view kPasswordDomain = "com.orvan.qbv.print.pde.cocoa.OrvanJobType";
-    static constexpr std::string_view kPasswordKey = "defaultPassword";
 
     // What a channel is doing. This is no field: it follows from what the channel owns, so that the two
     // cannot contradict each other.
@@ -97,8 +91,7 @@ public:
     // is no printer.
     void dispatchCommands(const std::optional<CommandList>& commands);
 
-    // The program of the PPD's first "cupsFilter2" for command files; the record is borrowed. It can be
-    // empty. Nothing when there is none.
+    // As the free function.
     std::optional<std::string> pathForCommandFilterInPPD(ppd_file_t* ppd) const;
 
     // Whether a job of this person with the channel's title is pending, held, processing or stopped on the

@@ -1,9 +1,10 @@
 // The channel's job, and the filter that it runs itself.
 #include "BiDi/OrvanBiDi.h"
 
-#include "BiDi/WhiteSpace.h"
+#include "BiDi/Common/CommandFilterPath.h"
+#include "BiDi/Common/StoredPassword.h"
+#include "Formats/Unicode.h"
 #include "Platform/PMPrinter.h"
-#include "Platform/Unicode.h"
 #include "Platform/UserDefaults.h"
 
 #include <unistd.h>
@@ -16,23 +17,6 @@
 
 namespace orvan {
 namespace {
-
-constexpr std::string_view kCommandFileType = "application/vnd.cups-command";
-// isspace of the C locale.
-constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
-
-bool isForCommandFiles(std::string_view filter) {
-    return filter.starts_with(kCommandFileType) && filter.size() > kCommandFileType.size() &&
-           kWhiteSpace.find(filter[kCommandFileType.size()]) != std::string_view::npos;
-}
-
-std::string storedPassword() {
-    const auto domain = platform::persistentDomainForName(OrvanBiDi::kPasswordDomain);
-    if (!domain) return {};
-    const auto found = domain->find(OrvanBiDi::kPasswordKey);
-    const std::string* const password = found != domain->end() ? found->second.asString() : nullptr;
-    return password != nullptr ? *password : std::string();
-}
 
 std::string withSingleSlashes(std::string_view path) {
     std::string result;
@@ -76,17 +60,7 @@ std::string OrvanBiDi::commandJobWithCommands(const std::optional<CommandList>& 
 }
 
 std::optional<std::string> OrvanBiDi::pathForCommandFilterInPPD(ppd_file_t* ppd) const {
-    for (const ppd_attr_t* filter = ppdFindAttr(ppd, "cupsFilter2", nullptr); filter != nullptr;
-         filter = ppdFindNextAttr(ppd, "cupsFilter2", nullptr)) {
-        const std::string_view value = filter->value != nullptr ? filter->value : "";
-        if (!isForCommandFiles(value) || platform::findInvalidUTF8(value) != std::string_view::npos) continue;
-        PieceReader pieces(value);
-        std::string_view last;
-        while (pieces.next(&last, PieceReader::At::everySeparator)) {
-        }
-        return std::string(last);
-    }
-    return std::nullopt;
+    return orvan::pathForCommandFilterInPPD(ppd);
 }
 
 platform::TaskDescription::Environment OrvanBiDi::commandFilterEnvironment() const {

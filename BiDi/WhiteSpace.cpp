@@ -1,6 +1,6 @@
 #include "BiDi/WhiteSpace.h"
 
-#include "Platform/Unicode.h"
+#include "Formats/Unicode.h"
 
 #include <algorithm>
 #include <bit>

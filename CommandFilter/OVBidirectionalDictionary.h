@@ -1,4 +1,5 @@
-// A dictionary that answers the reverse question as well: which key holds an object.
+// A dictionary (OV: the prefix of the printer's side) that answers the reverse question as well: which key
+// holds an object.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// Between the printer's keywords and those of its PPD.
+// Between the printer's keywords, whose vocabulary is called CPSS here, and those of its PPD.
 #pragma once
 
 #include "CommandFilter/OVBidirectionalDictionary.h"

@@ -1,7 +1,7 @@
 // Walking an element's children.
 #pragma once
 
-#include "Platform/XMLDocument.h"
+#include "Formats/XMLDocument.h"
 
 #include <string>
 

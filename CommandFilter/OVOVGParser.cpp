@@ -46,12 +46,10 @@ std::unique_ptr<OVOVGParser> OVOVGParser::initWithDocument(std::shared_ptr<const
     return std::unique_ptr<OVOVGParser>(new OVOVGParser(std::move(doc)));
 }
 
-std::unique_ptr<OVOVGParser> OVOVGParser::initWithData(std::string_view data, std::string* error) {
-    std::string reason;
-    auto doc = platform::XMLDocument::parse(data, &reason);
+std::unique_ptr<OVOVGParser> OVOVGParser::initWithData(std::string_view data, platform::Failure& error) {
+    auto doc = platform::XMLDocument::parse(data, error);
     if (doc != nullptr) return initWithDocument(std::move(doc));
-    platform::systemLog("Could not parse " + reason);
-    if (error != nullptr) *error = std::move(reason);
+    platform::systemLog("Could not parse " + *error);
     return nullptr;
 }
 

@@ -1,8 +1,9 @@
-// The printer's status document.
+// The printer's own status document, which is called OVG here: one XML file.
 #pragma once
 
 #include "CommandFilter/TicketVocabulary.h"
-#include "Platform/XMLDocument.h"
+#include "Formats/Failure.h"
+#include "Formats/XMLDocument.h"
 
 #include <memory>
 #include <optional>
@@ -25,9 +26,10 @@ public:
 
     // A parser of a null document writes nothing.
     static std::unique_ptr<OVOVGParser> initWithDocument(std::shared_ptr<const platform::XMLDocument> doc);
-    // Null, and a line in the system log, when the bytes are no document (XMLDocument::parse); *error (when
-    // given) then says what is wrong with them, and where.
-    static std::unique_ptr<OVOVGParser> initWithData(std::string_view data, std::string* error = nullptr);
+    // Null, and a line in the system log, when the bytes are no document (XMLDocument::parse); error then
+    // says what is wrong with them, and where.
+    static std::unique_ptr<OVOVGParser> initWithData(
+        std::string_view data, platform::Failure& error = platform::ignoredFailure());
 
     // Writes nothing: there is no form of output for it.
     void writeToURL(std::string_view url) const;
@@ -39,6 +41,7 @@ public:
     void fillDictionaryWithCustomTypes(Ticket& ticket, const Element& printer) const;
     // Writes the element, and each of its children, to the system log (of a long one the beginning).
     void fillDictionaryWithSavedJobs(Ticket& ticket, const Element& printer) const;
+    // The color modes, which are called VCDs.
     void fillDictionaryWithVCDs(Ticket& ticket, const Element& multirsp) const;
     void fillDictionaryWithColorPermissions(Ticket& ticket, const Element& permissions) const;
 

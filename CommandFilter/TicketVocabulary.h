@@ -4,7 +4,7 @@
 // system's own.
 #pragma once
 
-#include "Platform/PropertyList.h"
+#include "Formats/PropertyList.h"
 
 #include <string_view>
 

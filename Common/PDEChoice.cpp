@@ -1,7 +1,7 @@
 #include "Common/PDEChoice.h"
 
 #include "Common/PPDUtilities.h"
-#include "Platform/TextEncoding.h"
+#include "Formats/TextEncoding.h"
 
 #include <array>
 #include <cstdio>

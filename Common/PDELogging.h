@@ -2,11 +2,11 @@
 // ("self(...)") when there is one, and the message.
 //
 // The object is a pointer to one of any class, or null. Format and arguments are those of
-// Platform/TextFormat.h; the object's description is plain text and takes no argument. Each call writes one
+// Formats/TextFormat.h; the object's description is plain text and takes no argument. Each call writes one
 // line, always. Callable from any thread.
 #pragma once
 
-#include "Platform/TextFormat.h"
+#include "Formats/TextFormat.h"
 
 #include <array>
 #include <optional>

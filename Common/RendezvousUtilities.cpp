@@ -1,9 +1,9 @@
 #include "Common/RendezvousUtilities.h"
 
+#include "Formats/TextEncoding.h"
 #include "Platform/FileDescriptor.h"
 #include "Platform/Gestalt.h"
 #include "Platform/HostLookup.h"
-#include "Platform/TextEncoding.h"
 
 #include <arpa/inet.h>
 #include <arpa/nameser.h>

@@ -1,5 +1,5 @@
 // Whatever is read can be written in both forms, and what was written reads back as the same.
-#include "Platform/PropertyList.h"
+#include "Formats/PropertyList.h"
 
 #include <cstdlib>
 
@@ -14,9 +14,9 @@ void promise(bool kept) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::string error;
-    const auto value = PropertyList::read({reinterpret_cast<const char*>(data), size}, &error);
-    promise(value.has_value() == error.empty());
+    platform::Failure error;
+    const auto value = PropertyList::read({reinterpret_cast<const char*>(data), size}, error);
+    promise(value.has_value() == !error);
     if (!value) return 0;
 
     // The bytes are compared, since a NaN is not equal to itself.

@@ -1,5 +1,5 @@
 // The ways through a tree agree with each other, and a tree written as XML reads back as the same.
-#include "Platform/XMLDocument.h"
+#include "Formats/XMLDocument.h"
 
 #include <cstdlib>
 
@@ -28,9 +28,9 @@ void checkNode(const XMLNode& node) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::string error;
-    const auto document = XMLDocument::parse({reinterpret_cast<const char*>(data), size}, &error);
-    promise((document != nullptr) == error.empty());
+    platform::Failure error;
+    const auto document = XMLDocument::parse({reinterpret_cast<const char*>(data), size}, error);
+    promise((document != nullptr) == !error);
     if (!document) return 0;
 
     for (const XMLNode* node = document->rootElement(); node != nullptr; node = node->nextNode())

@@ -21,21 +21,21 @@ std::optional<std::string> readFile(const std::filesystem::path& file) {
     return stream.bad() ? std::nullopt : std::optional(std::move(bytes));
 }
 
-std::nullptr_t refuse(std::string* error, const std::string& message) {
-    if (error != nullptr) *error = message;
+std::nullptr_t refuse(Failure& error, const std::string& message) {
+    error = message;
     return nullptr;
 }
 
 // The dictionary in the file, nothing (and why, in *problem) when there is none.
-std::optional<PropertyList> readDictionary(const std::filesystem::path& file, std::string* problem) {
+std::optional<PropertyList> readDictionary(const std::filesystem::path& file, Failure& problem) {
     const std::optional<std::string> bytes = readFile(file);
     if (!bytes) {
-        *problem = "there is no such file, or it cannot be read";
+        problem = "there is no such file, or it cannot be read";
         return std::nullopt;
     }
     std::optional<PropertyList> list = PropertyList::read(*bytes, problem);
     if (list && list->asDictionary() == nullptr) {
-        *problem = "it is no dictionary";
+        problem = "it is no dictionary";
         return std::nullopt;
     }
     return list;
@@ -46,20 +46,19 @@ std::optional<PropertyList> readDictionary(const std::filesystem::path& file, st
 Bundle::Bundle(std::filesystem::path folder, PropertyList info)
     : folder_(std::move(folder)), info_(std::move(info)) {}
 
-std::shared_ptr<Bundle> Bundle::open(const std::filesystem::path& folder, std::string* error) {
+std::shared_ptr<Bundle> Bundle::open(const std::filesystem::path& folder, Failure& error) {
     const std::filesystem::path file = folder / "Contents" / "Info.plist";
-    std::string problem;
-    std::optional<PropertyList> info = readDictionary(file, &problem);
-    if (!info) return refuse(error, "cannot open the bundle: " + file.string() + ": " + problem);
+    Failure problem;
+    std::optional<PropertyList> info = readDictionary(file, problem);
+    if (!info) return refuse(error, "cannot open the bundle: " + file.string() + ": " + *problem);
     return std::shared_ptr<Bundle>(new Bundle(folder, std::move(*info)));
 }
 
 const std::string* Bundle::infoString(std::string_view key) const {
-    const PropertyList* const value = info_.find(key);
-    return value != nullptr ? value->asString() : nullptr;
+    return info_.findString(key);
 }
 
-std::unique_ptr<PDEPlugin> Bundle::createPrincipalClass(std::string* error) const {
+std::unique_ptr<PDEPlugin> Bundle::createPrincipalClass(Failure& error) const {
     const std::string* const executable = infoString("BundleExecutable");
     const std::string* const principalClass = infoString("PrincipalClass");
     if (executable == nullptr || principalClass == nullptr)
@@ -77,16 +76,15 @@ std::unique_ptr<PDEPlugin> Bundle::createPrincipalClass(std::string* error) cons
     return std::unique_ptr<PDEPlugin>(reinterpret_cast<PDEPluginCreator>(symbol)());
 }
 
-std::shared_ptr<View> Bundle::loadView(
-    std::string_view name, const ViewOwner& owner, std::string* error) const {
+std::shared_ptr<View> Bundle::loadView(std::string_view name, const ViewOwner& owner, Failure& error) const {
     const std::filesystem::path file = folder_ / "Contents" / "Resources" / (std::string(name) + ".view");
     const std::optional<std::string> bytes = readFile(file);
     if (!bytes) return refuse(error, "cannot read the view resource " + file.string());
     ViewResource resource;
-    std::string problem;
+    Failure problem;
     if (!resource.read(
-            *bytes, [this](std::string_view text) { return localizedString(text); }, &problem))
-        return refuse(error, "cannot read the view resource " + file.string() + ": " + problem);
+            *bytes, [this](std::string_view text) { return localizedString(text); }, problem))
+        return refuse(error, "cannot read the view resource " + file.string() + ": " + *problem);
 
     for (const auto& [outlet, view] : resource.outlets)
         if (owner.setOutlet) owner.setOutlet(outlet, view);
@@ -100,16 +98,15 @@ const PropertyList& Bundle::stringTable() const {
     std::vector<std::string> languages = preferredLanguages();
     languages.emplace_back(kDevelopmentLanguage);
     for (const std::string& language : languages) {
-        std::string problem;
+        Failure problem;
         const auto file = folder_ / "Contents" / "Resources" / (language + ".lproj") / "Localizable.strings";
-        if (auto table = readDictionary(file, &problem)) return stringTable_.emplace(std::move(*table));
+        if (auto table = readDictionary(file, problem)) return stringTable_.emplace(std::move(*table));
     }
     return stringTable_.emplace(PropertyList::Dictionary{});
 }
 
 std::string Bundle::localizedString(std::string_view key) const {
-    const PropertyList* const value = stringTable().find(key);
-    const std::string* const text = value != nullptr ? value->asString() : nullptr;
+    const std::string* const text = stringTable().findString(key);
     return text != nullptr ? *text : std::string(key);
 }
 

@@ -2,8 +2,9 @@
 // Linux/.
 #pragma once
 
+#include "Formats/Failure.h"
+#include "Formats/PropertyList.h"
 #include "Platform/PrintDialog.h"
-#include "Platform/PropertyList.h"
 #include "Platform/View.h"
 
 #include <filesystem>
@@ -27,9 +28,10 @@ struct ViewOwner {
 
 class Bundle {
 public:
-    // Null, and a message for people in *error (when given), when the folder has no readable Info.plist.
+    // Null, and a message for people in `error`, when the folder has no readable Info.plist.
     // Nothing of the bundle's code is loaded yet. One thread.
-    static std::shared_ptr<Bundle> open(const std::filesystem::path& folder, std::string* error = nullptr);
+    static std::shared_ptr<Bundle> open(
+        const std::filesystem::path& folder, Failure& error = ignoredFailure());
 
     const std::filesystem::path& folder() const { return folder_; }
 
@@ -37,15 +39,15 @@ public:
     const std::string* infoString(std::string_view key) const;
 
     // A new plug-in of the principal class that Info.plist names, from the bundle's shared object, which
-    // stays loaded until the process ends. Null, and a message in *error (when given), when the object or the
+    // stays loaded until the process ends. Null, and a message in `error`, when the object or the
     // class is not there.
-    std::unique_ptr<PDEPlugin> createPrincipalClass(std::string* error = nullptr) const;
+    std::unique_ptr<PDEPlugin> createPrincipalClass(Failure& error = ignoredFailure()) const;
 
-    // Loads Resources/NAME.view and ties it to the owner. Null, and a message in *error (when given), when
+    // Loads Resources/NAME.view and ties it to the owner. Null, and a message in `error`, when
     // the resource is missing or damaged; the owner has then been told of nothing. The caller shares the root
     // view with its outlets.
     std::shared_ptr<View> loadView(
-        std::string_view name, const ViewOwner& owner, std::string* error = nullptr) const;
+        std::string_view name, const ViewOwner& owner, Failure& error = ignoredFailure()) const;
 
     // The text of a key of Resources/LANGUAGE.lproj/Localizable.strings in the first of the person's
     // languages that the bundle has, or in English; the key itself when the table has no such entry.

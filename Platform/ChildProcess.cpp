@@ -105,15 +105,15 @@ int spawn(const TaskDescription& description, const SpawnSettings& settings, pid
         vectorOf(arguments).data(), vectorOf(environment).data());
 }
 
-bool fail(std::string* error, const std::string& program, const std::string& why) {
-    if (error != nullptr) *error = "cannot start \"" + program + "\": " + why;
+bool fail(Failure& error, const std::string& program, const std::string& why) {
+    error = "cannot start \"" + program + "\": " + why;
     return false;
 }
 
 } // namespace
 
 bool spawnChild(
-    const TaskDescription& description, ChildPipes* pipes, FileDescriptor* process, std::string* error) {
+    const TaskDescription& description, ChildPipes* pipes, FileDescriptor* process, Failure& error) {
     const std::string& program = description.program;
     if (!program.starts_with('/')) return fail(error, program, "its path is not absolute");
     Pipe input;

@@ -1,6 +1,7 @@
 // The process of a task (Platform/Task.h): how it is started, waited for and signalled.
 #pragma once
 
+#include "Formats/Failure.h"
 #include "Platform/FileDescriptor.h"
 #include "Platform/Task.h"
 
@@ -18,9 +19,9 @@ struct ChildPipes {
 };
 
 // Starts the process of a task with its own pipes. *process becomes a pidfd, readable when the process has
-// ended, or none when it is already gone. False, and why in *error, when it could not be started.
+// ended, or none when it is already gone. False, and why in `error`, when it could not be started.
 bool spawnChild(
-    const TaskDescription& description, ChildPipes* pipes, FileDescriptor* process, std::string* error);
+    const TaskDescription& description, ChildPipes* pipes, FileDescriptor* process, Failure& error);
 
 // Collects a process that has ended, unless somebody else in this application did.
 void reapChild(const FileDescriptor& process);

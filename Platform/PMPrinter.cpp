@@ -9,8 +9,6 @@
 namespace platform {
 namespace {
 
-constexpr const char* kCommandFileType = "application/vnd.cups-command";
-
 // Null for a name that makes no URI.
 IPPMessage requestTo(const PMPrinter& printer, ipp_op_t operation) {
     std::array<char, HTTP_MAX_URI> uri{};

@@ -62,6 +62,9 @@ std::int32_t PMPrinterCopyDeviceURI(PMPrinter& printer, std::string* uri);
 // there it is the queue's own file itself. kPMNoError, or why not.
 std::int32_t PMPrinterCopyDescriptionURL(PMPrinter& printer, std::string_view type, std::string* path);
 
+// The MIME type of a command file: what a PPD's filter for one is named for, and how it is submitted.
+inline constexpr const char* kCommandFileType = "application/vnd.cups-command";
+
 // Submits the text of a command file ("#CUPS-COMMAND ...") as a job of that title. `options` may be null.
 // kPMNoError when the scheduler took the job, or why it did not.
 std::int32_t PMPrinterSendCommand(PMPrinter& printer, std::string_view commandText, const std::string& title,

@@ -1,4 +1,4 @@
-// The print dialog's extension interface: what a plug-in offers a dialog, and what the dialog offers a
+// The print dialog's extension (PDE) interface: what a plug-in offers a dialog, and what the dialog offers a
 // plug-in.
 //
 // A plug-in is a bundle (Platform/Bundle.h) whose Info.plist names its principal class. The dialog creates
@@ -6,6 +6,7 @@
 // on the dialog's main thread.
 #pragma once
 
+#include "Formats/PropertyList.h"
 #include "Platform/PMPrinter.h"
 #include "Platform/View.h"
 
@@ -80,6 +81,8 @@ public:
     // Whether the panel still waits, on the main loop, for something that a printer is to tell it. A dialog
     // need not mind; a host that can wait gets the panel whole.
     virtual bool awaitsPrinter() const = 0;
+    // A printer's answer that came by another way than the panel's own question; taken as one to that.
+    virtual void receivedPrinterAnswer(const PropertyList& answer) = 0;
 };
 
 // A plug-in's principal class.

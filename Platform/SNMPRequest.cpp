@@ -1,6 +1,6 @@
 #include "Platform/SNMPRequest.h"
 
-#include "Platform/TextEncoding.h"
+#include "Formats/TextEncoding.h"
 
 // clang-format off: the second needs the first
 #include <net-snmp/net-snmp-config.h>
@@ -101,12 +101,12 @@ Session openSession(const SNMPRequest& request, const std::string& peer) {
 
 } // namespace
 
-std::optional<PropertyList::Dictionary> getSNMPObjects(const SNMPRequest& request, std::string* problem) {
+std::optional<PropertyList::Dictionary> getSNMPObjects(const SNMPRequest& request, Failure& problem) {
     const bool isIPv6 = request.host.find(':') != std::string::npos;
     const std::string address =
         (isIPv6 ? "[" + request.host + "]" : request.host) + ":" + std::to_string(request.port);
     const auto fail = [&](const std::string& why) {
-        *problem = "the SNMP agent at " + address + " " + why;
+        problem = "the SNMP agent at " + address + " " + why;
         return std::nullopt;
     };
     Message question(snmp_pdu_create(SNMP_MSG_GET));

@@ -1,7 +1,8 @@
 // Objects of an SNMP agent (RFC 1157), asked with net-snmp.
 #pragma once
 
-#include "Platform/PropertyList.h"
+#include "Formats/Failure.h"
+#include "Formats/PropertyList.h"
 
 #include <chrono>
 #include <optional>
@@ -23,9 +24,9 @@ struct SNMPRequest {
 // Asks for the objects with one GetRequest of SNMP version 1 and blocks until the answer or the last try's
 // end. Answers the values under the identifiers as they were asked for: whole numbers as integers, octet
 // strings as text when they are UTF-8 and as data otherwise, object identifiers in dotted decimal. Nothing,
-// and a sentence for people in *problem, when there is no answer or the agent does not know one of them.
+// and a sentence for people in `problem`, when there is no answer or the agent does not know one of them.
 //
 // Reads no configuration of net-snmp's and writes no file. One thread at a time in a process.
-std::optional<PropertyList::Dictionary> getSNMPObjects(const SNMPRequest& request, std::string* problem);
+std::optional<PropertyList::Dictionary> getSNMPObjects(const SNMPRequest& request, Failure& problem);
 
 } // namespace platform

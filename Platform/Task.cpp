@@ -193,7 +193,7 @@ Task::~Task() {
     run_->abandon();
 }
 
-std::unique_ptr<Task> Task::launch(TaskDescription description, EndHandler handler, std::string* error) {
+std::unique_ptr<Task> Task::launch(TaskDescription description, EndHandler handler, Failure& error) {
     ChildPipes pipes;
     FileDescriptor process;
     if (!spawnChild(description, &pipes, &process, error)) return nullptr;

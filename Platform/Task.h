@@ -2,6 +2,8 @@
 // anybody waiting for them.
 #pragma once
 
+#include "Formats/Failure.h"
+
 #include <cstddef>
 #include <functional>
 #include <map>
@@ -43,10 +45,10 @@ public:
     // more at most. The handler may destroy the task.
     using EndHandler = std::function<void(const TaskOutput&)>;
 
-    // Null, and why in *error (when given), when the process could not be started; the handler is not called
+    // Null, and why in `error`, when the process could not be started; the handler is not called
     // then.
     static std::unique_ptr<Task> launch(
-        TaskDescription description, EndHandler handler, std::string* error = nullptr);
+        TaskDescription description, EndHandler handler, Failure& error = ignoredFailure());
     Task(const Task&) = delete;
     Task& operator=(const Task&) = delete;
     // The handler is not called any more. A process that still runs is asked to end as terminate() does; the

@@ -1,7 +1,7 @@
 #include "Platform/UserDefaults.h"
 
+#include "Formats/Unicode.h"
 #include "Platform/FileDescriptor.h"
-#include "Platform/Unicode.h"
 
 #include <fcntl.h>
 #include <glib.h>

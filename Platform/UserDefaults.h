@@ -1,7 +1,7 @@
 // The settings of the person at whose desktop the process runs.
 #pragma once
 
-#include "Platform/PropertyList.h"
+#include "Formats/PropertyList.h"
 
 #include <optional>
 #include <string>

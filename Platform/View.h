@@ -74,6 +74,7 @@ private:
 // not look at it.
 struct MenuItem {
     std::string title;
+    std::string keyword; // that the entry stands for, as the panel was given it; "" for none
     std::string keyEquivalent;
     bool enabled = true;
     std::shared_ptr<void> representedObject;

@@ -1,6 +1,6 @@
 #include "Platform/ViewResource.h"
 
-#include "Platform/XMLDocument.h"
+#include "Formats/XMLDocument.h"
 
 #include <charconv>
 #include <optional>
@@ -79,13 +79,13 @@ private:
 
 } // namespace
 
-bool ViewResource::read(std::string_view bytes, const std::function<std::string(std::string_view)>& localize,
-    std::string* error) {
+bool ViewResource::read(
+    std::string_view bytes, const std::function<std::string(std::string_view)>& localize, Failure& error) {
     const std::shared_ptr<const XMLDocument> document = XMLDocument::parse(bytes, error);
     if (document == nullptr) return false;
     ViewReader reader(*this, localize);
     root = reader.read(*document->rootElement());
-    if (root == nullptr && error != nullptr) *error = reader.problem();
+    if (root == nullptr) error = reader.problem();
     return root != nullptr;
 }
 

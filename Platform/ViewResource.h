@@ -7,6 +7,7 @@
 // Numbers are points; "tag", "outlet" and "action" may be missing.
 #pragma once
 
+#include "Formats/Failure.h"
 #include "Platform/View.h"
 
 #include <functional>
@@ -24,10 +25,10 @@ struct ViewResource {
     std::vector<std::pair<std::string, std::shared_ptr<View>>> outlets;
     std::vector<std::pair<std::string, std::shared_ptr<PopUpButton>>> actions;
 
-    // Labels show what `localize` makes of their text. False, and a message in *error, when the bytes are not
-    // a view resource.
-    bool read(std::string_view bytes, const std::function<std::string(std::string_view)>& localize,
-        std::string* error);
+    // Labels show what `localize` makes of their text. False, and a message in `error`, when the bytes are
+    // not a view resource.
+    bool read(
+        std::string_view bytes, const std::function<std::string(std::string_view)>& localize, Failure& error);
 };
 
 } // namespace platform

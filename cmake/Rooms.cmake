@@ -7,6 +7,10 @@ add_library(OrvanFlags INTERFACE)
 # What a shared object needs is what it calls, not what its rooms may call: applications open them.
 target_link_options(OrvanFlags INTERFACE -Wl,--as-needed)
 target_compile_options(OrvanFlags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # A source that is compiled together with others is taken for a header.
+    target_compile_options(OrvanFlags INTERFACE -Wno-subobject-linkage)
+endif()
 if(ORVAN_SANITIZE)
     target_compile_options(OrvanFlags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined
         -fno-omit-frame-pointer -O1)

@@ -1,6 +1,6 @@
 #include "BiDi/Common/SupportedCommands.h"
 
-#include "Platform/Unicode.h"
+#include "Formats/Unicode.h"
 
 #include <string_view>
 

@@ -5,7 +5,7 @@
 #include "CommandFilter/Program/FilterMessages.h"
 #include "CommandFilter/Program/PrinterLevels.h"
 #include "CommandFilter/Program/StatusQuery.h"
-#include "CommandFilter/StatusMessages.h"
+#include "Common/CommandJob.h"
 
 #include <strings.h>
 
@@ -129,9 +129,9 @@ void runCommandFilter(const FilterCall& call) {
 
     const std::unique_ptr<ppd_file_t, ClosePPD> ppd(
         call.ppdFile.empty() ? nullptr : ppdOpenFile(call.ppdFile.c_str()));
-    std::string problem;
-    const auto address = findPrinterAddress(call.deviceURI, ppd.get(), &problem);
-    if (!address) return tellError(problem);
+    platform::Failure problem;
+    const auto address = findPrinterAddress(call.deviceURI, ppd.get(), problem);
+    if (!address) return tellError(*problem);
 
     tellInfo("Asking the printer at " + address->shownURL + " for its status.");
     bool isOffline = false;

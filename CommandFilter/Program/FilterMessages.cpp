@@ -1,7 +1,7 @@
 #include "CommandFilter/Program/FilterMessages.h"
 
 #include "Common/Utilities/OneLine.h"
-#include "Platform/TextEncoding.h"
+#include "Formats/TextEncoding.h"
 
 #include <unistd.h>
 

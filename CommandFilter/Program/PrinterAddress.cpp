@@ -70,17 +70,17 @@ std::optional<PrinterAddress> addressOfPath(const std::string& deviceURI, const 
 } // namespace
 
 std::optional<PrinterAddress> findPrinterAddress(
-    const std::string& deviceURI, ppd_file_t* ppd, std::string* problem) {
+    const std::string& deviceURI, ppd_file_t* ppd, platform::Failure& problem) {
     const std::string place = attributeOf(ppd, "OVNStatusDocument");
     std::optional<PrinterAddress> address;
     if (isURL(place)) {
         address = addressOfURL(deviceURI, place);
-        *problem =
+        problem =
             "The queue's PPD names no web address as OVNStatusDocument. Correct it, or take it out: then "
             "the printer itself is asked.";
     } else {
         address = addressOfPath(deviceURI, place.empty() ? kDefaultPath : place);
-        *problem =
+        problem =
             "The printer cannot be asked for its status, because the queue's device has no network "
             "address, or is a discovered printer that does not answer now. Give the queue the printer's "
             "address as its device, or put the whole URL of its status document into the PPD as "

@@ -1,6 +1,7 @@
 // Where a queue's printer answers.
 #pragma once
 
+#include "Formats/Failure.h"
 #include "Platform/SNMPRequest.h"
 
 #include <cups/ppd.h>
@@ -24,8 +25,8 @@ struct PrinterAddress {
 // "host:port").
 //
 // The PPD may be null. Blocks while a discovered device is looked for. Nothing, and a sentence for people in
-// *problem, when that gives no address.
+// `problem`, when that gives no address.
 std::optional<PrinterAddress> findPrinterAddress(
-    const std::string& deviceURI, ppd_file_t* ppd, std::string* problem);
+    const std::string& deviceURI, ppd_file_t* ppd, platform::Failure& problem);
 
 } // namespace orvan

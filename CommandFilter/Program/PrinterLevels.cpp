@@ -41,8 +41,7 @@ const PropertyList::List* listIn(const Ticket& ticket, std::string_view key) {
 }
 
 std::string_view textIn(const PropertyList& record, std::string_view key) {
-    const PropertyList* const value = record.find(key);
-    const std::string* const text = value != nullptr ? value->asString() : nullptr;
+    const std::string* const text = record.findString(key);
     return text != nullptr ? std::string_view(*text) : std::string_view();
 }
 

@@ -76,14 +76,15 @@ StatusAnswer askForDocument(const PrinterAddress& address, const Credentials& cr
                          ". Check that its web server is on, and that " + kAddressAdvice;
         return answer;
     }
-    std::string parseError;
-    if (const auto parser = OVOVGParser::initWithData(result.bytes, &parseError)) {
+    platform::Failure parseError;
+    if (const auto parser = OVOVGParser::initWithData(result.bytes, parseError)) {
         Ticket ticket;
         parser->writeToTicket(ticket);
         if (!ticket.empty()) answer.ticket = std::move(ticket);
     }
     if (!answer.ticket)
-        answer.problem = whyNoTicket(where, result, parseError, credentials.password.has_value());
+        answer.problem =
+            whyNoTicket(where, result, parseError.value_or(""), credentials.password.has_value());
     return answer;
 }
 
@@ -95,9 +96,10 @@ StatusAnswer askForAccounting(const PrinterAddress& address, const std::filesyst
     StatusAnswer answer;
     for (std::string& community : snmpCommunities(serverRoot)) {
         request.community = std::move(community);
-        const auto response = platform::getSNMPObjects(request, &answer.problem);
+        platform::Failure problem;
+        const auto response = platform::getSNMPObjects(request, problem);
+        answer.problem = problem.value_or("");
         if (!response) continue;
-        answer.problem.clear();
         OVSNMPParser::initWithSNMPResponse(&*response).writeToTicket(answer.ticket.emplace());
         return answer;
     }

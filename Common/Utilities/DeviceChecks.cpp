@@ -1,6 +1,6 @@
 #include "Common/Utilities/DeviceChecks.h"
 
-#include "Platform/TextEncoding.h"
+#include "Formats/TextEncoding.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "Common/SimplePing.h"
 #include "Common/Utilities/URIParts.h"
-#include "Platform/TextEncoding.h"
+#include "Formats/TextEncoding.h"
 
 namespace orvan {
 

@@ -3,7 +3,7 @@
 #include "Common/DNSMessage.h"
 #include "Common/RendezvousUtilities.h"
 #include "Common/Utilities/URIParts.h"
-#include "Platform/TextEncoding.h"
+#include "Formats/TextEncoding.h"
 
 #include <arpa/inet.h>
 

@@ -1,6 +1,6 @@
 #include "Common/Utilities/XMLLookups.h"
 
-#include "Platform/Unicode.h"
+#include "Formats/Unicode.h"
 
 #include <cstddef>
 

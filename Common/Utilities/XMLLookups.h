@@ -2,7 +2,7 @@
 // node has nothing in it.
 #pragma once
 
-#include "Platform/XMLDocument.h"
+#include "Formats/XMLDocument.h"
 
 #include <optional>
 #include <string>

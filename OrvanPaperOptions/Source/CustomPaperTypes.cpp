@@ -2,8 +2,8 @@
 // into the paper-type list when it is first shown.
 #include "Common/PPDUtilities.h"
 #include "Common/Utilities/ReleaseGates.h"
+#include "Formats/TextEncoding.h"
 #include "OrvanPaperOptions/Source/OrvanPaperOptions.h"
-#include "Platform/TextEncoding.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -17,11 +17,6 @@ namespace {
 constexpr std::string_view kCustomPaperTypesKey = "customPaperTypes";
 constexpr std::string_view kCustomType = "CustomType";
 constexpr std::size_t kMostTypesOfAResponse = 5;
-
-const std::string* textUnder(const platform::PropertyList& entry, std::string_view key) {
-    const platform::PropertyList* const value = entry.find(key);
-    return value != nullptr ? value->asString() : nullptr;
-}
 
 // The custom type's place in the order of the printer that a choice keyword names, counted from 0; nothing
 // when it names none that can be.
@@ -101,8 +96,8 @@ void OrvanPaperOptions::updatePaperTypeListForCustomPaperTypes() {
 // A name that is too long for the record is cut between two characters. A keyword cannot be cut, because then
 // it would be another one.
 bool OrvanPaperOptions::rename(ppd_choice_t& record, const platform::PropertyList& customType) {
-    const std::string* const name = textUnder(customType, "name");
-    const std::string* const type = textUnder(customType, "type");
+    const std::string* const name = customType.findString("name");
+    const std::string* const type = customType.findString("type");
     if (name == nullptr || name->empty() || type == nullptr) return false;
     const std::string keyword = std::string(kCustomType) + *type;
     if (keyword.size() >= sizeof record.choice || name->find('\0') != std::string::npos ||

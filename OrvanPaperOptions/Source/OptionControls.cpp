@@ -26,8 +26,11 @@ void InitPopUpFromArray(platform::PopUpButton* popUp, const PDEChoiceList* choic
     for (const std::shared_ptr<PDEChoice>& entry : *choices) {
         const std::string* title = entry->userTitle();
         if (title == nullptr) title = entry->ppdTitle();
-        popUp->addItem(
-            {.title = EmptyIfNil(title), .keyEquivalent = "", .enabled = true, .representedObject = entry});
+        popUp->addItem({.title = EmptyIfNil(title),
+            .keyword = EmptyIfNil(entry->ppdTitle()),
+            .keyEquivalent = "",
+            .enabled = true,
+            .representedObject = entry});
     }
 }
 

@@ -3,10 +3,10 @@
 
 #include "BiDi/OrvanBiDi.h"
 #include "Common/PDEChoice.h"
+#include "Formats/PropertyList.h"
 #include "OrvanPaperOptions/Source/OptionRows.h"
 #include "Platform/Bundle.h"
 #include "Platform/PrintDialog.h"
-#include "Platform/PropertyList.h"
 
 #include <cups/ppd.h>
 
@@ -37,7 +37,6 @@ std::string EmptyIfNil(const std::string* text);
 // arrived when the panel is first shown decides the paper-type list for good: the PPD's generic entries take
 // the printer's names, and those that the printer said nothing of are removed.
 class OrvanPaperOptions final : public platform::PDEPanel,
-                                public OrvanBiDiDelegate,
                                 public std::enable_shared_from_this<OrvanPaperOptions> {
 public:
     // Null when the dialog's PPD has none of the panel's options.
@@ -84,7 +83,10 @@ public:
     std::int64_t indexOfMarkedOptionForKey(ppd_option_t* option, const char* optionKeyword) const;
 
     // One answer of the printer. Its "customPaperTypes" are kept, five of each answer at most.
-    void receivedBiDiResponse(const platform::PropertyList& response) override;
+    void receivedBiDiResponse(const platform::PropertyList& response);
+    void receivedPrinterAnswer(const platform::PropertyList& answer) override {
+        receivedBiDiResponse(answer);
+    }
     void retrieveCustomPaperTypes(const platform::PropertyList& response);
     // Puts the custom paper types that have arrived into the paper-type list and its pop-up. Always 0.
     std::int32_t queryPrinterForCPTsThread();
@@ -125,7 +127,7 @@ private:
     std::optional<std::vector<std::string>> supportedOptions_;
     std::array<OptionRow, kOptionRows.size()> rows_;
     std::optional<platform::PropertyList::List>
-        cpt_; // the custom types that arrived; nothing during creation
+        cpt_; // custom paper types: those that arrived; nothing during creation
     bool canQueryCPTs_ = false;
     std::shared_ptr<OrvanBiDi> ovBiDi_; // null from release 10.10 on
 };

@@ -1,7 +1,7 @@
 #include "PrintDialog/Host/DialogPPD.h"
 
 #include "Common/PPDUtilities.h"
-#include "Platform/TextEncoding.h"
+#include "Formats/TextEncoding.h"
 
 #include <cups/cups.h>
 
@@ -45,11 +45,11 @@ bool isPaperSize(std::string_view keyword) {
 
 } // namespace
 
-std::unique_ptr<DialogPPD> DialogPPD::open(const std::filesystem::path& file, std::string* error) {
+std::unique_ptr<DialogPPD> DialogPPD::open(const std::filesystem::path& file, platform::Failure& error) {
     std::error_code status;
     const auto type = std::filesystem::status(file, status).type();
     const auto refuse = [&](const std::string& why) {
-        if (error != nullptr) *error = "cannot read the PPD file " + file.string() + ": " + why;
+        error = "cannot read the PPD file " + file.string() + ": " + why;
         return nullptr;
     };
     if (type == std::filesystem::file_type::not_found) return refuse("there is no such file");

@@ -1,6 +1,8 @@
 // The PPD of the printer that a dialog configures, with the dialog's choices marked in it.
 #pragma once
 
+#include "Formats/Failure.h"
+
 #include <cups/ppd.h>
 
 #include <filesystem>
@@ -34,8 +36,8 @@ struct MarkResult {
 class DialogPPD {
 public:
     // Opens the file, translates its titles into the language of the process's locale and marks its defaults.
-    // Null, and a message for people in *error, when the file cannot be read as a PPD.
-    static std::unique_ptr<DialogPPD> open(const std::filesystem::path& file, std::string* error);
+    // Null, and a message for people in `error`, when the file cannot be read as a PPD.
+    static std::unique_ptr<DialogPPD> open(const std::filesystem::path& file, platform::Failure& error);
 
     ppd_file_t* record() { return record_.get(); }
 

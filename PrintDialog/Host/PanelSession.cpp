@@ -27,14 +27,14 @@ private:
 };
 
 std::unique_ptr<PanelSession> PanelSession::create(std::shared_ptr<platform::Bundle> bundle,
-    std::unique_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer, std::string* error) {
+    std::unique_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer, platform::Failure& error) {
     std::unique_ptr<PanelSession> session(new PanelSession);
     session->bundle_ = std::move(bundle);
     session->callback_ = std::make_shared<Callback>(std::move(ppd), std::move(printer));
     session->plugin_ = session->bundle_->createPrincipalClass(error);
     if (session->plugin_ == nullptr) return nullptr;
     if (!session->plugin_->initWithBundle(session->bundle_)) {
-        if (error != nullptr) *error = session->bundle_->folder().string() + ": the plug-in cannot work";
+        error = session->bundle_->folder().string() + ": the plug-in cannot work";
         return nullptr;
     }
 

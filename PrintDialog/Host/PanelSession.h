@@ -2,6 +2,7 @@
 // between the two.
 #pragma once
 
+#include "Formats/Failure.h"
 #include "Platform/Bundle.h"
 #include "Platform/PrintDialog.h"
 #include "PrintDialog/Host/DialogPPD.h"
@@ -19,10 +20,11 @@ namespace orvan {
 class PanelSession {
 public:
     // Creates the bundle's plug-in and asks it for its print-dialog panel. Null, and a message for people in
-    // *error, when the plug-in cannot be loaded; null without a message when it has no panel for this PPD.
+    // `error`, when the plug-in cannot be loaded; null without a message when it has no panel for this PPD.
     // `printer` may be null when there is no queue.
     static std::unique_ptr<PanelSession> create(std::shared_ptr<platform::Bundle> bundle,
-        std::unique_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer, std::string* error);
+        std::unique_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer,
+        platform::Failure& error);
     ~PanelSession();
     PanelSession(const PanelSession&) = delete;
     PanelSession& operator=(const PanelSession&) = delete;

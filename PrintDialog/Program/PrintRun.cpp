@@ -1,8 +1,9 @@
 #include "PrintDialog/Program/PrintRun.h"
 
-#include "PrintDialog/Gtk/GObjectRef.h"
+#include "PrintDialog/Gtk3/GObjectRef.h"
+#include "PrintDialog/Host/HostNames.h"
 #include "PrintDialog/Host/InstalledFiles.h"
-#include "PrintDialog/Host/Scheduler.h"
+#include "Scheduler/PrintScheduler.h"
 
 #include <gmodule.h>
 #include <gtk/gtkunixprint.h>
@@ -44,12 +45,11 @@ std::optional<std::string> problemWith(const std::string& file) {
 
 // The options are optional: without them the dialog is GTK's own.
 void attachPaperOptions(GtkPrintUnixDialog* dialog) {
-    const char* const wish = g_getenv("ORVAN_PAPER_OPTIONS");
-    if (wish != nullptr && g_ascii_strcasecmp(wish, "off") == 0) return;
-    const std::filesystem::path library = privateFolder() / "liborvan-print-dialog.so";
+    if (isSwitchedOff()) return;
+    const std::filesystem::path library = privateFolder() / kGtk3HostFile;
     gpointer symbol = nullptr;
     GModule* const host = g_module_open(library.c_str(), G_MODULE_BIND_LOCAL);
-    if (host != nullptr && g_module_symbol(host, "orvanAttachPaperOptions", &symbol) != FALSE) {
+    if (host != nullptr && g_module_symbol(host, kGtk3AttachFunction, &symbol) != FALSE) {
         g_module_make_resident(host);
         reinterpret_cast<void (*)(GtkPrintUnixDialog*)>(symbol)(dialog);
     } else {
@@ -123,9 +123,9 @@ int runPrint(const PrintArguments& arguments) {
     for (const std::string& file : arguments.files)
         if (const auto problem = problemWith(file)) return fail("Cannot print " + file, *problem);
 
-    std::string error;
-    const auto queues = listQueues(kSchedulerPatience, &error);
-    if (!queues) return fail("Cannot print", error);
+    platform::Failure error;
+    const auto queues = listQueues(kSchedulerPatience, error);
+    if (!queues) return fail("Cannot print", *error);
     if (queues->empty())
         return fail("There is no printer",
             "Add one to " + schedulerName() + " first, in the system's printer settings.");

@@ -3,15 +3,14 @@
 
 #include "BiDi/OrvanBiDi.h"
 #include "Platform/PMPrinter.h"
+#include "Tests/Support/DerivedPPD.h"
 
 #include <cups/cups.h>
 #include <glib.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
@@ -70,17 +69,9 @@ public:
     std::function<void()> onResponse;
 };
 
-// The smallest PPD, with some lines of a test's own.
+// A PPD with some lines of a test's own.
 inline std::string ppdText(const std::string& lines) {
-    return "*PPD-Adobe: \"4.3\"\n*FormatVersion: \"4.3\"\n*FileVersion: \"1.0\"\n*LanguageVersion: English\n"
-           "*LanguageEncoding: ISOLatin1\n*PCFileName: \"ORVAN.PPD\"\n*Product: \"(Orvan)\"\n"
-           "*PSVersion: \"(3010) 0\"\n*ModelName: \"Orvan\"\n*ShortNickName: \"Orvan\"\n"
-           "*NickName: \"Orvan\"\n*Manufacturer: \"Orvan\"\n"
-           "*OpenUI *PageSize: PickOne\n*DefaultPageSize: A4\n*PageSize A4: \"\"\n*CloseUI: *PageSize\n"
-           "*OpenUI *PageRegion: PickOne\n*DefaultPageRegion: A4\n*PageRegion A4: \"\"\n"
-           "*CloseUI: *PageRegion\n*DefaultImageableArea: A4\n*ImageableArea A4: \"0 0 595 842\"\n"
-           "*DefaultPaperDimension: A4\n*PaperDimension A4: \"595 842\"\n" +
-           lines;
+    return DerivedPPD().append(lines).text();
 }
 
 class Dialog : public platform::PDEPluginCallback {
@@ -102,17 +93,10 @@ private:
 
 class ChannelTest : public testing::Test {
 protected:
-    ChannelTest() { std::filesystem::create_directories(folder_); }
-    ~ChannelTest() override { std::filesystem::remove_all(folder_); }
-
     std::filesystem::path writeFile(const std::string& name, const std::string& text) const {
-        std::ofstream(folder_ / name, std::ios::binary) << text;
-        return folder_ / name;
+        return temporary_.write(name, text);
     }
-    std::string readFile(const std::string& name) const {
-        std::ifstream file(folder_ / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string readFile(const std::string& name) const { return contents(folder_ / name); }
 
     // A channel of its own dialog, with the fixture's delegate.
     std::shared_ptr<OrvanBiDi> channelFor(const std::filesystem::path& ppd) {
@@ -123,15 +107,15 @@ protected:
         return channel;
     }
 
-    static bool runLoopUntil(const std::function<bool()>& isDone, double seconds = 20) {
+    static bool runLoopUntil(const std::function<bool()>& isDone, double seconds = 100) {
         const gint64 end = g_get_monotonic_time() + static_cast<gint64>(seconds * G_USEC_PER_SEC);
         while (!isDone() && g_get_monotonic_time() < end)
             if (!g_main_context_iteration(nullptr, FALSE)) g_usleep(1000);
         return isDone();
     }
 
-    std::filesystem::path folder_ =
-        std::filesystem::path(testing::TempDir()) / ("channel" + std::to_string(::getpid()));
+    TempFolder temporary_;
+    std::filesystem::path folder_ = temporary_.path();
     std::shared_ptr<RememberingDelegate> delegate_ = std::make_shared<RememberingDelegate>();
 };
 

@@ -1,7 +1,8 @@
 // The channel on releases on which it runs the command filter itself.
+#include "BiDi/Common/StoredPassword.h"
 #include "Platform/UserDefaults.h"
+#include "TestBed/PrintingSystem/PrintingSystem.h"
 #include "Tests/BiDi/ChannelFixture.h"
-#include "Tools/PrintingSystem/PrintingSystem.h"
 
 #include <signal.h>
 #include <sys/stat.h>
@@ -115,7 +116,7 @@ TEST_F(FilterChannelTest, TakesWhateverFiltersDo) {
              {"dies by a signal", "answer; kill -KILL $$", 2},
              {"never reads", "exit 0", 0},
              {"closes its input", "exec <&-; echo 'PPD: A0000=\"\"' >&2", 0},
-             {"leaves a process behind", "answer; sleep 3 &", 2},
+             {"leaves a process behind", "answer; while [ -e \"$0\" ]; do sleep 0.1; done &", 2},
              {"is not UTF-8", "answer; printf 'DEBUG: \\377\\n' >&2", 0},
              {"100 MB", "answer; head -c 104857600 /dev/zero >&2", 2},
              {"100 MB first", "head -c 104857600 /dev/zero >&2; answer", 0},
@@ -148,9 +149,10 @@ TEST_F(FilterChannelTest, ContainsAFilterThatDoesNotStart) {
 }
 
 TEST_F(FilterChannelTest, RunsOneFilterAtATime) {
-    const auto channel = channelForScript("sleep 0.2; answer");
+    const auto channel = channelForScript("until [ -e \"${0%/*}/go\" ]; do sleep 0.01; done; answer");
     channel->dispatchCommands(CommandList{"A"});
     channel->dispatchCommands(CommandList{"B"});
+    writeFile("go", "");
     ASSERT_TRUE(runUntilEnded(*channel));
     EXPECT_EQ(readFile("runs"), "run\n");
     EXPECT_EQ(delegate_->commands(), Names{"A"});
@@ -226,11 +228,14 @@ TEST_F(FilterChannelTest, FindsTheFilter) {
 
     // libcups opens no PPD with such a value.
     Dialog dialog(ppdWithFilter("/x"), nullptr);
+    ppd_attr_t* filter = ppdFindAttr(dialog.ppdFile(), "cupsFilter2", nullptr);
+    while (filter != nullptr && !std::string_view(filter->value).starts_with("application/vnd.cups-command"))
+        filter = ppdFindNextAttr(dialog.ppdFile(), "cupsFilter2", nullptr);
+    ASSERT_NE(filter, nullptr);
     std::string typeAlone = "application/vnd.cups-command";
-    char* const value =
-        std::exchange(ppdFindAttr(dialog.ppdFile(), "cupsFilter2", nullptr)->value, typeAlone.data());
+    char* const value = std::exchange(filter->value, typeAlone.data());
     EXPECT_EQ(channel->pathForCommandFilterInPPD(dialog.ppdFile()), std::nullopt);
-    ppdFindAttr(dialog.ppdFile(), "cupsFilter2", nullptr)->value = value;
+    filter->value = value;
 }
 
 TEST_F(FilterChannelTest, ReadsTheSupportedCommands) {
@@ -257,7 +262,7 @@ TEST_F(FilterChannelTest, ReadsTheSupportedCommands) {
 TEST_F(FilterChannelTest, ComposesTheJob) {
     const auto channel = channelFor(writeFile("none.ppd", ppdText("")));
     const std::string user = " username=" + platform::fullUserName();
-    const std::string domain = platform::persistentDomainPath(OrvanBiDi::kPasswordDomain);
+    const std::string domain = platform::persistentDomainPath(kPasswordDomain);
     const auto store = [&domain](const std::string& text) {
         std::ofstream(domain) << text;
         ::chmod(domain.c_str(), 0600);

@@ -1,17 +1,13 @@
 // The channel on releases on which the printing system carries its jobs, with a scheduler of the test's own.
+#include "TestBed/PrintingSystem/PrintingSystem.h"
 #include "Tests/BiDi/ChannelFixture.h"
-#include "Tools/PrintingSystem/PrintingSystem.h"
 
 #include <cups/ipp.h>
-
-#include <algorithm>
-#include <thread>
 
 namespace orvan {
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
 using State = OrvanBiDi::State;
 using Names = std::vector<std::string>;
 
@@ -93,7 +89,7 @@ TEST_F(QueueChannelTest, WaitsForTheJobAndDeliversFromThePPD) {
     EXPECT_TRUE(delegate_->responses.empty());
 
     // A queue that takes no job: the first look finds none, within the dispatch.
-    ASSERT_TRUE(system_->waitForJob(jobs().back().id, 20s)->isSettled());
+    ASSERT_TRUE(system_->waitForJob(jobs().back().id, 100s)->isSettled());
     ASSERT_EQ(system_->rejectJobs("orvan"), std::nullopt);
     channel = channelFor(ppd_);
     channel->dispatchCommands(CommandList{"A"});
@@ -177,30 +173,19 @@ TEST_F(QueueChannelTest, AFrozenSchedulerHoldsNobodyUp) {
     auto channel = channelFor(ppd_);
     channel->dispatchCommands(CommandList{"A"});
     system_->scheduler().suspend();
-    auto longest = 0ns;
-    const auto start = Clock::now();
-    while (channel->state() == State::waiting && Clock::now() - start < 10s) {
-        const auto iteration = Clock::now();
-        if (!g_main_context_iteration(nullptr, FALSE)) g_usleep(1000);
-        longest = std::max<std::chrono::nanoseconds>(longest, Clock::now() - iteration);
-    }
-    EXPECT_EQ(channel->state(), State::spent);
-    EXPECT_LT(longest, 2s);
+    EXPECT_TRUE(runUntilSpent(*channel));
 
     // From the beginning, and for a printer object with each of its requests.
     channel = channelFor(ppd_);
-    const auto dispatch = Clock::now();
     channel->dispatchCommands(CommandList{"A"});
     EXPECT_EQ(channel->state(), State::spent);
-    EXPECT_LT(Clock::now() - dispatch, 2s);
     platform::PMPrinter printer("orvan");
     std::string text;
-    const auto requests = Clock::now();
     EXPECT_NE(platform::PMPrinterSendCommand(printer, "#CUPS-COMMAND", "Printer Status", nullptr), 0);
     EXPECT_NE(platform::PMPrinterCopyDeviceURI(printer, &text), 0);
     EXPECT_NE(platform::PMPrinterSendCommand(printer, "#CUPS-COMMAND", "Printer Status", nullptr), 0);
     EXPECT_NE(platform::PMPrinterCopyDeviceURI(printer, &text), 0);
-    EXPECT_LT(Clock::now() - requests, 2s);
+    EXPECT_TRUE(printer.patience().isUsedUp()); // it is one for all of them
     system_->scheduler().resume();
     EXPECT_EQ(platform::PMPrinterCopyDeviceURI(printer, &text), 0);
     EXPECT_FALSE(printer.patience().isUsedUp());

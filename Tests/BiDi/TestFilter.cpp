@@ -3,7 +3,7 @@
 //
 // With ORVAN_TEST_FILTER_FAILS in its environment it exits with 1 at once.
 #include "BiDi/ppdx.h"
-#include "Platform/PropertyList.h"
+#include "Formats/PropertyList.h"
 
 #include <cstdlib>
 #include <fstream>

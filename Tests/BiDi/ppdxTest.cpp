@@ -1,6 +1,7 @@
 #include "BiDi/ppdx.h"
 
 #include "BiDi/ResponseEntries.h"
+#include "Tests/Support/TempFolder.h"
 
 #include <cups/http.h>
 #include <gtest/gtest.h>
@@ -13,8 +14,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <optional>
 #include <random>
 #include <sstream>
@@ -23,8 +22,6 @@
 
 namespace orvan {
 namespace {
-
-namespace fs = std::filesystem;
 
 // More pieces than there are four-digit numbers.
 constexpr std::size_t kPieces = 0x10001;
@@ -277,22 +274,16 @@ TEST(Ppdx, ReadsAMillionChunks) {
     EXPECT_TRUE(std::string(data.get(), size) == block);
 }
 
-std::string bytesOf(const fs::path& file) {
-    std::ostringstream bytes;
-    bytes << std::ifstream(file, std::ios::binary).rdbuf();
-    return bytes.str();
-}
-
 TEST(Ppdx, AgreesWithAnotherImplementation) {
     if (std::system("python3 -c 'import zlib' 2>/dev/null") != 0) GTEST_SKIP() << "there is no Python";
-    const fs::path folder = fs::path(testing::TempDir()) / ("ppdx" + std::to_string(::getpid()));
-    fs::create_directories(folder);
+    const TempFolder folder;
     const auto python = [&folder](const std::string& verb, const std::string& input) {
-        std::ofstream(folder / "in", std::ios::binary) << input;
-        const std::string command = "python3 " ORVAN_PPDX_REFERENCE " " + verb + " Name <" +
-                                    (folder / "in").string() + " >" + (folder / "out").string();
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        return bytesOf(folder / "out");
+        const std::string in = folder.write("in", input);
+        const std::string out = folder.path() / "out";
+        EXPECT_EQ(
+            std::system(("python3 " ORVAN_PPDX_REFERENCE " " + verb + " Name <" + in + " >" + out).c_str()),
+            0);
+        return contents(out);
     };
     std::string text;
     for (int number = 0; number < 3000; ++number)
@@ -303,7 +294,6 @@ TEST(Ppdx, AgreesWithAnotherImplementation) {
         EXPECT_TRUE(readBack(entriesInTaskOutput(python("encode", block)), "Name").bytes == block);
         EXPECT_EQ(python("encode", block), lines);
     }
-    fs::remove_all(folder);
 }
 
 } // namespace

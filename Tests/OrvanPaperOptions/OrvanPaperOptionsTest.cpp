@@ -15,9 +15,10 @@ class OrvanPaperOptionsTest : public PanelTest {};
 
 TEST_F(OrvanPaperOptionsTest, HandlesTheOptionsThatThePrinterHas) {
     using Keys = std::vector<std::string>;
-    const Keys all{"MediaType", "Slipsheet", "OVNSlipSheetSource", "OVNLastPageSource", "OVNMismatch",
-        "OVNPrintingOptimization", "OVNEdgeToEdge"};
     create();
+    Keys all;
+    for (const OptionRowSpec& spec : kOptionRows)
+        if (ppdFindOption(dialog_->ppdFile(), spec.keyword) != nullptr) all.emplace_back(spec.keyword);
     const Keys& keys = panel_->supportedPPDOptionKeys();
     EXPECT_EQ(keys, all);
     std::strcpy(dialog_->option("Slipsheet").keyword, "Changed");
@@ -52,20 +53,20 @@ TEST_F(OrvanPaperOptionsTest, AnswersTheDialogTheSameInEveryState) {
 TEST_F(OrvanPaperOptionsTest, RestoredBeforeItIsShownSelectsOnlyWhenShown) {
     create();
     EXPECT_EQ(panel_->summaryInfo(), Summary{});
-    popUp(1).addItem({"from the resource", "", true, nullptr});
+    popUp("MediaType").addItem({"from the resource", "", "", true, nullptr});
     dialog_->mark("MediaType", "Glossy");
     panel_->restoreValuesAndReturnError(nullptr);
     EXPECT_EQ(panel_->summaryInfo().at("Paper Type"), "Glossy");
-    EXPECT_EQ(shown(1), "(none)");
+    EXPECT_EQ(shown("MediaType"), "(none)");
     panel_->willShow();
-    EXPECT_EQ(shown(1), "Glossy");
+    EXPECT_EQ(shown("MediaType"), "Glossy");
 
     // What changes in the dialog is seen when the dialog says so.
     dialog_->mark("MediaType", "Bond");
     panel_->willShow();
-    EXPECT_EQ(shown(1), "Glossy");
+    EXPECT_EQ(shown("MediaType"), "Glossy");
     panel_->restoreValuesAndReturnError(nullptr);
-    EXPECT_EQ(shown(1), "Bond");
+    EXPECT_EQ(shown("MediaType"), "Bond");
 }
 
 TEST_F(OrvanPaperOptionsTest, HandsEachPickToTheDialogAndShowsWhatItMadeOfIt) {
@@ -89,13 +90,13 @@ TEST_F(OrvanPaperOptionsTest, HandsEachPickToTheDialogAndShowsWhatItMadeOfIt) {
     for (const auto& [about, onPick, paper, edge] : cases) {
         SCOPED_TRACE(about);
         createAndShow();
-        EXPECT_TRUE(pick(7, "On"));
+        EXPECT_TRUE(pick("OVNEdgeToEdge", "On"));
         dialog_->onPick = [this, &onPick = onPick](auto&, auto&) { onPick(*dialog_); };
-        EXPECT_TRUE(pick(1, "Labels"));
+        EXPECT_TRUE(pick("MediaType", "Labels"));
         EXPECT_EQ(
             dialog_->picks, (std::vector<Dialog::Pick>{{"OVNEdgeToEdge", "On"}, {"MediaType", "Labels"}}));
-        EXPECT_EQ(shown(1), paper);
-        EXPECT_EQ(shown(7), edge);
+        EXPECT_EQ(shown("MediaType"), paper);
+        EXPECT_EQ(shown("OVNEdgeToEdge"), edge);
         EXPECT_EQ(panel_->summaryInfo().at("Paper Type"), paper);
         EXPECT_EQ(panel_->summaryInfo().at("Edge to Edge"), edge);
     }
@@ -105,29 +106,31 @@ TEST_F(OrvanPaperOptionsTest, EachPopUpAsksForItsOwnOption) {
     createAndShow();
     std::vector<CountingCallback::Pick> expected;
     for (const OptionRowSpec& spec : kOptionRows) {
-        EXPECT_TRUE(popUp(spec.row).pick(1));
+        EXPECT_TRUE(popUp(spec.keyword).pick(1));
         expected.emplace_back(spec.keyword, dialog_->option(spec.keyword).choices[1].choice);
-        EXPECT_EQ(popUp(spec.row).indexOfSelectedItem(), 1);
+        EXPECT_EQ(popUp(spec.keyword).indexOfSelectedItem(), 1);
     }
     EXPECT_EQ(dialog_->picks, expected);
     // The pop-up's selection is what is asked for, whoever sends the action; the answer is always null.
-    popUp(2).selectItemAtIndex(3);
-    EXPECT_EQ(panel_->selectionForPopUpWithKey(&popUp(2), "Slipsheet"), nullptr);
+    popUp("Slipsheet").selectItemAtIndex(3);
+    EXPECT_EQ(panel_->selectionForPopUpWithKey(&popUp("Slipsheet"), "Slipsheet"), nullptr);
     EXPECT_EQ(dialog_->picks.back(), (CountingCallback::Pick{"Slipsheet", "BlankBoth"}));
     EXPECT_EQ(panel_->selectionForPopUpWithKey(nullptr, "Slipsheet"), nullptr);
-    EXPECT_EQ(dialog_->picks.size(), 8U);
+    EXPECT_EQ(dialog_->picks.size(), expected.size() + 1);
 }
 
 TEST_F(OrvanPaperOptionsTest, AnActionFromElsewhereOnlyRefreshes) {
     createAndShow();
-    for (const std::int64_t tag : {0, 1, 7, 100, 108, -101}) {
+    for (const std::int64_t tag :
+        {std::int64_t{0}, kOptionRows.front().labelTag(), kOptionRows.front().popUpTag() - 1,
+            kOptionRows.back().popUpTag() + 1, -kOptionRows.front().popUpTag()}) {
         platform::PopUpButton sender;
         sender.setTag(tag);
-        popUp(3).selectItemAtIndex(2);
+        popUp("OVNSlipSheetSource").selectItemAtIndex(2);
         dialog_->mark("MediaType", "Bond"); // not read back
         panel_->changePopupButtonOption(sender);
-        EXPECT_EQ(shown(3), "Automatic") << tag;
-        EXPECT_EQ(shown(1), "Plain") << tag;
+        EXPECT_EQ(shown("OVNSlipSheetSource"), "Automatic") << tag;
+        EXPECT_EQ(shown("MediaType"), "Plain") << tag;
     }
     EXPECT_TRUE(dialog_->picks.empty());
 }
@@ -150,12 +153,12 @@ TEST_F(OrvanPaperOptionsTest, ARowWithoutAMarkGoesByItsDefault) {
     EXPECT_EQ(panel_->indexOfMarkedOptionForKey(&dialog_->option("Slipsheet"), "Slipsheet"), -1);
 
     panel_->willShow();
-    popUp(2).selectItemAtIndex(4);
+    popUp("Slipsheet").selectItemAtIndex(4);
     panel_->restoreValuesAndReturnError(nullptr);
-    EXPECT_EQ(shown(5), "Hold Until Loaded");
-    EXPECT_EQ(popUp(2).indexOfSelectedItem(), 4) << "a row without a choice keeps what it shows";
+    EXPECT_EQ(shown("OVNMismatch"), "Hold Until Loaded");
+    EXPECT_EQ(popUp("Slipsheet").indexOfSelectedItem(), 4) << "a row without a choice keeps what it shows";
     const Summary summary = panel_->summaryInfo();
-    EXPECT_EQ(summary.size(), 6U);
+    EXPECT_EQ(summary.size(), optionCount() - 1);
     EXPECT_EQ(summary.count("Separator Page"), 0U);
 }
 

@@ -1,5 +1,6 @@
 #include "Tests/OrvanPaperOptions/PanelFixture.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace orvan {
@@ -33,24 +34,33 @@ void PanelTest::createAndShow() {
     panel_->willShow();
 }
 
-platform::TextField& PanelTest::label(int row) {
-    return dynamic_cast<platform::TextField&>(*root().viewWithTag(row));
+platform::TextField& PanelTest::label(std::string_view keyword) {
+    return dynamic_cast<platform::TextField&>(*root().viewWithTag(rowOf(keyword).labelTag()));
 }
 
-platform::PopUpButton& PanelTest::popUp(int row) {
-    return dynamic_cast<platform::PopUpButton&>(*root().viewWithTag(100 + row));
+platform::PopUpButton& PanelTest::popUp(std::string_view keyword) {
+    return dynamic_cast<platform::PopUpButton&>(*root().viewWithTag(rowOf(keyword).popUpTag()));
 }
 
-std::string PanelTest::shown(int row) {
-    const platform::MenuItem* const item = popUp(row).itemAtIndex(popUp(row).indexOfSelectedItem());
+std::string PanelTest::shown(std::string_view keyword) {
+    const platform::MenuItem* const item = popUp(keyword).itemAtIndex(popUp(keyword).indexOfSelectedItem());
     return item != nullptr ? item->title : "(none)";
 }
 
-bool PanelTest::pick(int row, const std::string& title) {
-    const auto& items = popUp(row).items();
-    for (std::size_t i = 0; i < items.size(); ++i)
-        if (items[i].title == title) return popUp(row).pick(static_cast<std::int64_t>(i));
-    return false;
+bool PanelTest::pick(std::string_view keyword, const std::string& title) {
+    const auto& items = popUp(keyword).items();
+    const auto found = std::ranges::find(items, title, &platform::MenuItem::title);
+    return found != items.end() && popUp(keyword).pick(found - items.begin());
+}
+
+std::size_t PanelTest::optionCount() {
+    return static_cast<std::size_t>(std::ranges::count_if(kOptionRows, [this](const OptionRowSpec& row) {
+        return ppdFindOption(dialog_->ppdFile(), row.keyword) != nullptr;
+    }));
+}
+
+const OptionRowSpec& rowOf(std::string_view keyword) {
+    return *std::ranges::find(kOptionRows, keyword, &OptionRowSpec::keyword);
 }
 
 std::shared_ptr<platform::Bundle> bundleWithView(const TempFolder& folder, const std::string& view) {

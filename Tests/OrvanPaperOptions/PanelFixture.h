@@ -1,6 +1,7 @@
 // A panel with a dialog's callback object that counts, on a real PPD record.
 #pragma once
 
+#include "OrvanPaperOptions/Source/OptionRows.h"
 #include "OrvanPaperOptions/Source/OrvanPaperOptions.h"
 #include "Platform/PMPrinter.h"
 #include "Platform/PrintDialog.h"
@@ -61,12 +62,15 @@ protected:
     void createAndShow();
 
     platform::View& root() { return *panel_->panelView(); }
-    platform::TextField& label(int row);
-    platform::PopUpButton& popUp(int row);
+    // The controls of an option's row.
+    platform::TextField& label(std::string_view keyword);
+    platform::PopUpButton& popUp(std::string_view keyword);
     // The title of the pop-up's selected item; "(none)" when none is selected.
-    std::string shown(int row);
+    std::string shown(std::string_view keyword);
     // Picks the choice with this title as a person would.
-    bool pick(int row, const std::string& title);
+    bool pick(std::string_view keyword, const std::string& title);
+    // How many of the rows' options the PPD has.
+    std::size_t optionCount();
 
     DerivedPPD ppd_;
     std::shared_ptr<platform::Bundle> bundle_ = platform::Bundle::open(ORVAN_PLUGIN_FOLDER);
@@ -74,6 +78,9 @@ protected:
     std::shared_ptr<CountingCallback> dialog_;
     std::shared_ptr<OrvanPaperOptions> panel_;
 };
+
+// The row of this option.
+const OptionRowSpec& rowOf(std::string_view keyword);
 
 // A bundle in the folder with this view resource; "" for none.
 std::shared_ptr<platform::Bundle> bundleWithView(const TempFolder& folder, const std::string& view);

@@ -5,16 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <string>
 
 namespace orvan {
 namespace {
-
-constexpr platform::Point kLabel5{11, 301};
-constexpr platform::Point kPopUp5{195, 299};
-
-constexpr platform::Point below(platform::Point point, double points) {
-    return {point.x, point.y - points};
-}
 
 class PanelLayoutTest : public PanelTest {
 protected:
@@ -27,51 +21,62 @@ protected:
 };
 
 TEST_F(PanelLayoutTest, MakesRoomForTheRowsThatThePrinterHas) {
+    constexpr const char* kOptimization = "OVNPrintingOptimization";
+    constexpr const char* kEdge = "OVNEdgeToEdge";
+    const std::string fixed = kLastFixedRow.keyword;
     const struct {
-        std::set<int> absent;
-        double row7Below5; // 0: row 7 is not moved
-        double shorterBy;
+        std::set<std::string> absent;
+        double edgeBelowFixed; // 0: the row is not moved
     } cases[] = {
-        {{}, 60, 0},
-        {{6}, 30, 30},
-        {{7}, 0, 30},
-        {{6, 7}, 0, 60},
-        {{5}, 60, 0},
-        {{5, 6}, 30, 30},
-        {{1, 2, 3, 4, 5, 6}, 30, 30},
-        {{1, 2, 3, 4, 6, 7}, 0, 60},
+        {{}, 60},
+        {{kOptimization}, 30},
+        {{kEdge}, 0},
+        {{kOptimization, kEdge}, 0},
+        {{fixed}, 60},
+        {{fixed, kOptimization}, 30},
+        {{"MediaType", "Slipsheet", "OVNSlipSheetSource", "OVNLastPageSource", fixed, kOptimization}, 30},
     };
-    for (const auto& [absent, row7Below5, shorterBy] : cases) {
+    for (const auto& [absent, edgeBelowFixed] : cases) {
         SCOPED_TRACE(testing::PrintToString(absent));
         DerivedPPD ppd;
-        for (const int row : absent)
-            ppd.removeOptions({kOptionRows[static_cast<std::size_t>(row) - 1].keyword});
+        for (const std::string& keyword : absent)
+            ppd.removeOptions({keyword});
         dialog_ = std::make_shared<CountingCallback>(ppd);
         panel_ = OrvanPaperOptions::initWithCallbackAndBundle(dialog_, bundle_);
         ASSERT_NE(panel_, nullptr);
-        // Rows 5 and 6 stand elsewhere than in the resource, so that row 7 has to follow row 5.
-        root().setFrame({{3, 4}, 440, 220});
-        label(5).setFrameOrigin(kLabel5);
-        popUp(5).setFrameOrigin(kPopUp5);
-        label(6).setFrameOrigin({600, 601});
-        popUp(6).setFrameOrigin({602, 603});
+        // Two rows stand elsewhere than in the resource, so that the last has to follow the fixed one.
+        label(fixed).setFrameOrigin({11, 301});
+        popUp(fixed).setFrameOrigin({195, 299});
+        label(kOptimization).setFrameOrigin({600, 601});
+        popUp(kOptimization).setFrameOrigin({602, 603});
         const std::vector<platform::Rect> before = frames();
-        const platform::Point label7 = label(7).frame().origin;
-        const platform::Point popUp7 = popUp(7).frame().origin;
+        const platform::Rect edgeLabel = label(kEdge).frame();
 
         panel_->willShow();
 
-        EXPECT_EQ(root().frame(), (platform::Rect{{3, 4}, 440, 220 - shorterBy}));
-        EXPECT_EQ(label(7).frame().origin, row7Below5 > 0 ? below(kLabel5, row7Below5) : label7);
-        EXPECT_EQ(popUp(7).frame().origin, row7Below5 > 0 ? below(kPopUp5, row7Below5) : popUp7);
         const std::vector<platform::Rect> after = frames();
-        EXPECT_TRUE(std::equal(before.begin() + 1, before.begin() + 13, after.begin() + 1)) << "rows 1 to 6";
-        for (int row = 1; row <= 7; ++row) {
-            const bool isAbsent = absent.count(row) != 0;
-            EXPECT_EQ(label(row).isHidden(), isAbsent && row >= 6) << row;
-            EXPECT_EQ(popUp(row).isHidden(), isAbsent && row >= 6) << row;
-            EXPECT_EQ(popUp(row).isEnabled(), !isAbsent || row >= 6) << row;
-            EXPECT_EQ(popUp(row).items().empty(), isAbsent) << row;
+        double shorter = 0;
+        for (const OptionRowSpec& spec : kOptionRows) {
+            SCOPED_TRACE(spec.keyword);
+            const bool isAbsent = ppdFindOption(dialog_->ppdFile(), spec.keyword) == nullptr;
+            const bool isHidden = isAbsent && spec.whenAbsent == WhenAbsent::HideRow;
+            if (isHidden) shorter += kRowPitch;
+            EXPECT_EQ(label(spec.keyword).isHidden(), isHidden);
+            EXPECT_EQ(popUp(spec.keyword).isHidden(), isHidden);
+            EXPECT_EQ(popUp(spec.keyword).isEnabled(), !isAbsent || isHidden);
+            EXPECT_EQ(popUp(spec.keyword).items().empty(), isAbsent);
+            if (spec.place == RowPlace::AsInResource) {
+                const auto of = 2 * static_cast<std::size_t>(spec.row) - 1;
+                EXPECT_EQ(after[of], before[of]);
+                EXPECT_EQ(after[of + 1], before[of + 1]);
+            }
+        }
+        EXPECT_EQ(after[0].height, before[0].height - shorter);
+        if (edgeBelowFixed > 0) {
+            EXPECT_EQ(label(kEdge).frame().origin, (platform::Point{11, 301 - edgeBelowFixed}));
+            EXPECT_EQ(popUp(kEdge).frame().origin, (platform::Point{195, 299 - edgeBelowFixed}));
+        } else {
+            EXPECT_EQ(label(kEdge).frame(), edgeLabel);
         }
     }
 }
@@ -82,10 +87,10 @@ TEST_F(PanelLayoutTest, ShowsEachOptionWithItsChoices) {
     for (const OptionRowSpec& spec : kOptionRows) {
         SCOPED_TRACE(spec.keyword);
         const ppd_option_t& option = dialog_->option(spec.keyword);
-        EXPECT_EQ(label(spec.row).stringValue(), std::string(option.text) + ":");
-        const auto& items = popUp(spec.row).items();
+        EXPECT_EQ(label(spec.keyword).stringValue(), std::string(option.text) + ":");
+        const auto& items = popUp(spec.keyword).items();
         ASSERT_EQ(items.size(), static_cast<std::size_t>(option.num_choices));
-        EXPECT_FALSE(popUp(spec.row).autoenablesItems());
+        EXPECT_FALSE(popUp(spec.keyword).autoenablesItems());
         for (std::size_t i = 0; i < items.size(); ++i) {
             EXPECT_EQ(items[i].title, option.choices[i].text);
             EXPECT_EQ(items[i].keyEquivalent, "");
@@ -93,37 +98,36 @@ TEST_F(PanelLayoutTest, ShowsEachOptionWithItsChoices) {
             const auto entry = std::static_pointer_cast<PDEChoice>(items[i].representedObject);
             EXPECT_EQ(entry->choice(), &option.choices[i]);
         }
-        EXPECT_EQ(shown(spec.row), ppdFindMarkedChoice(dialog_->ppdFile(), spec.keyword)->text);
+        EXPECT_EQ(shown(spec.keyword), ppdFindMarkedChoice(dialog_->ppdFile(), spec.keyword)->text);
     }
-    EXPECT_EQ(label(1).stringValue(), "Kind of Paper:");
-    EXPECT_EQ(popUp(1).items().size(), 318U);
+    EXPECT_EQ(label("MediaType").stringValue(), "Kind of Paper:");
 }
 
 TEST_F(PanelLayoutTest, IsBuiltOnceAndSelectsAnewEachTime) {
     ppd_.removeOptions({"OVNPrintingOptimization", "Slipsheet"});
     createAndShow();
-    EXPECT_EQ(label(2).stringValue(), "Separator Page:") << "from the resource";
+    EXPECT_EQ(label("Slipsheet").stringValue(), "Separator Page:") << "from the resource";
     const std::vector<platform::Rect> layout = frames();
-    label(1).setStringValue("kept");
-    popUp(1).addItem({"kept", "", true, nullptr});
-    popUp(1).selectItemAtIndex(3);
-    popUp(3).selectItemAtIndex(2);
+    label("MediaType").setStringValue("kept");
+    popUp("MediaType").addItem({"kept", "", "", true, nullptr});
+    popUp("MediaType").selectItemAtIndex(3);
+    popUp("OVNSlipSheetSource").selectItemAtIndex(2);
     panel_->willShow();
     EXPECT_EQ(frames(), layout);
-    EXPECT_EQ(label(1).stringValue(), "kept");
-    EXPECT_EQ(popUp(1).items().back().title, "kept");
-    EXPECT_EQ(shown(1), "Plain");
-    EXPECT_EQ(shown(3), "Automatic");
+    EXPECT_EQ(label("MediaType").stringValue(), "kept");
+    EXPECT_EQ(popUp("MediaType").items().back().title, "kept");
+    EXPECT_EQ(shown("MediaType"), "Plain");
+    EXPECT_EQ(shown("OVNSlipSheetSource"), "Automatic");
 }
 
 TEST_F(PanelLayoutTest, FillingSelectsNothing) {
     create();
     panel_->willShow();
-    for (int row = 1; row <= 7; ++row)
-        EXPECT_EQ(shown(row), "(none)") << row;
+    for (const OptionRowSpec& spec : kOptionRows)
+        EXPECT_EQ(shown(spec.keyword), "(none)") << spec.keyword;
 
     platform::PopUpButton popUp;
-    popUp.addItem({"kept", "", true, nullptr});
+    popUp.addItem({"kept", "", "", true, nullptr});
     InitPopUpFromArray(&popUp, nullptr);
     EXPECT_EQ(popUp.items().size(), 1U);
     InitPopUpFromArray(nullptr, nullptr);
@@ -142,17 +146,17 @@ TEST_F(PanelLayoutTest, GoesByKeywordsWhereTitlesDoNotDecode) {
     paper.choices[1].choice[0] = '\xFF';
     panel_->restoreValuesAndReturnError(nullptr);
     panel_->willShow();
-    EXPECT_EQ(label(5).stringValue(), "OVNMismatch:");
-    EXPECT_EQ(popUp(1).items()[0].title, "Plain");
-    EXPECT_EQ(popUp(1).items()[1].title, "");
+    EXPECT_EQ(label("OVNMismatch").stringValue(), "OVNMismatch:");
+    EXPECT_EQ(popUp("MediaType").items()[0].title, "Plain");
+    EXPECT_EQ(popUp("MediaType").items()[1].title, "");
     const auto summary = panel_->summaryInfo();
     EXPECT_EQ(summary.at("OVNMismatch"), "Use Printer Setting");
     EXPECT_EQ(summary.at("Paper Type"), "");
 
     // A choice whose keyword cannot be said is not asked for, and what stands is shown again.
-    EXPECT_TRUE(popUp(1).pick(1));
+    EXPECT_TRUE(popUp("MediaType").pick(1));
     EXPECT_TRUE(dialog_->picks.empty());
-    EXPECT_EQ(popUp(1).indexOfSelectedItem(), 0);
+    EXPECT_EQ(popUp("MediaType").indexOfSelectedItem(), 0);
 }
 
 TEST_F(PanelLayoutTest, WorksWithTheControlsThatThereAre) {
@@ -166,15 +170,17 @@ TEST_F(PanelLayoutTest, WorksWithTheControlsThatThereAre) {
     }
     const TempFolder folder;
     bundle_ = bundleWithView(folder, view);
+    create();
+    const platform::Rect whole = root().frame();
     createAndShow();
-    EXPECT_EQ(label(7).frame().origin, (platform::Point{0, -60}));
-    EXPECT_EQ(popUp(7).frame().origin, (platform::Point{0, -60}));
-    EXPECT_EQ(root().frame().height, 220);
-    EXPECT_EQ(label(1).stringValue(), "Paper Type:");
-    EXPECT_EQ(shown(6), "Automatic");
-    EXPECT_EQ(panel_->summaryInfo().size(), 7U);
-    EXPECT_TRUE(pick(7, "On"));
-    EXPECT_EQ(shown(7), "On");
+    EXPECT_EQ(label("OVNEdgeToEdge").frame().origin, (platform::Point{0, -60}));
+    EXPECT_EQ(popUp("OVNEdgeToEdge").frame().origin, (platform::Point{0, -60}));
+    EXPECT_EQ(root().frame(), whole);
+    EXPECT_EQ(label("MediaType").stringValue(), "Paper Type:");
+    EXPECT_EQ(shown("OVNPrintingOptimization"), "Automatic");
+    EXPECT_EQ(panel_->summaryInfo().size(), optionCount());
+    EXPECT_TRUE(pick("OVNEdgeToEdge", "On"));
+    EXPECT_EQ(shown("OVNEdgeToEdge"), "On");
 }
 
 TEST_F(PanelLayoutTest, WorksWithoutAView) {
@@ -184,7 +190,7 @@ TEST_F(PanelLayoutTest, WorksWithoutAView) {
     EXPECT_EQ(panel_->panelView(), nullptr);
     panel_->restoreValuesAndReturnError(nullptr);
     panel_->willShow();
-    EXPECT_EQ(panel_->summaryInfo().size(), 7U);
+    EXPECT_EQ(panel_->summaryInfo().size(), optionCount());
     EXPECT_EQ(panel_->panelName(), "_PDE_Paper_Options") << "this bundle has no string table";
 
     bundleWithView(folder, viewResource());

@@ -15,7 +15,7 @@ TEST_F(PanelLifetimeTest, NothingOutlivesThePanel) {
         const std::weak_ptr<platform::View> control = root().subviews().front();
         const std::weak_ptr<OrvanPaperOptions> panel = panel_;
         const std::weak_ptr<void> choice =
-            shown ? popUp(1).items().front().representedObject : std::shared_ptr<void>();
+            shown ? popUp("MediaType").items().front().representedObject : std::shared_ptr<void>();
         bundle_.reset();
         dialog_.reset();
         EXPECT_EQ(CountingCallback::alive, 1) << "the panel holds the dialog's callback object";
@@ -45,11 +45,11 @@ TEST_F(PanelLifetimeTest, ThePrinterIsNotAskedFromThisReleaseOn) {
     EXPECT_EQ(dialog_->printerRequests, 0);
     EXPECT_EQ(dialog_.use_count(), 2) << "the panel holds the callback object, and no channel does";
     EXPECT_FALSE(panel_->awaitsPrinter());
-    const std::size_t choices = popUp(1).items().size();
+    const std::size_t choices = popUp("MediaType").items().size();
     panel_->updatePaperTypeListForCustomPaperTypes();
     panel_->willShow();
-    EXPECT_EQ(popUp(1).items().size(), choices);
-    EXPECT_TRUE(pick(1, "Custom Type 5"));
+    EXPECT_EQ(popUp("MediaType").items().size(), choices);
+    EXPECT_TRUE(pick("MediaType", "Custom Type 5"));
     EXPECT_EQ(dialog_->picks.back().second, "CustomType5");
 }
 
@@ -68,9 +68,9 @@ TEST_F(PanelLifetimeTest, AViewThatIsKeptLongerDoesNothing) {
 
 TEST_F(PanelLifetimeTest, ThePanelMayEndWithinItsOwnPick) {
     createAndShow();
-    const std::shared_ptr<platform::View> first = root().subviews()[1];
+    const std::vector<std::shared_ptr<platform::View>> views = root().subviews();
     dialog_->onPick = [this](auto&, auto&) { panel_.reset(); };
-    EXPECT_TRUE(dynamic_cast<platform::PopUpButton&>(*first).pick(2));
+    EXPECT_TRUE(popUp("MediaType").pick(2));
     EXPECT_EQ(panel_, nullptr);
     EXPECT_EQ(dialog_.use_count(), 1);
     EXPECT_EQ(dialog_->picks.size(), 1U);

@@ -19,14 +19,14 @@ protected:
     void writeInfo(const std::string& entries) {
         write("Info.plist", "<plist version='1.0'><dict>" + entries + "</dict></plist>");
     }
-    std::shared_ptr<Bundle> open() { return Bundle::open(folder_.path() / "Test.plugin", &error_); }
+    std::shared_ptr<Bundle> open() { return Bundle::open(folder_.path() / "Test.plugin", error_); }
     std::shared_ptr<Bundle> openEmpty() {
         writeInfo("");
         return open();
     }
 
     orvan::TempFolder folder_;
-    std::string error_;
+    platform::Failure error_;
 };
 
 std::string entry(const std::string& key, const std::string& text) {
@@ -37,20 +37,21 @@ std::string entry(const std::string& key, const std::string& text) {
 
 TEST_F(BundleTest, isOpenedByItsInfo) {
     EXPECT_EQ(open(), nullptr);
-    EXPECT_NE(error_.find("Info.plist: there is no such file"), std::string::npos) << error_;
+    EXPECT_NE(error_.value_or("").find("Info.plist: there is no such file"), std::string::npos)
+        << error_.value_or("");
     EXPECT_EQ(Bundle::open(folder_.path()), nullptr) << "nobody asked for the message";
     for (const char* damaged :
         {"", "<plist version='1.0'><dict>", "<plist><array/></plist>", "bplist00", "\xFF"}) {
         write("Info.plist", damaged);
-        error_.clear();
+        error_.reset();
         EXPECT_EQ(open(), nullptr) << damaged;
-        EXPECT_TRUE(
-            error_.starts_with("cannot open the bundle: " + (contents() / "Info.plist").string() + ": "))
-            << error_;
+        EXPECT_TRUE(error_.value_or("").starts_with(
+            "cannot open the bundle: " + (contents() / "Info.plist").string() + ": "))
+            << error_.value_or("");
     }
     writeInfo(entry("BundleName", "Test") + "<key>Number</key><integer>3</integer>");
     const auto bundle = open();
-    ASSERT_NE(bundle, nullptr) << error_;
+    ASSERT_NE(bundle, nullptr) << error_.value_or("");
     EXPECT_EQ(bundle->folder(), folder_.path() / "Test.plugin");
     ASSERT_NE(bundle->infoString("BundleName"), nullptr);
     EXPECT_EQ(*bundle->infoString("BundleName"), "Test");
@@ -78,16 +79,16 @@ TEST_F(BundleTest, saysWhyItHasNoPlugIn) {
     for (const auto& [info, why] : cases) {
         writeInfo(info);
         const auto bundle = open();
-        ASSERT_NE(bundle, nullptr) << error_;
-        error_.clear();
-        EXPECT_EQ(bundle->createPrincipalClass(&error_), nullptr) << info;
-        EXPECT_NE(error_.find(why), std::string::npos) << error_;
+        ASSERT_NE(bundle, nullptr) << error_.value_or("");
+        error_.reset();
+        EXPECT_EQ(bundle->createPrincipalClass(error_), nullptr) << info;
+        EXPECT_NE(error_.value_or("").find(why), std::string::npos) << error_.value_or("");
     }
     writeInfo(entry("BundleExecutable", "real.so") + entry("PrincipalClass", "OrvanPaperOptionsPlugin"));
     const auto bundle = open();
-    const auto first = bundle->createPrincipalClass(&error_);
-    const auto second = bundle->createPrincipalClass(&error_);
-    ASSERT_NE(first, nullptr) << error_;
+    const auto first = bundle->createPrincipalClass(error_);
+    const auto second = bundle->createPrincipalClass(error_);
+    ASSERT_NE(first, nullptr) << error_.value_or("");
     EXPECT_NE(first, second) << "each is a new one";
 }
 
@@ -116,14 +117,14 @@ TEST_F(BundleTest, tellsTheOwnerNothingOfADamagedView) {
         return {};
     };
     const auto bundle = openEmpty();
-    EXPECT_EQ(bundle->loadView("Test", owner, &error_), nullptr);
-    EXPECT_NE(error_.find("Test.view"), std::string::npos) << error_;
+    EXPECT_EQ(bundle->loadView("Test", owner, error_), nullptr);
+    EXPECT_NE(error_.value_or("").find("Test.view"), std::string::npos) << error_.value_or("");
     for (const std::string& bytes : cases) {
         write("Resources/Test.view", bytes);
-        error_.clear();
-        EXPECT_EQ(bundle->loadView("Test", owner, &error_), nullptr) << bytes;
-        EXPECT_TRUE(error_.starts_with("cannot read the view resource ")) << error_;
-        EXPECT_FALSE(error_.ends_with(": ")) << "no reason: " << bytes;
+        error_.reset();
+        EXPECT_EQ(bundle->loadView("Test", owner, error_), nullptr) << bytes;
+        EXPECT_TRUE(error_.value_or("").starts_with("cannot read the view resource ")) << error_.value_or("");
+        EXPECT_FALSE(error_.value_or("").ends_with(": ")) << "no reason: " << bytes;
     }
 }
 
@@ -169,9 +170,9 @@ TEST(PlugInBundle, tablesHaveTheSameKeys) {
     const auto keys = [&resources](const std::string& folder) {
         std::ifstream stream(resources / folder / "Localizable.strings", std::ios::binary);
         const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-        std::string error;
-        const auto table = PropertyList::read(bytes, &error);
-        EXPECT_TRUE(table && table->asDictionary()) << folder << ": " << error;
+        platform::Failure error;
+        const auto table = PropertyList::read(bytes, error);
+        EXPECT_TRUE(table && table->asDictionary()) << folder << ": " << error.value_or("");
         std::vector<std::string> found;
         if (table && table->asDictionary())
             for (const auto& [key, text] : *table->asDictionary()) {

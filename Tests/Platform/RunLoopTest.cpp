@@ -9,7 +9,7 @@ namespace platform {
 namespace {
 
 void runLoopUntil(const std::function<bool()>& isDone) {
-    const gint64 end = g_get_monotonic_time() + gint64{10} * G_USEC_PER_SEC;
+    const gint64 end = g_get_monotonic_time() + gint64{300} * G_USEC_PER_SEC;
     while (!isDone() && g_get_monotonic_time() < end)
         if (!g_main_context_iteration(nullptr, FALSE)) g_usleep(500);
 }

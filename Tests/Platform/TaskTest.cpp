@@ -6,10 +6,12 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <sstream>
 
 namespace platform {
 namespace {
@@ -18,8 +20,9 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-void runLoopUntil(const std::function<bool()>& isDone, std::chrono::milliseconds patience = 20s) {
-    const auto deadline = Clock::now() + patience;
+// Only what hangs takes minutes.
+void loopUntil(const std::function<bool()>& isDone) {
+    const auto deadline = Clock::now() + 5min;
     while (!isDone() && Clock::now() < deadline)
         if (!g_main_context_iteration(nullptr, FALSE)) g_usleep(1000);
 }
@@ -50,7 +53,7 @@ std::optional<TaskOutput> outputOf(TaskDescription description) {
     if (task == nullptr) return std::nullopt;
     EXPECT_TRUE(task->isRunning());
     EXPECT_EQ(ends, 0) << "the end was told within launch()";
-    runLoopUntil([&] { return ends > 0; });
+    loopUntil([&] { return ends > 0; });
     EXPECT_FALSE(ends > 0 && task->isRunning());
     while (g_main_context_iteration(nullptr, FALSE)) {
     }
@@ -82,9 +85,7 @@ TEST(Task, CollectsWhatHoweverBehavedProcessesWrite) {
     ::signal(SIGPIPE, SIG_IGN);
     for (const Case& test : cases) {
         SCOPED_TRACE(test.what);
-        const auto start = Clock::now();
         const auto output = outputOf(script(test.script, test.input));
-        EXPECT_LT(Clock::now() - start, 10s);
         ASSERT_TRUE(output);
         EXPECT_TRUE(output->standardError == test.output) << output->standardError.substr(0, 1000);
         EXPECT_FALSE(output->isTruncated);
@@ -102,12 +103,16 @@ TEST(Task, KeepsTheBeginningOfEndlessOutput) {
 }
 
 TEST(Task, DoesNotWaitForWhatAProcessLeavesBehind) {
-    for (const char* leftBehind : {"sleep 3 &", "(while :; do echo more >&2; done) &"}) {
-        const auto start = Clock::now();
-        const auto output = outputOf(script(std::string("echo end >&2; ") + leftBehind));
-        EXPECT_LT(Clock::now() - start, 2s);
+    for (const char* leftBehind : {"sleep 600 &", "(while :; do echo more >&2; done) &"}) {
+        const auto output = outputOf(script(std::string(leftBehind) + " echo $! >&2"));
         ASSERT_TRUE(output);
-        EXPECT_TRUE(output->standardError.starts_with("end\n"));
+        std::istringstream words(output->standardError);
+        std::string word;
+        while (words >> word && word == "more") {
+        }
+        const auto left = static_cast<pid_t>(std::strtol(word.c_str(), nullptr, 10));
+        ASSERT_GT(left, 1);
+        EXPECT_EQ(::kill(left, SIGKILL), 0) << "it still ran";
     }
 }
 
@@ -129,12 +134,12 @@ TEST(Task, SaysWhatDoesNotStart) {
     for (const std::string& program :
         {std::string(), std::string("sh"), std::string("./plain"), (folder / "plain").string(),
             (folder / "orphan").string(), (folder / "missing").string(), folder.string()}) {
-        std::string error;
+        platform::Failure error;
         bool wasToldEnd = false;
         EXPECT_EQ(Task::launch(
-                      {program, {}, {}, "input"}, [&](const TaskOutput&) { wasToldEnd = true; }, &error),
+                      {program, {}, {}, "input"}, [&](const TaskOutput&) { wasToldEnd = true; }, error),
             nullptr);
-        EXPECT_NE(error.find('"' + program + '"'), std::string::npos) << error;
+        EXPECT_NE(error.value_or("").find('"' + program + '"'), std::string::npos) << error.value_or("");
         while (g_main_context_iteration(nullptr, FALSE)) {
         }
         EXPECT_FALSE(wasToldEnd);
@@ -149,7 +154,7 @@ TEST(Task, EndsPolitely) {
     bool hasEnded = false;
     auto task = Task::launch(script("exec sleep 60"), [&](const TaskOutput&) { hasEnded = true; });
     task->terminate();
-    runLoopUntil([&] { return hasEnded; });
+    loopUntil([&] { return hasEnded; });
     EXPECT_TRUE(hasEnded);
     task->terminate();
     task.reset();
@@ -158,7 +163,7 @@ TEST(Task, EndsPolitely) {
     hasEnded = false;
     task = Task::launch(script("exec sleep 60"), [&](const TaskOutput&) { hasEnded = true; });
     task.reset();
-    runLoopUntil([] { return !hasChildren(); });
+    loopUntil([] { return !hasChildren(); });
     EXPECT_FALSE(hasEnded);
     EXPECT_FALSE(hasChildren());
     EXPECT_EQ(openDescriptors(), descriptors);
@@ -172,7 +177,7 @@ TEST(Task, MayBeDestroyedByItsHandler) {
         task.reset();
         hasEnded = true;
     });
-    runLoopUntil([&] { return hasEnded; });
+    loopUntil([&] { return hasEnded; });
     EXPECT_TRUE(hasEnded);
 }
 

@@ -19,9 +19,9 @@ namespace {
 using Choices = std::map<std::string, std::string>;
 
 std::unique_ptr<DialogPPD> openDerived(const DerivedPPD& ppd) {
-    std::string error;
-    auto opened = DialogPPD::open(ppd.file(), &error);
-    EXPECT_NE(opened, nullptr) << error;
+    platform::Failure error;
+    auto opened = DialogPPD::open(ppd.file(), error);
+    EXPECT_NE(opened, nullptr) << error.value_or("");
     return opened;
 }
 
@@ -128,16 +128,17 @@ TEST(DialogPPD, RefusesWhatIsNoPPD) {
     for (const auto& [name, bytes, why] : cases) {
         SCOPED_TRACE(name);
         const auto file = folder.write(name, bytes);
-        std::string error;
-        const auto ppd = DialogPPD::open(file, &error);
+        platform::Failure error;
+        const auto ppd = DialogPPD::open(file, error);
         if (*why == '\0') {
-            EXPECT_EQ(ppd != nullptr, error.empty());
+            EXPECT_EQ(ppd != nullptr, !error);
             continue;
         }
         EXPECT_EQ(ppd, nullptr);
-        EXPECT_TRUE(error.starts_with("cannot read the PPD file " + file.string() + ": ")) << error;
-        EXPECT_NE(error.find(why), std::string::npos) << error;
-        EXPECT_EQ(DialogPPD::open(file, nullptr), nullptr);
+        EXPECT_TRUE(error.value_or("").starts_with("cannot read the PPD file " + file.string() + ": "))
+            << error.value_or("");
+        EXPECT_NE(error.value_or("").find(why), std::string::npos) << error.value_or("");
+        EXPECT_EQ(DialogPPD::open(file, platform::ignoredFailure()), nullptr);
     }
 
     ASSERT_EQ(mkfifo((folder.path() / "pipe").c_str(), 0600), 0);
@@ -148,8 +149,8 @@ TEST(DialogPPD, RefusesWhatIsNoPPD) {
         {folder.path() / "pipe", "it is no regular file"}, {"/dev/zero", "it is no regular file"},
         {folder.path() / "empty" / "below", "there is no such file"}};
     for (const auto& [file, why] : notFiles) {
-        std::string error;
-        EXPECT_EQ(DialogPPD::open(file, &error), nullptr);
+        platform::Failure error;
+        EXPECT_EQ(DialogPPD::open(file, error), nullptr);
         EXPECT_EQ(error, "cannot read the PPD file " + file.string() + ": " + why);
     }
 }
@@ -192,9 +193,9 @@ TEST(DialogPPD, WorksWithWhatItCanRead) {
     for (const auto& [about, text, paperTitle] : cases) {
         SCOPED_TRACE(about);
         const TempFolder folder;
-        std::string error;
-        const auto ppd = DialogPPD::open(folder.write("hostile.ppd", text), &error);
-        ASSERT_NE(ppd, nullptr) << error;
+        platform::Failure error;
+        const auto ppd = DialogPPD::open(folder.write("hostile.ppd", text), error);
+        ASSERT_NE(ppd, nullptr) << error.value_or("");
         ppd->mark("MediaType", "Bond");
         EXPECT_EQ(ppd->choiceOf("MediaType"), "Bond");
         EXPECT_EQ(ppd->optionTitle("MediaType"), paperTitle);

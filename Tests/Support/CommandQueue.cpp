@@ -1,5 +1,7 @@
 #include "Tests/Support/CommandQueue.h"
 
+#include <algorithm>
+
 namespace orvan {
 
 void replace(std::string& text, const std::string& from, const std::string& to) {
@@ -11,10 +13,16 @@ void replace(std::string& text, const std::string& from, const std::string& to) 
 void CommandQueue::SetUp() {
     if (SchedulerProcess::findProgram().empty()) GTEST_SKIP() << "cupsd is not installed";
     PrintingSystemOptions options;
-    options.folder.extraFilters = {ORVAN_COMMAND_FILTER};
+    options.folder = folderOptions();
     Failure failure;
     system_ = PrintingSystem::start(options, &failure);
     ASSERT_TRUE(system_) << failure.value_or("");
+}
+
+SchedulerFolderOptions CommandQueue::folderOptions() const {
+    SchedulerFolderOptions options;
+    options.extraFilters = {ORVAN_COMMAND_FILTER};
+    return options;
 }
 
 std::string CommandQueue::queuePPD(
@@ -46,6 +54,9 @@ ProgramEnd CommandQueue::run(const std::vector<std::string>& command, const Envi
 }
 
 ProgramEnd CommandQueue::orvan(std::vector<std::string> arguments, const Environment& more) const {
+    const std::vector<std::string> asking{"doctor", "panel", "papers", "status"};
+    if (!arguments.empty() && std::ranges::binary_search(asking, arguments.front()))
+        arguments.insert(arguments.begin() + 1, {"--timeout", "100"});
     arguments.insert(arguments.begin(), ORVAN_PROGRAM);
     return run(arguments, more);
 }

@@ -1,10 +1,10 @@
 // Tests with queues whose command filter is the real one.
 #pragma once
 
+#include "TestBed/PrintingSystem/PrintingSystem.h"
 #include "Tests/Support/Processes.h"
 #include "Tests/Support/SimulatedPrinter.h"
 #include "Tests/Support/TempFolder.h"
-#include "Tools/PrintingSystem/PrintingSystem.h"
 
 #include <gtest/gtest.h>
 
@@ -21,6 +21,7 @@ void replace(std::string& text, const std::string& from, const std::string& to);
 class CommandQueue : public testing::Test {
 protected:
     void SetUp() override;
+    virtual SchedulerFolderOptions folderOptions() const;
 
     // The driver's own PPD, but for the places of the filter and of the printer.
     static std::string queuePPD(
@@ -35,6 +36,7 @@ protected:
     // The variables by which clients find the system, and English.
     Environment environment() const;
     ProgramEnd run(const std::vector<std::string>& command, const Environment& more = {}) const;
+    // A command that asks printers gets all the time that a busy machine needs.
     ProgramEnd orvan(std::vector<std::string> arguments, const Environment& more = {}) const;
 
     std::unique_ptr<PrintingSystem> system_;

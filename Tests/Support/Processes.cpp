@@ -7,9 +7,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
+#include <thread>
 #include <utility>
 
 namespace orvan {
@@ -24,7 +25,7 @@ int exitCodeOf(pid_t child) {
 
 // Runs `body` in a child with its output and errors in files.
 ProgramEnd runChild(const Environment& environment, const std::function<void()>& body) {
-    constexpr unsigned kPatience = 60;
+    constexpr unsigned kPatience = 110;
     const TempFolder folder;
     const std::filesystem::path output = folder.path() / "output";
     const std::filesystem::path errors = folder.path() / "errors";
@@ -77,6 +78,15 @@ int BackgroundProcess::end(int signal) {
     if (process_ < 0) return -1;
     kill(process_, signal);
     return exitCodeOf(std::exchange(process_, -1));
+}
+
+bool eventually(const std::function<bool()>& condition) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(100);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() >= deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
 }
 
 std::string inChild(const Environment& environment, const std::function<std::string()>& body) {

@@ -27,7 +27,7 @@ struct ProgramEnd {
     std::string errors;
 };
 
-// Runs the program (a path and its arguments) to its end; it is killed when it takes a minute.
+// Runs the program (a path and its arguments) to its end; it is killed when it takes nearly two minutes.
 ProgramEnd runProgram(const std::vector<std::string>& command, const Environment& environment = {});
 
 // A program that runs as long as this object does, or until end(). It also ends with the thread that made it,
@@ -47,6 +47,9 @@ public:
 private:
     pid_t process_;
 };
+
+// Whether the condition comes true; looks again and again, for more than a minute.
+bool eventually(const std::function<bool()>& condition);
 
 // What `body` answers in a copy of this process with these variables: for what a process asks only once.
 std::string inChild(const Environment& environment, const std::function<std::string()>& body);

@@ -5,9 +5,7 @@
 
 #include <unistd.h>
 
-#include <chrono>
 #include <stdexcept>
-#include <thread>
 
 namespace orvan {
 namespace {
@@ -26,7 +24,7 @@ http {
         location / { root documents; auth_basic "printer"; auth_basic_user_file users; }
     }
     server {
-        listen 127.0.0.1:$OLD ssl; ssl_protocols TLSv1; ssl_ciphers ALL:@SECLEVEL=0;
+        listen 127.0.0.1:$OLD ssl; ssl_protocols TLSv1.2; ssl_ciphers ALL:@SECLEVEL=0;
         ssl_certificate old.pem; ssl_certificate_key old.key;
         location / { root documents; }
         location /moved { return 302 /status.xml; }
@@ -79,16 +77,15 @@ void WebServer::certify(const std::string& name, const std::string& key) const {
 
 void WebServer::waitUntilServing() const {
     const platform::TLSSettings unchecked{false, false};
-    for (int i = 0; i < 200; ++i) {
+    const auto serves = [&] {
         const auto stream = platform::HTTPStream::create({old("/status.xml"), {}, {}}, unchecked);
         std::string bytes;
         auto end = stream->open() ? platform::HTTPRead::nothingYet : platform::HTTPRead::failed;
         while (end == platform::HTTPRead::nothingYet)
             end = stream->read(bytes, 10);
-        if (end == platform::HTTPRead::bytes) return;
-        std::this_thread::sleep_for(std::chrono::milliseconds(25));
-    }
-    throw std::runtime_error("nginx does not answer");
+        return end == platform::HTTPRead::bytes;
+    };
+    if (!eventually(serves)) throw std::runtime_error("nginx does not answer");
 }
 
 } // namespace orvan

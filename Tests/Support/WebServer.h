@@ -20,7 +20,8 @@ public:
 
     // Wants the user name "user" and the password "secret".
     std::string modern() const;
-    // Speaks TLS 1.0 alone, with a short key; "/moved" leads to the document.
+    // Has a key that is too short for libraries of today, and speaks TLS 1.2 alone; "/moved" leads to the
+    // document.
     std::string old(const std::string& path) const;
 
 private:

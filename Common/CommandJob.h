@@ -1,0 +1,12 @@
+// What the two sides of a command job know it by: who submits it and who answers it.
+#pragma once
+
+namespace orvan {
+
+// The title of the job that asks a printer for its status.
+inline constexpr const char* kStatusJobTitle = "Printer Status";
+
+// What the command filter says for people when all went well. The scheduler keeps it with the job.
+inline constexpr const char* kStatusReadMessage = "The printer's status was read.";
+
+} // namespace orvan

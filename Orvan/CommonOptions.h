@@ -1,0 +1,52 @@
+// Rows that several commands have, the same in each.
+#pragma once
+
+#include "Orvan/Command.h"
+
+#include <chrono>
+#include <string>
+
+namespace orvan {
+
+// What is wrong with a value; "" for nothing.
+std::string checkPositive(const std::string& number);
+std::string checkNotNegative(const std::string& number);
+std::string checkServer(const std::string& server);
+std::string checkRelease(const std::string& release);
+
+inline constexpr ArgumentSpec kQueueOption{
+    .name = "-q,--queue", .text = "A queue of the print scheduler", .value = "QUEUE"};
+
+// The scheduler that this process, and what it starts, talks to; as CUPS_SERVER, which it replaces before the
+// command runs.
+inline constexpr ArgumentSpec kServerOption{.name = "-H,--server",
+    .text = "The print scheduler to ask (default CUPS_SERVER, or this computer's)",
+    .value = "HOST[:PORT]",
+    .check = checkServer};
+
+inline constexpr ArgumentSpec kReleaseOption{.name = "--release",
+    .text = "The system release to stand for (default 10.9.0)",
+    .value = "R",
+    .check = checkRelease};
+
+inline constexpr ArgumentSpec kTimeoutOption{.name = "--timeout",
+    .text = "How long to wait for the printer's answer (default 10)",
+    .value = "SECONDS",
+    .check = checkNotNegative};
+std::chrono::duration<double> timeoutIn(const Arguments& arguments);
+
+inline constexpr ArgumentSpec kJSONFlag{.name = "--json", .text = "Answer in JSON"};
+
+// The same row, with a value that has to be given.
+constexpr ArgumentSpec required(ArgumentSpec spec) {
+    spec.count = ArgumentSpec::Count::required;
+    return spec;
+}
+
+// The same row as one of a group, of which one has to be given.
+constexpr ArgumentSpec inGroup(ArgumentSpec spec, const char* group) {
+    spec.group = group;
+    return spec;
+}
+
+} // namespace orvan

@@ -1,0 +1,116 @@
+#include "Orvan/Doctor/DesktopStations.h"
+
+#include "Orvan/Commands.h"
+#include "Platform/Bundle.h"
+#include "PrintDialog/Host/HostNames.h"
+#include "PrintDialog/Host/InstalledFiles.h"
+
+#include <dlfcn.h>
+#include <glib.h>
+
+#include <array>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+
+namespace orvan {
+namespace {
+
+constexpr std::string_view kModule = "orvan-paper-options-module";
+
+Finding examineBundle() {
+    const auto folder = paperOptionsBundleFolder();
+    platform::Failure error;
+    const auto bundle = platform::Bundle::open(folder, error);
+    if (bundle == nullptr) return problem(*error, kReinstall);
+    const auto plugin = bundle->createPrincipalClass(error);
+    if (plugin == nullptr) return problem(*error, kReinstall);
+    const platform::ViewOwner nobody{[](std::string_view, const std::shared_ptr<platform::View>&) {},
+        [](std::string_view) { return platform::PopUpButton::Action(); }};
+    if (!plugin->initWithBundle(bundle) || bundle->loadView("PaperOptions", nobody, error) == nullptr)
+        return problem(error.value_or(folder.string() + ": the plug-in cannot work"), kReinstall);
+    return ok(folder.string() + " is whole");
+}
+
+struct FreeText {
+    void operator()(char* text) const { g_free(text); }
+};
+using Text = std::unique_ptr<char, FreeText>;
+
+// In a process of its own: what is opened stays, and may be damaged.
+Finding examineModule() {
+    const std::string module = gtkModuleFile().string();
+    const std::string host = (privateFolder() / kGtk3HostFile).string();
+    std::error_code ignored;
+    if (!std::filesystem::exists(module, ignored))
+        return problem("the GTK module " + module + " is not there", kReinstall);
+    std::array<std::string, 4> words{"/proc/self/exe", kOpenModuleCommand.name, module, host};
+    std::array<char*, 5> arguments{
+        words[0].data(), words[1].data(), words[2].data(), words[3].data(), nullptr};
+    char* said = nullptr;
+    GError* error = nullptr;
+    int status = 0;
+    g_spawn_sync(nullptr, arguments.data(), nullptr, G_SPAWN_STDOUT_TO_DEV_NULL, nullptr, nullptr, nullptr,
+        &said, &status, &error);
+    const Text message(said);
+    const std::unique_ptr<GError, decltype(&g_error_free)> failure(error, g_error_free);
+    if (failure != nullptr)
+        return notChecked(std::string("no process could be started: ") + failure->message);
+    if (status == 0) return ok(module + " and what it opens can be loaded");
+    std::string_view why = message != nullptr ? std::string_view(message.get()) : "";
+    why = why.substr(0, why.find('\n'));
+    constexpr std::string_view kPrefix = "orvan: ";
+    if (why.starts_with(kPrefix)) why.remove_prefix(kPrefix.size());
+    return problem("GTK cannot load the module: " + (why.empty() ? module + " is damaged" : std::string(why)),
+        kReinstall);
+}
+
+// GTK takes names and paths.
+bool isNamed(const char* modules) {
+    return modules != nullptr && std::string_view(modules).find(kModule) != std::string_view::npos;
+}
+
+Finding examineSession() {
+    if (isSwitchedOff())
+        return problem(
+            std::string("this session has switched the paper options off (") + kSwitchVariable + "=off)",
+            "Take that out of ~/.config/environment.d or ~/.xsessionrc, and log in again.");
+    if (isNamed(std::getenv("GTK3_MODULES"))) return ok("GTK3_MODULES names the module");
+    if (std::getenv("DISPLAY") == nullptr && std::getenv("WAYLAND_DISPLAY") == nullptr)
+        return notChecked("this is no desktop session", "Ask again in a terminal on the desktop.");
+    return problem("GTK3_MODULES does not name " + std::string(kModule) +
+                       ", so this session's applications do not load it",
+        "After the package was installed, log out and in again.");
+}
+
+// What that process does: opens the shared objects as GTK and the module do.
+int openModule(const Arguments& arguments) {
+    struct Object {
+        std::string file;
+        const char* symbol;
+    };
+    for (const auto& [file, symbol] : {Object{arguments.text("MODULE"), "gtk_module_init"},
+             Object{arguments.text("HOST"), kGtk3AttachFunction}}) {
+        void* const object = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (object == nullptr || dlsym(object, symbol) == nullptr) return cannot(dlerror());
+    }
+    return kDone;
+}
+
+constexpr ArgumentSpec kOpenModuleArguments[]{
+    {.name = "MODULE", .text = "", .count = ArgumentSpec::Count::required},
+    {.name = "HOST", .text = "", .count = ArgumentSpec::Count::required},
+};
+
+} // namespace
+
+void examineDesktop(Checkup& checkup) {
+    checkup.setQueue({});
+    checkup.look("bundle", examineBundle);
+    checkup.look("module", examineModule);
+    checkup.look("session", examineSession);
+}
+const Command kOpenModuleCommand{
+    .name = "open-module", .text = nullptr, .arguments = kOpenModuleArguments, .run = openModule};
+
+} // namespace orvan

@@ -1,0 +1,239 @@
+#include "Common/Utilities/OneLine.h"
+#include "Orvan/Commands.h"
+#include "Orvan/CommonOptions.h"
+#include "Orvan/Interruption.h"
+#include "Orvan/PrinterQuery.h"
+#include "Orvan/StatusJobs.h"
+#include "Orvan/Waiting.h"
+#include "OrvanPaperOptions/Source/OptionRows.h"
+#include "Platform/Input.h"
+#include "PrintDialog/Host/InstalledFiles.h"
+#include "PrintDialog/Host/PanelSession.h"
+#include "PrintDialog/Host/QueuePPD.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvan {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct PanelArguments {
+    std::string ppdFile;
+    std::string queue;
+    std::vector<std::string> sets;
+    std::string release;
+    std::vector<std::string> responses;
+    std::chrono::duration<double> timeout{};
+    bool json = false;
+};
+
+// One row of the panel as it is shown.
+struct ShownRow {
+    const OptionRowSpec& spec;
+    platform::TextField* label;
+    platform::PopUpButton* popUp;
+
+    static ShownRow of(platform::View& root, const OptionRowSpec& spec) {
+        return {spec, dynamic_cast<platform::TextField*>(root.viewWithTag(spec.labelTag())),
+            dynamic_cast<platform::PopUpButton*>(root.viewWithTag(spec.popUpTag()))};
+    }
+};
+
+// Whole points without a fraction.
+Json points(double value) {
+    const auto whole = static_cast<std::int64_t>(value);
+    return static_cast<double>(whole) == value ? Json(whole) : Json(value);
+}
+
+Json pointJson(const platform::View* view) {
+    const platform::Point origin = view != nullptr ? view->frame().origin : platform::Point{};
+    return Json::array({points(origin.x), points(origin.y)});
+}
+
+Json rowJson(const ShownRow& row) {
+    Json items = Json::array();
+    Json selected = nullptr;
+    if (row.popUp != nullptr) {
+        for (const platform::MenuItem& item : row.popUp->items())
+            items.push_back({{"title", item.title}, {"keyword", item.keyword}});
+        if (row.popUp->indexOfSelectedItem() >= 0) selected = row.popUp->indexOfSelectedItem();
+    }
+    return {{"row", row.spec.row}, {"keyword", row.spec.keyword},
+        {"label", row.label != nullptr ? row.label->stringValue() : ""},
+        {"enabled", row.popUp != nullptr && row.popUp->isEnabled()},
+        {"hidden", row.popUp == nullptr || row.popUp->isHidden()}, {"labelOrigin", pointJson(row.label)},
+        {"popUpOrigin", pointJson(row.popUp)}, {"items", std::move(items)},
+        {"selected", std::move(selected)}};
+}
+
+void printJson(platform::PDEPanel& panel, platform::View& root) {
+    Json rows = Json::array();
+    for (const OptionRowSpec& spec : kOptionRows)
+        rows.push_back(rowJson(ShownRow::of(root, spec)));
+    const Json answer{{"schemaVersion", 1}, {"kind", panel.panelKind()}, {"name", panel.panelName()},
+        {"supportedPPDOptionKeys", panel.supportedPPDOptionKeys()}, {"height", points(root.frame().height)},
+        {"rows", std::move(rows)}, {"summary", panel.summaryInfo()}};
+    std::cout << answer << '\n';
+}
+
+void printText(PanelSession& session, platform::View& root) {
+    platform::PDEPanel& panel = session.panel();
+    std::cout << panel.panelName() << "\n\n";
+    for (const OptionRowSpec& spec : kOptionRows) {
+        const ShownRow row = ShownRow::of(root, spec);
+        if (row.label == nullptr || row.popUp == nullptr || row.popUp->isHidden()) continue;
+        const platform::MenuItem* const item = row.popUp->itemAtIndex(row.popUp->indexOfSelectedItem());
+        std::cout << "  " << onOneLine(row.label->stringValue()) << ' ';
+        if (!row.popUp->isEnabled())
+            std::cout << "(not available)\n";
+        else
+            std::cout << '[' << onOneLine(item != nullptr ? item->title : "") << "]  of "
+                      << row.popUp->items().size() << '\n';
+    }
+    std::cout << "\nSummary\n";
+    for (const auto& [title, value] : session.summary())
+        std::cout << "  " << onOneLine(title) << ": " << onOneLine(value) << '\n';
+}
+
+// Picks the choice through its pop-up. Answers what is wrong, or nothing.
+std::optional<std::string> pick(platform::View& root, const std::string& option, const std::string& choice) {
+    const auto spec = std::ranges::find(kOptionRows, option, &OptionRowSpec::keyword);
+    if (spec == kOptionRows.end()) {
+        std::string known;
+        for (const OptionRowSpec& row : kOptionRows)
+            known += std::string(known.empty() ? "" : ", ") + row.keyword;
+        return "the panel has no option " + option + "; it has " + known;
+    }
+    platform::PopUpButton* const popUp = ShownRow::of(root, *spec).popUp;
+    if (popUp == nullptr || popUp->items().empty()) return "this printer has no option " + option;
+    const auto& items = popUp->items();
+    const auto item = std::ranges::find(items, choice, &platform::MenuItem::keyword);
+    if (item == items.end() || !popUp->pick(item - items.begin())) {
+        std::string known;
+        for (const platform::MenuItem& other : items)
+            known += (known.empty() ? "" : ", ") + other.keyword;
+        return "option " + option + " has no choice " + choice + "; it has " + known;
+    }
+    return std::nullopt;
+}
+
+// Hands the panel a property list as the printer's answer. Answers what is wrong, or nothing.
+std::optional<std::string> deliver(platform::PDEPanel& panel, const std::string& file) {
+    platform::Failure error;
+    const std::optional<std::string> bytes = platform::readFile(file, error);
+    if (!bytes) return *error;
+    const std::optional<platform::PropertyList> response = platform::PropertyList::read(*bytes, error);
+    if (!response) return file + " is no property list: " + *error;
+    panel.receivedPrinterAnswer(*response);
+    return std::nullopt;
+}
+
+int showPanel(PanelSession& session, const PanelArguments& arguments) {
+    for (const std::string& file : arguments.responses)
+        if (const auto problem = deliver(session.panel(), file)) return cannot(*problem);
+    session.willShow();
+    platform::View* const root = session.panel().panelView();
+    if (root == nullptr)
+        return cannot("the panel's view resource cannot be loaded; is the package installed whole?");
+    for (const std::string& set : arguments.sets) {
+        const std::size_t equals = set.find('=');
+        if (const auto problem = pick(*root, set.substr(0, equals), set.substr(equals + 1)))
+            return cannot("cannot set " + set + ": " + *problem);
+    }
+    arguments.json ? printJson(session.panel(), *root) : printText(session, *root);
+    return kDone;
+}
+
+// False, and a message is written, when the person interrupts.
+bool waitForPrinter(const PanelSession& session, const std::shared_ptr<platform::PMPrinter>& printer,
+    const PanelArguments& arguments) {
+    waitForPrinters([&session] { return !session.panel().awaitsPrinter(); }, arguments.timeout,
+        [&arguments] { return "Waiting for printer " + arguments.queue; });
+    if (!wasInterrupted()) return true;
+    if (printer != nullptr && printer->submittedJob() != 0)
+        withdrawJob(arguments.queue, printer->submittedJob(), SchedulerPatience::kAll);
+    cannot("interrupted; the printer is not asked any more");
+    return false;
+}
+
+int runPanel(const PanelArguments& arguments) {
+    // Before the bundle is loaded: the release is asked for once.
+    setSystemRelease(arguments.release);
+
+    platform::Failure error;
+    const bool fromQueue = !arguments.queue.empty();
+    std::unique_ptr<DialogPPD> ppd = fromQueue
+                                         ? fetchQueuePPD(arguments.queue, SchedulerPatience::kAll, error)
+                                         : DialogPPD::open(arguments.ppdFile, error);
+    if (ppd == nullptr) return cannot(*error);
+    const auto bundle = platform::Bundle::open(paperOptionsBundleFolder(), error);
+    if (bundle == nullptr) return cannot(*error);
+    const InterruptionGuard guard; // the panel asks the printer when it is created
+    const auto printer = fromQueue ? std::make_shared<platform::PMPrinter>(arguments.queue) : nullptr;
+    const std::unique_ptr<PanelSession> session =
+        PanelSession::create(bundle, std::move(ppd), printer, error);
+    if (session != nullptr && !waitForPrinter(*session, printer, arguments)) return kNotDone;
+    if (session != nullptr) return showPanel(*session, arguments);
+    if (error) return cannot(*error);
+
+    if (arguments.json) std::cout << Json{{"schemaVersion", 1}, {"panel", nullptr}} << '\n';
+    return cannot("the PPD has none of the panel's options, so there is no panel for it");
+}
+
+std::string checkSet(const std::string& set) {
+    const std::size_t equals = set.find('=');
+    const bool wellFormed = equals != std::string::npos && equals > 0 && equals + 1 < set.size();
+    return wellFormed ? "" : "\"" + set + "\" is not KEYWORD=CHOICE";
+}
+
+int showPanelFor(const Arguments& arguments) {
+    return runPanel({.ppdFile = arguments.text("--ppd"),
+        .queue = arguments.text("--queue"),
+        .sets = arguments.all("--set"),
+        .release = arguments.text("--release"),
+        .responses = arguments.all("--response"),
+        .timeout = timeoutIn(arguments),
+        .json = arguments.has("--json")});
+}
+
+constexpr ArgumentSpec kPanelArguments[]{
+    {.name = "--ppd", .text = "The printer's PPD file", .value = "FILE", .group = "printer"},
+    inGroup(kQueueOption, "printer"),
+    {.name = "--set",
+        .text = "Pick a choice in the panel, as a person would; repeatable",
+        .value = "KEYWORD=CHOICE",
+        .count = ArgumentSpec::Count::repeatable,
+        .check = checkSet},
+    kServerOption,
+    kReleaseOption,
+    {.name = "--response",
+        .text = "A property list to hand to the panel as the printer's answer; repeatable",
+        .value = "FILE",
+        .count = ArgumentSpec::Count::repeatable},
+    kTimeoutOption,
+    kJSONFlag,
+};
+
+} // namespace
+
+const Command kPanelCommand{
+    .name = "panel",
+    .text = "Show the paper options panel for a printer, without a display",
+    .arguments = kPanelArguments,
+    .footer = "Examples:\n  orvan panel -q Office\n"
+              "  orvan panel --ppd Orvan-4500.ppd --set MediaType=Transparency --json",
+    .run = showPanelFor,
+};
+
+} // namespace orvan

@@ -1,0 +1,212 @@
+#include "Orvan/PrinterQuery.h"
+
+#include "BiDi/ResponseEntries.h"
+#include "Common/Utilities/DeviceChecks.h"
+#include "Common/Utilities/ReleaseGates.h"
+#include "Orvan/Interruption.h"
+#include "Orvan/StatusJobs.h"
+#include "Orvan/Waiting.h"
+#include "PrintDialog/Host/QueuePPD.h"
+#include "Scheduler/PrintScheduler.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+
+namespace orvan {
+namespace {
+
+constexpr std::chrono::seconds kLookInterval{1};
+constexpr std::string_view kFamily = "Orvan";
+
+bool isBusy(const OrvanBiDi& channel) {
+    return channel.state() == OrvanBiDi::State::waiting || channel.state() == OrvanBiDi::State::filterRunning;
+}
+
+// Whether the PPD has the beginning of an answer to one of the commands.
+bool hasStoredChunks(DialogPPD& ppd, const CommandList& commands) {
+    return std::ranges::any_of(commands, [&ppd](const std::string& command) {
+        return ppdx_get_chunk_ppd(ppd.record(), (command + "0000").c_str()) != nullptr;
+    });
+}
+
+// For a terminal: the first of those that have not answered.
+std::string whomItWaitsFor(std::vector<PrinterQuestion>& questions) {
+    const auto waiting = std::ranges::count_if(questions, &PrinterQuestion::isWaiting);
+    const auto first = std::ranges::find_if(questions, &PrinterQuestion::isWaiting);
+    if (first == questions.end()) return "Asking";
+    return "Waiting for printer " + first->queue() +
+           (waiting > 1 ? " and " + std::to_string(waiting - 1) + " more" : "");
+}
+
+} // namespace
+
+void setSystemRelease(const std::string& release) {
+    if (!release.empty()) setenv("ORVAN_SYSTEM_RELEASE", release.c_str(), 1);
+}
+
+std::string currentRelease() {
+    const char* const set = std::getenv("ORVAN_SYSTEM_RELEASE");
+    return set != nullptr ? set : kDefaultRelease;
+}
+
+// A queue's PPD and printer for the channel. Nobody picks anything here.
+class PrinterQuestion::Callback final : public platform::PDEPluginCallback {
+public:
+    Callback(std::unique_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer)
+        : ppd_(std::move(ppd)), printer_(std::move(printer)) {}
+
+    ppd_file_t* ppdFile() override { return ppd_->record(); }
+    std::shared_ptr<platform::PMPrinter> PMPrinter() override { return printer_; }
+    void willChangePPDOptionKeyValuePpdChoice(const std::string&, const std::string&) override {}
+
+private:
+    std::unique_ptr<DialogPPD> ppd_;
+    std::shared_ptr<platform::PMPrinter> printer_;
+};
+
+class PrinterQuestion::Collector final : public OrvanBiDiDelegate {
+public:
+    void receivedBiDiResponse(const platform::PropertyList& response) override {
+        responses.push_back(response);
+    }
+
+    std::vector<platform::PropertyList> responses;
+};
+
+PrinterQuestion::PrinterQuestion(std::string queue, SchedulerPatience& patience)
+    : patience_(&patience),
+      printer_(std::make_shared<platform::PMPrinter>(queue)),
+      collector_(std::make_shared<Collector>()) {
+    answers_.queue = std::move(queue);
+}
+
+PrinterQuestion::~PrinterQuestion() = default;
+PrinterQuestion::PrinterQuestion(PrinterQuestion&&) noexcept = default;
+
+void PrinterQuestion::ask(std::unique_ptr<DialogPPD> ppd) {
+    const std::string prefix = "printer " + queue() + " cannot be asked: ";
+    if (RunningOn1010OrLater())
+        return refuse(prefix + "on release 10.10 and later printers are not asked anything");
+    const auto commands = supportedCommandsInPPD(ppd->record());
+    if (!commands) return refuse(prefix + "its PPD lists no commands (\"cupsCommands\")");
+
+    channel_ = OrvanBiDi::initWithPDECallbackObject(std::make_shared<Callback>(std::move(ppd), printer_));
+    channel_->setDelegate(collector_);
+    channel_->dispatchCommands(commands);
+    nextLook_ = std::chrono::steady_clock::now() + kLookInterval;
+}
+
+bool PrinterQuestion::isWaiting() {
+    if (channel_ == nullptr || isInVain_ || !isBusy(*channel_)) return false;
+    const auto now = std::chrono::steady_clock::now();
+    if (now < nextLook_ || !RunningOn107OrLater()) return true;
+    nextLook_ = now + kLookInterval;
+    const auto job = patience_->ask([this](auto patience) { return findStatusJob(queue(), patience); });
+    isInVain_ = job && isInTrouble(*job);
+    return !isInVain_;
+}
+
+int PrinterQuestion::submittedJob() const {
+    return printer_->submittedJob();
+}
+
+void PrinterQuestion::withdraw() {
+    if (const int job = submittedJob(); job != 0)
+        patience_->ask([&](auto patience) { return withdrawJob(queue(), job, patience); });
+}
+
+// Why nothing came through the queue.
+std::string PrinterQuestion::explainQueue(std::chrono::duration<double> timeout) {
+    const auto job = patience_->ask([this](auto patience) { return findStatusJob(queue(), patience); });
+    if (job) return describe(*job, queue());
+    if (isBusy(*channel_))
+        return "no answer came within " + std::to_string(static_cast<int>(timeout.count())) + " s";
+    platform::Failure problem;
+    const std::unique_ptr<DialogPPD> ppd =
+        patience_->ask([&](auto patience) { return fetchQueuePPD(queue(), patience, problem); });
+    const std::string complaint =
+        patience_->ask([this](auto patience) { return complaintOfLastJob(queue(), patience); });
+    if (patience_->isUsedUp()) return schedulerName() + " does not answer";
+    if (ppd == nullptr) return problem.value_or("");
+    if (hasStoredChunks(*ppd, *channel_->supportedCommands()))
+        return "what the printer's command filter answered cannot be decoded";
+    return !complaint.empty()
+               ? complaint
+               : "the printer's command filter answered nothing; the scheduler's error log says why";
+}
+
+// Why nothing came.
+std::string PrinterQuestion::explain(std::chrono::duration<double> timeout) {
+    if (RunningOn107OrLater()) return explainQueue(timeout);
+    switch (channel_->state()) {
+    case OrvanBiDi::State::filterRunning:
+        return "the printer's command filter did not end within " +
+               std::to_string(static_cast<int>(timeout.count())) + " s, and was ended";
+    case OrvanBiDi::State::filterEnded:
+        return "the printer's command filter answered nothing that can be decoded";
+    default:
+        return "the printer's PPD names no command filter (\"cupsFilter2\") that can be started";
+    }
+}
+
+PrinterAnswers PrinterQuestion::end(std::chrono::duration<double> timeout) {
+    if (channel_ != nullptr) {
+        answers_.responses = std::move(collector_->responses);
+        if (wasInterrupted())
+            answers_.problem = "interrupted";
+        else if (answers_.responses.empty())
+            answers_.problem = "printer " + queue() + " gave no answer: " + explain(timeout);
+        else if (RunningOn107OrLater())
+            answers_.complaint =
+                patience_->ask([this](auto patience) { return complaintOfLastJob(queue(), patience); });
+        std::exchange(channel_, nullptr)->invalidate();
+    }
+    return std::move(answers_);
+}
+
+std::vector<PrinterAnswers> askPrinters(
+    const std::vector<std::string>& queues, std::chrono::duration<double> timeout) {
+    const InterruptionGuard guard;
+    SchedulerPatience patience;
+    std::vector<PrinterQuestion> questions;
+    questions.reserve(queues.size());
+    for (const std::string& queue : queues) {
+        if (wasInterrupted()) break;
+        PrinterQuestion& question = questions.emplace_back(queue, patience);
+        platform::Failure problem = schedulerName() + " does not answer";
+        if (auto ppd = patience.ask([&](auto time) { return fetchQueuePPD(queue, time, problem); }))
+            question.ask(std::move(ppd));
+        else
+            question.refuse(*problem);
+    }
+    waitForPrinters([&] { return std::ranges::none_of(questions, &PrinterQuestion::isWaiting); }, timeout,
+        [&] { return whomItWaitsFor(questions); });
+    if (wasInterrupted()) std::ranges::for_each(questions, &PrinterQuestion::withdraw);
+
+    std::vector<PrinterAnswers> answers;
+    answers.reserve(questions.size());
+    for (PrinterQuestion& question : questions)
+        answers.push_back(question.end(timeout));
+    return answers;
+}
+
+std::optional<std::vector<std::string>> orvanQueues(platform::Failure& problem) {
+    SchedulerPatience patience;
+    const auto all = patience.ask([&problem](auto time) { return listQueues(time, problem); });
+    if (!all) return std::nullopt;
+    std::vector<std::string> queues;
+    for (const SchedulerQueue& queue : *all) {
+        if (queue.isClass) continue;
+        const std::unique_ptr<DialogPPD> ppd = patience.ask(
+            [&queue](auto time) { return fetchQueuePPD(queue.name, time, platform::ignoredFailure()); });
+        const bool isOurs = ppd != nullptr ? MyCheckPDEContextCUPS(ppd->record()) == kPDEContextValid
+                                           : queue.makeAndModel.starts_with(kFamily);
+        if (isOurs) queues.push_back(queue.name);
+    }
+    std::ranges::sort(queues);
+    return queues;
+}
+
+} // namespace orvan

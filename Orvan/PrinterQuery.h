@@ -1,0 +1,85 @@
+// Asks printers through their queues, and finds out why when no answer comes.
+#pragma once
+
+#include "BiDi/OrvanBiDi.h"
+#include "Formats/Failure.h"
+#include "Formats/PropertyList.h"
+#include "Orvan/SchedulerPatience.h"
+#include "Platform/PMPrinter.h"
+#include "PrintDialog/Host/DialogPPD.h"
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvan {
+
+struct PrinterAnswers {
+    std::string queue;
+    std::vector<platform::PropertyList> responses; // in the order of delivery
+    std::string problem;                           // for people; empty when something was answered
+    // For people: why the responses, or some of them, are those of an earlier question; mostly empty.
+    std::string complaint;
+};
+
+// One question to one printer: all that its queue's PPD lists in "cupsCommands". Which way it takes follows
+// the system release. Main thread.
+class PrinterQuestion {
+public:
+    // Nothing is asked yet. The patience is that of the round, and outlives the question.
+    PrinterQuestion(std::string queue, SchedulerPatience& patience);
+    ~PrinterQuestion();
+    PrinterQuestion(PrinterQuestion&&) noexcept;
+    PrinterQuestion& operator=(PrinterQuestion&&) = delete;
+
+    const std::string& queue() const { return answers_.queue; }
+    // Asks, by what the PPD says. The scheduler may hold it up, the printer does not.
+    void ask(std::unique_ptr<DialogPPD> ppd);
+    // That there is nothing to ask with, and why.
+    void refuse(const std::string& problem) { answers_.problem = problem; }
+    // Whether the main loop has to run on. A command job that is held or was stopped is not waited for; that
+    // is looked at once a second.
+    bool isWaiting();
+    // The number of the command job that the scheduler took; 0 when there was one already, or it took none.
+    int submittedJob() const;
+    // Takes that job back.
+    void withdraw();
+    // Ends the question. `timeout` is for the message of one that still waits.
+    PrinterAnswers end(std::chrono::duration<double> timeout);
+
+private:
+    class Callback;
+    class Collector;
+
+    std::string explain(std::chrono::duration<double> timeout);
+    std::string explainQueue(std::chrono::duration<double> timeout);
+
+    PrinterAnswers answers_;
+    SchedulerPatience* patience_;
+    std::shared_ptr<platform::PMPrinter> printer_;
+    std::shared_ptr<Collector> collector_;
+    std::shared_ptr<OrvanBiDi> channel_; // null while nothing is asked
+    std::chrono::steady_clock::time_point nextLook_;
+    bool isInVain_ = false;
+};
+
+// Asks all of the printers at once, in one main loop, and waits for their answers at most for so long. With a
+// terminal it shows whom it waits for. A person who interrupts ends the wait: the command jobs are taken
+// back, and wasInterrupted() holds. In the order of the queues. Main thread.
+std::vector<PrinterAnswers> askPrinters(
+    const std::vector<std::string>& queues, std::chrono::duration<double> timeout);
+
+// The names of the queues of Orvan printers, in alphabetical order; also of one whose PPD cannot be read,
+// when the scheduler says that it was made for one. Nothing, and a message for people, when the scheduler is
+// not there.
+std::optional<std::vector<std::string>> orvanQueues(platform::Failure& problem);
+
+// The release that the process stands for from now on; before anything asks for it. "" leaves it.
+void setSystemRelease(const std::string& release);
+inline constexpr const char* kDefaultRelease = "10.9.0";
+// The release that the process stands for.
+std::string currentRelease();
+
+} // namespace orvan

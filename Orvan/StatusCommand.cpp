@@ -1,0 +1,232 @@
+// "orvan status" and "orvan papers": what printers answer through their queues.
+#include "Common/Utilities/OneLine.h"
+#include "Orvan/Commands.h"
+#include "Orvan/CommonOptions.h"
+#include "Orvan/Interruption.h"
+#include "Orvan/PrinterQuery.h"
+#include "Orvan/PropertyListJson.h"
+#include "Orvan/StatusReport.h"
+#include "Orvan/Terminal.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <ctime>
+#include <iomanip>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+
+namespace orvan {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct QueryArguments {
+    std::string queue;
+    std::string release;
+    std::chrono::duration<double> timeout{};
+    bool json = false;
+    bool all = false;               // every Orvan queue instead of one
+    std::optional<double> interval; // seconds between two questions; once without
+};
+
+// What several printers answered.
+using Answers = std::vector<PrinterAnswers>;
+
+// Answers of the queues that the arguments name; nothing, and a message is written, when there are none.
+std::optional<Answers> ask(const QueryArguments& arguments) {
+    setSystemRelease(arguments.release);
+    std::vector<std::string> queues{arguments.queue};
+    if (arguments.all) {
+        platform::Failure problem;
+        auto found = orvanQueues(problem);
+        if (found && found->empty())
+            problem = "there is no queue of an Orvan printer (\"lpstat -v\" lists the queues)";
+        if (!found || found->empty()) {
+            cannot(*problem);
+            return std::nullopt;
+        }
+        queues = *std::move(found);
+    }
+    Answers answers = askPrinters(queues, arguments.timeout);
+    if (!wasInterrupted()) return answers;
+    cannot("interrupted; the printer is not asked any more");
+    return std::nullopt;
+}
+
+// What is wrong with the answers, on standard error.
+int complain(const Answers& answers) {
+    int code = kDone;
+    for (const PrinterAnswers& printer : answers) {
+        if (!printer.problem.empty()) code = cannot(onOneLine(printer.problem));
+        if (!printer.complaint.empty())
+            std::cerr << "orvan: printer " << printer.queue
+                      << " was asked in vain, its earlier answers follow: " << onOneLine(printer.complaint)
+                      << '\n';
+    }
+    return code;
+}
+
+Json responsesIn(const PrinterAnswers& printer) {
+    Json responses = Json::array();
+    for (const platform::PropertyList& response : printer.responses)
+        responses.push_back(jsonFromPropertyList(response));
+    return responses;
+}
+
+void writeJSON(const Answers& answers, bool all) {
+    if (!all) {
+        const PrinterAnswers& printer = answers.front();
+        if (printer.problem.empty())
+            std::cout << Json{{"schemaVersion", 1}, {"queue", printer.queue}, {"release", currentRelease()},
+                             {"complaint", printer.complaint}, {"responses", responsesIn(printer)}}
+                      << '\n';
+        return;
+    }
+    Json printers = Json::array();
+    for (const PrinterAnswers& printer : answers)
+        printers.push_back({{"queue", printer.queue}, {"problem", printer.problem},
+            {"complaint", printer.complaint}, {"responses", responsesIn(printer)}});
+    std::cout << Json{{"schemaVersion", 1}, {"release", currentRelease()}, {"printers", std::move(printers)}}
+              << '\n';
+}
+
+// A printer of several: under its name.
+void writeNamed(const PrinterAnswers& printer, bool decorated) {
+    std::ostringstream status;
+    writeStatus(printer.responses, decorated, status);
+    std::cout << printer.queue << '\n';
+    std::istringstream lines(status.str());
+    for (std::string line; std::getline(lines, line);)
+        std::cout << "  " << line << '\n';
+}
+
+void writeText(const Answers& answers, bool all) {
+    const bool decorated = isDecorated(STDOUT_FILENO);
+    const char* separator = "";
+    for (const PrinterAnswers& printer : answers) {
+        if (!printer.problem.empty()) continue;
+        std::cout << std::exchange(separator, "\n");
+        all ? writeNamed(printer, decorated) : writeStatus(printer.responses, decorated, std::cout);
+    }
+}
+
+// Above what is written again and again: on a terminal it stays in its place.
+void writeTime() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    std::cout << (isDecorated(STDOUT_FILENO) ? "\033[H\033[2J" : "") << std::put_time(&local, "%F %T")
+              << '\n';
+}
+
+int showStatus(const QueryArguments& arguments) {
+    const std::optional<Answers> answers = ask(arguments);
+    if (!answers) return kNotDone;
+    if (arguments.interval && !arguments.json) writeTime();
+    std::cout.flush();
+    const int code = complain(*answers);
+    arguments.json ? writeJSON(*answers, arguments.all) : writeText(*answers, arguments.all);
+    return code;
+}
+
+int status(const QueryArguments& arguments) {
+    int code = showStatus(arguments);
+    while (arguments.interval && !wasInterrupted() && std::cout.flush()) {
+        // With nothing to take back, a signal may end the process.
+        std::this_thread::sleep_for(std::chrono::duration<double>(*arguments.interval));
+        if (!arguments.json) std::cout << '\n';
+        code = showStatus(arguments);
+    }
+    return code;
+}
+
+int papers(const QueryArguments& arguments) {
+    const std::optional<Answers> answers = ask(arguments);
+    if (!answers) return kNotDone;
+    const PrinterAnswers& printer = answers->front();
+    if (complain(*answers) != kDone) return kNotDone;
+    Json list = Json::array();
+    for (const CustomPaper& paper : customPapers(printer.responses)) {
+        if (arguments.json)
+            list.push_back({{"name", paper.name}, {"type", paper.type}, {"baseClass", paper.baseClass}});
+        else
+            std::cout << onOneLine(paper.name) << '\t' << onOneLine(paper.type) << '\t'
+                      << onOneLine(paper.baseClass) << '\n';
+    }
+    if (arguments.json)
+        std::cout << Json{{"schemaVersion", 1}, {"queue", arguments.queue}, {"complaint", printer.complaint},
+                         {"papers", std::move(list)}}
+                  << '\n';
+    return kDone;
+}
+
+QueryArguments queryIn(const Arguments& arguments) {
+    return {.queue = arguments.text("--queue"),
+        .release = arguments.text("--release"),
+        .timeout = timeoutIn(arguments),
+        .json = arguments.has("--json"),
+        .all = false,
+        .interval = std::nullopt};
+}
+
+int runStatus(const Arguments& arguments) {
+    QueryArguments query = queryIn(arguments);
+    query.all = arguments.has("--all");
+    query.interval = arguments.number("--watch");
+    return status(query);
+}
+
+int runPapers(const Arguments& arguments) {
+    return papers(queryIn(arguments));
+}
+
+constexpr ArgumentSpec kStatusArguments[]{
+    inGroup(kQueueOption, "printers"),
+    {.name = "--all", .text = "Every queue of an Orvan printer, all at once", .group = "printers"},
+    {.name = "--watch",
+        .text = "Ask again and again, until Ctrl-C",
+        .value = "SECONDS",
+        .check = checkPositive},
+    kServerOption,
+    kReleaseOption,
+    kTimeoutOption,
+    kJSONFlag,
+};
+
+constexpr ArgumentSpec kPapersArguments[]{
+    required(kQueueOption),
+    kServerOption,
+    kReleaseOption,
+    kTimeoutOption,
+    kJSONFlag,
+};
+
+} // namespace
+
+const Command kStatusCommand{
+    .name = "status",
+    .text = "Ask printers for their trays, supplies, papers, jobs and permissions",
+    .arguments = kStatusArguments,
+    .footer = "Examples:\n"
+              "  orvan status -q Office\n"
+              "  orvan status --all --watch 60\n"
+              "  orvan status --all --json | jq -r '.printers[] | select(.problem != \"\").queue'",
+    .run = runStatus,
+};
+
+const Command kPapersCommand{
+    .name = "papers",
+    .text = "Ask the printer for its custom paper types",
+    .arguments = kPapersArguments,
+    .footer = "One line a paper: name, type, base class, separated by tabs.\n"
+              "Examples:\n"
+              "  orvan papers -q Office\n"
+              "  orvan papers -q Office -H print.example | cut -f 1",
+    .run = runPapers,
+};
+
+} // namespace orvan

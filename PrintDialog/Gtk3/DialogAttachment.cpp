@@ -1,0 +1,192 @@
+#include "PrintDialog/Gtk3/DialogAttachment.h"
+
+#include "Common/Utilities/DeviceChecks.h"
+#include "Platform/SystemLog.h"
+#include "PrintDialog/Gtk3/Guarded.h"
+#include "PrintDialog/Gtk3/HostText.h"
+#include "PrintDialog/Host/InstalledFiles.h"
+
+#include <cmath>
+#include <string_view>
+#include <utility>
+
+namespace orvan {
+namespace {
+
+constexpr const char* kDataKey = "orvan-paper-options";
+constexpr const char* kPageSize = "PageSize";
+
+// The plug-in's bundle, opened with the process's first print dialog; null, with one line in the log, when it
+// is not there or damaged. It stays for the life of the process.
+std::shared_ptr<platform::Bundle> paperOptionsBundle() {
+    static const auto* const bundle = [] {
+        platform::Failure error;
+        auto opened = platform::Bundle::open(paperOptionsBundleFolder(), error);
+        if (opened == nullptr) platform::systemLog("paper options are off: " + *error);
+        return new std::shared_ptr<platform::Bundle>(std::move(opened));
+    }();
+    return *bundle;
+}
+
+void logOnce(const std::string& text) {
+    static bool logged = false;
+    if (!std::exchange(logged, true)) platform::systemLog(text);
+}
+
+} // namespace
+
+void DialogAttachment::attach(GtkPrintUnixDialog* dialog) {
+    if (g_object_get_data(G_OBJECT(dialog), kDataKey) != nullptr) return;
+    std::shared_ptr<platform::Bundle> bundle = paperOptionsBundle();
+    if (bundle == nullptr) return;
+    auto* const attachment = new DialogAttachment(dialog, std::move(bundle));
+    // "destroy" comes while the dialog's widgets are still there; it can come more than once.
+    g_object_set_data(G_OBJECT(dialog), kDataKey, attachment);
+    const auto onDestroy = [](GtkPrintUnixDialog* self, gpointer) {
+        guarded(
+            [self] { delete static_cast<DialogAttachment*>(g_object_steal_data(G_OBJECT(self), kDataKey)); });
+    };
+    g_signal_connect(dialog, "destroy", G_CALLBACK(+onDestroy), nullptr);
+    attachment->printerSelected();
+}
+
+DialogAttachment* DialogAttachment::of(GtkPrintUnixDialog* dialog) {
+    return static_cast<DialogAttachment*>(g_object_get_data(G_OBJECT(dialog), kDataKey));
+}
+
+DialogAttachment::DialogAttachment(GtkPrintUnixDialog* dialog, std::shared_ptr<platform::Bundle> bundle)
+    : dialog_(dialog),
+      bundle_(std::move(bundle)),
+      request_([this](const std::string&, std::unique_ptr<DialogPPD> ppd) { ppdArrived(std::move(ppd)); }),
+      tab_(dialog, [this] { tabShown(); }),
+      printerConnection_(dialog, "notify::selected-printer",
+          G_CALLBACK(+[](GObject*, GParamSpec*, gpointer self) {
+              guarded([self] { static_cast<DialogAttachment*>(self)->printerSelected(); });
+          }),
+          this),
+      pageSetupConnection_(dialog, "notify::page-setup",
+          G_CALLBACK(+[](GObject*, GParamSpec*, gpointer self) {
+              guarded([self] { static_cast<DialogAttachment*>(self)->pageSetupChanged(); });
+          }),
+          this) {}
+
+DialogAttachment::~DialogAttachment() {
+    endSession();
+}
+
+void DialogAttachment::printerSelected() {
+    request_.cancel();
+    endSession();
+    GtkPrinter* const printer = gtk_print_unix_dialog_get_selected_printer(dialog_);
+    queue_ = printer != nullptr && !gtk_printer_is_virtual(printer) ? gtk_printer_get_name(printer) : "";
+    if (!queue_.empty()) request_.start(queue_);
+}
+
+void DialogAttachment::ppdArrived(std::unique_ptr<DialogPPD> ppd) {
+    if (ppd == nullptr || MyCheckPDEContextCUPS(ppd->record()) != kPDEContextValid) return;
+    platform::Failure error;
+    auto session =
+        PanelSession::create(bundle_, std::move(ppd), std::make_shared<platform::PMPrinter>(queue_), error);
+    if (session != nullptr)
+        startSession(std::move(session));
+    else if (error)
+        logOnce("paper options are off: " + *error);
+}
+
+void DialogAttachment::startSession(std::unique_ptr<PanelSession> session) {
+    session_ = std::move(session);
+    const auto& keys = session_->panel().supportedPPDOptionKeys();
+    carried_ = {keys.begin(), keys.end()};
+    session_->setPickHandler([this](const MarkResult& result) { pickedInPanel(result); });
+    options_ = std::make_unique<DialogOptions>(dialog_,
+        [this](const std::string& keyword, const std::string& choice) { changedInDialog(keyword, choice); });
+
+    // What the application remembered is where the marks start.
+    std::map<std::string, std::string> initial = options_->values();
+    if (std::string size = pageSizeChoice(); !size.empty()) initial[kPageSize] = std::move(size);
+    const MarkResult started = session_->markElsewhere(initial);
+    tab_.appear(session_->panel().panelName());
+    writeToDialog(started, "");
+    report(started, "");
+    if (tab_.isInFront()) tabShown();
+}
+
+void DialogAttachment::endSession() {
+    tab_.disappear();
+    options_.reset();
+    session_.reset();
+    carried_.clear();
+}
+
+void DialogAttachment::tabShown() {
+    if (session_ == nullptr) return;
+    session_->willShow();
+    platform::View* const root = session_->panel().panelView();
+    if (!tab_.hasPanel() && root != nullptr) tab_.setPanel(*root, [this] { refreshTab(); });
+    refreshTab();
+}
+
+void DialogAttachment::pageSetupChanged() {
+    if (session_ == nullptr) return;
+    if (const std::string size = pageSizeChoice(); !size.empty()) changedInDialog(kPageSize, size);
+}
+
+void DialogAttachment::pickedInPanel(const MarkResult& result) {
+    writeToDialog(result, "");
+    report(result, result.changes.empty() ? "" : result.changes.front().option);
+}
+
+void DialogAttachment::changedInDialog(const std::string& keyword, const std::string& choice) {
+    if (session_ == nullptr) return;
+    DialogPPD& ppd = session_->ppd();
+    const std::string marked = choice.empty() ? ppd.defaultChoiceOf(keyword) : ppd.choiceNow(keyword, choice);
+    const MarkResult result = session_->markElsewhere(keyword, marked);
+    if (result.changes.empty() && result.conflicts.empty()) return;
+    writeToDialog(result, keyword);
+    report(result, keyword);
+    refreshTab();
+}
+
+void DialogAttachment::writeToDialog(const MarkResult& result, const std::string& except) {
+    for (const ChoiceChange& change : result.changes) {
+        if (change.option == except) continue;
+        carried_.insert(change.option);
+        // GTK knows a choice that the panel renamed by the keyword that it has in the file.
+        if (!options_->write(change.option, change.to))
+            options_->write(change.option, session_->ppd().choiceInFile(change.option, change.to));
+    }
+}
+
+void DialogAttachment::report(const MarkResult& result, const std::string& asked) {
+    tab_.setNotice(noticeText(session_->ppd(), result, asked));
+}
+
+void DialogAttachment::refreshTab() {
+    if (session_ != nullptr) tab_.refresh(session_->summary());
+}
+
+void DialogAttachment::accepted() {
+    AcceptedDialog dialog;
+    dialog.queue = queue_;
+    const GObjectRef<GtkPrintSettings> settings(gtk_print_unix_dialog_get_settings(dialog_));
+    for (const std::string& keyword : carried_) {
+        const std::string marked = session_->ppd().choiceOf(keyword);
+        const char* const gtkValue = gtk_print_settings_get(settings.get(), ("cups-" + keyword).c_str());
+        if (marked.empty()) continue;
+        dialog.choices.emplace(
+            keyword, AcceptedDialog::Choice{marked, marked == session_->ppd().defaultChoiceOf(keyword),
+                         gtkValue != nullptr ? gtkValue : ""});
+    }
+    AcceptedChoices::shared().add(std::move(dialog));
+}
+
+// The PPD's page size that the dialog's paper is, "" when it is none of the PPD's.
+std::string DialogAttachment::pageSizeChoice() {
+    GtkPageSetup* const setup = gtk_print_unix_dialog_get_page_setup(dialog_);
+    if (setup == nullptr) return {};
+    GtkPaperSize* const paper = gtk_page_setup_get_paper_size(setup);
+    return session_->ppd().pageSizeOf(
+        gtk_paper_size_get_width(paper, GTK_UNIT_POINTS), gtk_paper_size_get_height(paper, GTK_UNIT_POINTS));
+}
+
+} // namespace orvan

@@ -1,0 +1,69 @@
+// The paper options in one print dialog.
+#pragma once
+
+#include "Platform/Bundle.h"
+#include "PrintDialog/Gtk3/AcceptedChoices.h"
+#include "PrintDialog/Gtk3/DialogOptions.h"
+#include "PrintDialog/Gtk3/GObjectRef.h"
+#include "PrintDialog/Gtk3/PPDRequest.h"
+#include "PrintDialog/Gtk3/PanelTab.h"
+#include "PrintDialog/Host/PanelSession.h"
+
+#include <gtk/gtkunixprint.h>
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+
+namespace orvan {
+
+// Follows the dialog's selected printer. While it is one of the family, the panel is there as a tab, and the
+// panel's marks and GTK's own options are kept the same. Owned by the dialog. GTK's thread.
+class DialogAttachment {
+public:
+    // Attaches to the dialog, once; the attachment ends with the dialog. Does nothing when one is there
+    // already.
+    static void attach(GtkPrintUnixDialog* dialog);
+    // Null when nothing is attached to the dialog.
+    static DialogAttachment* of(GtkPrintUnixDialog* dialog);
+
+    // The person pressed Print (or Preview): what is marked now is for the job.
+    void accepted();
+
+    ~DialogAttachment();
+    DialogAttachment(const DialogAttachment&) = delete;
+    DialogAttachment& operator=(const DialogAttachment&) = delete;
+
+private:
+    DialogAttachment(GtkPrintUnixDialog* dialog, std::shared_ptr<platform::Bundle> bundle);
+
+    void printerSelected();
+    void ppdArrived(std::unique_ptr<DialogPPD> ppd);
+    void startSession(std::unique_ptr<PanelSession> session);
+    void endSession();
+    void tabShown();
+    void pageSetupChanged();
+
+    // One direction each, and neither answers itself: what the panel picked goes to GTK's options, what was
+    // changed there goes to the panel.
+    void pickedInPanel(const MarkResult& result);
+    void changedInDialog(const std::string& keyword, const std::string& choice);
+    void writeToDialog(const MarkResult& result, const std::string& except);
+    void report(const MarkResult& result, const std::string& asked);
+    void refreshTab();
+    std::string pageSizeChoice();
+
+    GtkPrintUnixDialog* dialog_;
+    std::shared_ptr<platform::Bundle> bundle_;
+    std::string queue_;
+    PPDRequest request_;
+    PanelTab tab_;
+    std::unique_ptr<PanelSession> session_;
+    std::unique_ptr<DialogOptions> options_;
+    std::set<std::string> carried_; // the options that the job is told of
+    SignalConnection printerConnection_;
+    SignalConnection pageSetupConnection_;
+};
+
+} // namespace orvan

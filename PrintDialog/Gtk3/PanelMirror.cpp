@@ -1,0 +1,173 @@
+#include "PrintDialog/Gtk3/PanelMirror.h"
+
+#include "PrintDialog/Gtk3/GObjectRef.h"
+#include "PrintDialog/Gtk3/Guarded.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <utility>
+
+namespace orvan {
+namespace {
+
+constexpr int kRowSpacing = 6;     // pixels, as in GTK's own tabs
+constexpr int kColumnSpacing = 12; // pixels
+enum Column : int { kTitle, kEnabled };
+
+int pixels(double points) {
+    return static_cast<int>(std::lround(points * 4 / 3));
+}
+
+double middle(const platform::View& view) {
+    return view.frame().origin.y + view.frame().height / 2;
+}
+
+using Line = std::vector<platform::View*>;
+
+// The visible controls, line by line from the top, each from the left: a control whose middle is within
+// another's height is on its line.
+std::vector<Line> linesOf(const platform::View& root) {
+    Line controls;
+    for (const auto& view : root.subviews())
+        if (!view->isHidden()) controls.push_back(view.get());
+    std::ranges::stable_sort(
+        controls, std::ranges::greater{}, [](const auto* view) { return middle(*view); });
+
+    std::vector<Line> lines;
+    for (platform::View* control : controls) {
+        if (!lines.empty()) {
+            const platform::View& first = *lines.back().front();
+            const double reach = std::max(first.frame().height, control->frame().height) / 2;
+            if (middle(first) - middle(*control) < reach) {
+                lines.back().push_back(control);
+                continue;
+            }
+        }
+        lines.push_back({control});
+    }
+    for (Line& line : lines)
+        std::ranges::stable_sort(line, {}, [](const auto* view) { return view->frame().origin.x; });
+    return lines;
+}
+
+} // namespace
+
+struct PanelMirror::LabelMirror {
+    explicit LabelMirror(platform::TextField& field)
+        : model(field), widget(GTK_LABEL(gtk_label_new(nullptr))) {
+        gtk_label_set_xalign(widget, 0);
+    }
+
+    void refresh() {
+        gtk_label_set_text(widget, model.stringValue().c_str());
+        gtk_widget_set_visible(GTK_WIDGET(widget), !model.isHidden());
+    }
+
+    platform::TextField& model;
+    GtkLabel* widget;
+};
+
+struct PanelMirror::PopUpMirror {
+    PopUpMirror(PanelMirror& mirror, platform::PopUpButton& popUp)
+        : owner(mirror),
+          model(popUp),
+          widget(makeWidget()),
+          changed(widget, "changed", G_CALLBACK(onChanged), this) {
+        gtk_widget_set_size_request(GTK_WIDGET(widget), pixels(popUp.frame().width), -1);
+        gtk_widget_set_hexpand(GTK_WIDGET(widget), TRUE);
+    }
+
+    static GtkComboBox* makeWidget() {
+        auto* const combo = GTK_COMBO_BOX(gtk_combo_box_new());
+        GtkCellRenderer* const text = gtk_cell_renderer_text_new();
+        g_object_set(text, "ellipsize", PANGO_ELLIPSIZE_END, nullptr);
+        gtk_cell_layout_pack_start(GTK_CELL_LAYOUT(combo), text, TRUE);
+        gtk_cell_layout_set_attributes(
+            GTK_CELL_LAYOUT(combo), text, "text", kTitle, "sensitive", kEnabled, nullptr);
+        return combo;
+    }
+
+    static void onChanged(GtkComboBox* combo, PopUpMirror* self) {
+        guarded([combo, self] {
+            if (!self->model.pick(gtk_combo_box_get_active(combo))) self->refresh();
+            const std::function<void()> picked = self->owner.picked_;
+            picked();
+        });
+    }
+
+    void refresh() {
+        const SignalConnection::Block block(changed);
+        if (!showsItems()) fill();
+        gtk_combo_box_set_active(widget, static_cast<int>(model.indexOfSelectedItem()));
+        gtk_widget_set_sensitive(GTK_WIDGET(widget), model.isEnabled());
+        gtk_widget_set_visible(GTK_WIDGET(widget), !model.isHidden());
+    }
+
+    bool showsItems() const {
+        return shown.size() == model.items().size() &&
+               std::ranges::equal(shown, model.items(), [](const auto& was, const platform::MenuItem& item) {
+                   return was.first == item.title && was.second == item.enabled;
+               });
+    }
+
+    // A new store is filled before the control sees it: a control redraws with every row that it sees added.
+    void fill() {
+        const GObjectRef<GtkListStore> store(gtk_list_store_new(2, G_TYPE_STRING, G_TYPE_BOOLEAN));
+        shown.clear();
+        for (const platform::MenuItem& item : model.items()) {
+            gtk_list_store_insert_with_values(store.get(), nullptr, -1, kTitle, item.title.c_str(), kEnabled,
+                item.enabled ? TRUE : FALSE, -1);
+            shown.emplace_back(item.title, item.enabled);
+        }
+        gtk_combo_box_set_model(widget, GTK_TREE_MODEL(store.get()));
+    }
+
+    PanelMirror& owner;
+    platform::PopUpButton& model;
+    GtkComboBox* widget;
+    SignalConnection changed;
+    std::vector<std::pair<std::string, bool>> shown;
+};
+
+PanelMirror::PanelMirror(platform::View& root, std::function<void()> picked)
+    : picked_(std::move(picked)), grid_(gtk_grid_new()) {
+    gtk_grid_set_row_spacing(GTK_GRID(grid_), kRowSpacing);
+    gtk_grid_set_column_spacing(GTK_GRID(grid_), kColumnSpacing);
+    int row = 0;
+    for (const Line& line : linesOf(root)) {
+        int column = 0;
+        for (platform::View* control : line) {
+            if (auto* label = dynamic_cast<platform::TextField*>(control)) add(*label, column++, row);
+            if (auto* popUp = dynamic_cast<platform::PopUpButton*>(control)) add(*popUp, column++, row);
+        }
+        ++row;
+    }
+    refresh();
+    gtk_widget_show(grid_);
+}
+
+PanelMirror::~PanelMirror() = default;
+
+void PanelMirror::add(platform::TextField& label, int column, int row) {
+    labels_.push_back(std::make_unique<LabelMirror>(label));
+    gtk_grid_attach(GTK_GRID(grid_), GTK_WIDGET(labels_.back()->widget), column, row, 1, 1);
+}
+
+void PanelMirror::add(platform::PopUpButton& popUp, int column, int row) {
+    popUps_.push_back(std::make_unique<PopUpMirror>(*this, popUp));
+    GtkWidget* const widget = GTK_WIDGET(popUps_.back()->widget);
+    gtk_grid_attach(GTK_GRID(grid_), widget, column, row, 1, 1);
+    // The label on its left names the pop-up for assistive technology.
+    GtkWidget* const left = column > 0 ? gtk_grid_get_child_at(GTK_GRID(grid_), column - 1, row) : nullptr;
+    if (GTK_IS_LABEL(left)) gtk_label_set_mnemonic_widget(GTK_LABEL(left), widget);
+}
+
+void PanelMirror::refresh() {
+    for (const auto& label : labels_)
+        label->refresh();
+    for (const auto& popUp : popUps_)
+        popUp->refresh();
+}
+
+} // namespace orvan

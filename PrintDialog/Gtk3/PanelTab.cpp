@@ -1,0 +1,161 @@
+#include "PrintDialog/Gtk3/PanelTab.h"
+
+#include "PrintDialog/Gtk3/Guarded.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace orvan {
+namespace {
+
+constexpr int kBorder = 12;  // pixels, as in GTK's own tabs
+constexpr int kSpacing = 12; // pixels, between the rows, the summary and the notice
+// The part of the screen's height that the tab may ask for; beyond it the rows scroll.
+constexpr double kMostOfScreen = 0.6;
+// Frames that the tab waits for the dialog's size: on a very small screen the dialog never gets it.
+constexpr int kMostTicks = 60;
+
+GtkLabel* makeTextLabel() {
+    auto* const label = GTK_LABEL(gtk_label_new(nullptr));
+    gtk_label_set_xalign(label, 0);
+    gtk_label_set_yalign(label, 0);
+    gtk_label_set_line_wrap(label, TRUE);
+    gtk_widget_show(GTK_WIDGET(label));
+    return label;
+}
+
+int screenHeight(GtkWidget* widget) {
+    GdkWindow* const window = gtk_widget_get_window(gtk_widget_get_toplevel(widget));
+    if (window == nullptr) return 0;
+    GdkRectangle area{};
+    gdk_monitor_get_workarea(
+        gdk_display_get_monitor_at_window(gdk_window_get_display(window), window), &area);
+    return area.height;
+}
+
+bool hasItsSize(GtkWidget* widget) {
+    GtkRequisition minimum{};
+    gtk_widget_get_preferred_size(widget, &minimum, nullptr);
+    return gtk_widget_get_allocated_width(widget) >= minimum.width &&
+           gtk_widget_get_allocated_height(widget) >= minimum.height;
+}
+
+void onMap(GtkWidget*, std::function<void()>* shown) {
+    guarded([shown] { (*shown)(); });
+}
+
+} // namespace
+
+PanelTab::PanelTab(GtkPrintUnixDialog* dialog, std::function<void()> shown)
+    : dialog_(dialog), shown_(std::move(shown)) {}
+
+PanelTab::~PanelTab() {
+    stopWaiting();
+}
+
+void PanelTab::ensureWidgets() {
+    if (page_ != nullptr) return;
+    // On a screen too small for all rows they scroll.
+    page_ = gtk_scrolled_window_new(nullptr, nullptr);
+    auto* const scroller = GTK_SCROLLED_WINDOW(page_);
+    gtk_scrolled_window_set_policy(scroller, GTK_POLICY_AUTOMATIC, GTK_POLICY_AUTOMATIC);
+    gtk_scrolled_window_set_propagate_natural_width(scroller, TRUE);
+
+    content_ = GTK_BOX(gtk_box_new(GTK_ORIENTATION_VERTICAL, kSpacing));
+    gtk_container_set_border_width(GTK_CONTAINER(content_), kBorder);
+    auto* const columns = GTK_BOX(gtk_box_new(GTK_ORIENTATION_HORIZONTAL, kSpacing));
+    gtk_box_set_homogeneous(columns, TRUE);
+    for (GtkLabel*& column : summary_) {
+        column = makeTextLabel();
+        gtk_style_context_add_class(
+            gtk_widget_get_style_context(GTK_WIDGET(column)), GTK_STYLE_CLASS_DIM_LABEL);
+        gtk_box_pack_start(columns, GTK_WIDGET(column), TRUE, TRUE, 0);
+    }
+    gtk_widget_show(GTK_WIDGET(columns));
+    notice_ = makeTextLabel();
+    gtk_box_pack_start(content_, GTK_WIDGET(columns), FALSE, FALSE, 0);
+    gtk_box_pack_start(content_, GTK_WIDGET(notice_), FALSE, FALSE, 0);
+    gtk_widget_show(GTK_WIDGET(content_));
+    gtk_container_add(GTK_CONTAINER(page_), GTK_WIDGET(content_));
+
+    name_ = GTK_LABEL(gtk_label_new(nullptr));
+    mapConnection_ = std::make_unique<SignalConnection>(page_, "map", G_CALLBACK(onMap), &shown_);
+    gtk_print_unix_dialog_add_custom_tab(dialog_, page_, GTK_WIDGET(name_)); // and shows it
+    gtk_widget_hide(page_);
+}
+
+void PanelTab::appear(const std::string& name) {
+    ensureWidgets();
+    gtk_label_set_text(name_, name.c_str());
+    refresh({});
+    setNotice("");
+    showWhenSettled();
+}
+
+void PanelTab::showWhenSettled() {
+    stopWaiting();
+    ticks_ = 0;
+    const auto onTick = [](GtkWidget* dialog, GdkFrameClock*, gpointer data) -> gboolean {
+        auto* const self = static_cast<PanelTab*>(data);
+        if (++self->ticks_ < kMostTicks && !hasItsSize(dialog)) return G_SOURCE_CONTINUE;
+        self->tick_ = 0;
+        gtk_widget_show(self->page_);
+        return G_SOURCE_REMOVE;
+    };
+    tick_ = gtk_widget_add_tick_callback(GTK_WIDGET(dialog_), onTick, this, nullptr);
+}
+
+void PanelTab::stopWaiting() {
+    if (const guint tick = std::exchange(tick_, 0); tick != 0)
+        gtk_widget_remove_tick_callback(GTK_WIDGET(dialog_), tick);
+}
+
+void PanelTab::disappear() {
+    stopWaiting();
+    if (page_ == nullptr) return;
+    gtk_widget_hide(page_);
+    if (mirror_ == nullptr) return;
+    gtk_widget_destroy(mirror_->widget());
+    mirror_.reset();
+}
+
+bool PanelTab::isInFront() const {
+    return page_ != nullptr && gtk_widget_get_mapped(page_);
+}
+
+void PanelTab::setPanel(platform::View& root, std::function<void()> picked) {
+    mirror_ = std::make_unique<PanelMirror>(root, std::move(picked));
+    gtk_box_pack_start(content_, mirror_->widget(), FALSE, FALSE, 0);
+    gtk_box_reorder_child(content_, mirror_->widget(), 0);
+}
+
+void PanelTab::refresh(const PanelSession::Summary& summary) {
+    if (mirror_ != nullptr) mirror_->refresh();
+    std::array<std::string, 2> texts;
+    const std::size_t firstColumn = (summary.size() + 1) / 2;
+    for (std::size_t i = 0; i < summary.size(); ++i) {
+        std::string& text = texts[i < firstColumn ? 0 : 1];
+        text += (text.empty() ? "" : "\n") + summary[i].first + ": " + summary[i].second;
+    }
+    if (page_ == nullptr) return;
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        gtk_label_set_text(summary_[i], texts[i].c_str());
+    fitHeight();
+}
+
+// An empty line keeps its height, so that the rows stay where they are when one is written.
+void PanelTab::setNotice(const std::string& text) {
+    if (notice_ == nullptr) return;
+    gtk_label_set_text(notice_, text.c_str());
+    fitHeight();
+}
+
+void PanelTab::fitHeight() {
+    int natural = 0;
+    gtk_widget_get_preferred_height(GTK_WIDGET(content_), nullptr, &natural);
+    const int most = static_cast<int>(kMostOfScreen * screenHeight(page_));
+    gtk_scrolled_window_set_min_content_height(GTK_SCROLLED_WINDOW(page_), std::min(natural, most));
+}
+
+} // namespace orvan

@@ -1,0 +1,64 @@
+// The tab of a print dialog that shows a panel, its summary, and what a pick changed elsewhere.
+#pragma once
+
+#include "Platform/PrintDialog.h"
+#include "PrintDialog/Gtk3/GObjectRef.h"
+#include "PrintDialog/Gtk3/PanelMirror.h"
+#include "PrintDialog/Host/PanelSession.h"
+
+#include <gtk/gtkunixprint.h>
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace orvan {
+
+// GTK's tabs cannot be taken out of a dialog, so this one stays and is hidden while there is nothing to show.
+// Owned by whoever attaches to the dialog; the widgets belong to the dialog. GTK's thread.
+class PanelTab {
+public:
+    // `shown` is told each time the tab comes to the front.
+    PanelTab(GtkPrintUnixDialog* dialog, std::function<void()> shown);
+    ~PanelTab();
+    PanelTab(const PanelTab&) = delete;
+    PanelTab& operator=(const PanelTab&) = delete;
+
+    // Shows the tab under the name, empty until setPanel. It comes as soon as the dialog has the size that it
+    // asked for: a dialog that asks for more while it is still being resized is drawn too small once, and GTK
+    // complains.
+    void appear(const std::string& name);
+    // Hides the tab and lets go of the panel's mirror.
+    void disappear();
+    bool isInFront() const;
+
+    // Mirrors the panel's view, which stays with the panel and must outlive the mirror (disappear).
+    void setPanel(platform::View& root, std::function<void()> picked);
+    bool hasPanel() const { return mirror_ != nullptr; }
+
+    // Brings the panel's mirror and the lines of the summary up to date.
+    void refresh(const PanelSession::Summary& summary);
+    // A line below the summary; "" for none.
+    void setNotice(const std::string& text);
+
+private:
+    void ensureWidgets();
+    void showWhenSettled();
+    void stopWaiting();
+    void fitHeight();
+
+    GtkPrintUnixDialog* dialog_;
+    std::function<void()> shown_;
+    GtkWidget* page_ = nullptr; // the dialog's, null until the tab first appears
+    GtkLabel* name_ = nullptr;
+    GtkBox* content_ = nullptr;
+    std::array<GtkLabel*, 2> summary_{}; // its columns
+    GtkLabel* notice_ = nullptr;
+    std::unique_ptr<PanelMirror> mirror_;
+    std::unique_ptr<SignalConnection> mapConnection_;
+    guint tick_ = 0; // while it waits for the dialog's size
+    int ticks_ = 0;  // how many frames it has waited
+};
+
+} // namespace orvan

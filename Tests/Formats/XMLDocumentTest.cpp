@@ -1,0 +1,144 @@
+#include "Formats/XMLDocument.h"
+
+#include <gtest/gtest.h>
+
+using namespace platform;
+
+namespace {
+
+std::string times(const std::string& piece, std::size_t count) {
+    std::string text;
+    text.reserve(piece.size() * count);
+    for (std::size_t i = 0; i < count; ++i)
+        text += piece;
+    return text;
+}
+
+} // namespace
+
+TEST(XMLDocument, treeIsInDocumentOrder) {
+    const std::string bytes =
+        "<?xml version='1.0'?><!DOCTYPE r SYSTEM 'http://dtd.example/r.dtd'><!-- out -->\n"
+        "<r z='1' a='x &amp; \"y\"' ns:b=''>\n  <first/>\n  one &lt;<![CDATA[ <two>]]>"
+        "<?pi x?> &#233;<!-- c -->three<s><t>four</t> \t\n</s>\n</r><!-- out -->";
+    platform::Failure error;
+    const auto document = XMLDocument::parse(bytes, error);
+    ASSERT_NE(document, nullptr) << error.value_or("");
+    const XMLNode* root = document->rootElement();
+
+    EXPECT_EQ(root->name(), "r");
+    EXPECT_EQ(root->parent(), nullptr);
+    EXPECT_EQ(root->nextSibling(), nullptr);
+    ASSERT_EQ(root->attributeCount(), 3U);
+    EXPECT_EQ(root->attributeAtIndex(0).name, "z");
+    EXPECT_EQ(root->attributeAtIndex(1).name, "a");
+    EXPECT_EQ(root->attributeAtIndex(1).value, "x & \"y\"");
+    EXPECT_EQ(root->attributeForName("ns:b"), "");
+    EXPECT_EQ(root->attributeForName("b"), std::nullopt);
+    EXPECT_EQ(root->stringValue(), "\n  one < <two> \u00E9threefour");
+
+    struct Expected {
+        XMLNode::Kind kind;
+        std::string_view name;
+        std::string_view text;
+        std::size_t children;
+    };
+    const std::vector<Expected> nodes = {
+        {XMLNode::Kind::element, "r", root->stringValue(), 5},
+        {XMLNode::Kind::element, "first", "", 0},
+        {XMLNode::Kind::text, "", "\n  one < <two> \u00E9", 0},
+        {XMLNode::Kind::comment, "", " c ", 0},
+        {XMLNode::Kind::text, "", "three", 0},
+        {XMLNode::Kind::element, "s", "four", 1},
+        {XMLNode::Kind::element, "t", "four", 1},
+        {XMLNode::Kind::text, "", "four", 0},
+    };
+    const XMLNode* node = root;
+    for (const Expected& expected : nodes) {
+        ASSERT_NE(node, nullptr);
+        EXPECT_EQ(node->kind(), expected.kind);
+        EXPECT_EQ(node->name(), expected.name);
+        EXPECT_EQ(node->stringValue(), expected.text);
+        EXPECT_EQ(node->childCount(), expected.children);
+        const XMLNode* child = node->firstChild();
+        for (std::size_t i = 0; i < node->childCount(); ++i, child = child->nextSibling()) {
+            EXPECT_EQ(node->childAtIndex(i), child);
+            EXPECT_EQ(child->parent(), node);
+        }
+        EXPECT_EQ(child, nullptr);
+        node = node->nextNode();
+    }
+    EXPECT_EQ(node, nullptr);
+    EXPECT_EQ(root->childNamed("s"), root->childAtIndex(4));
+    EXPECT_EQ(root->childNamed("t"), nullptr);
+    EXPECT_EQ(root->childAtIndex(5), nullptr);
+
+    const std::string again = "<r z=\"1\" a=\"x &amp; &quot;y&quot;\" ns:b=\"\"><first/>\n  one &lt; "
+                              "&lt;two&gt; \u00E9<!-- c -->three"
+                              "<s><t>four</t></s></r>";
+    EXPECT_EQ(root->xmlText(), again);
+    EXPECT_EQ(root->childNamed("s")->firstChild()->xmlText(), "<t>four</t>");
+    EXPECT_EQ(XMLDocument::parse(again)->rootElement()->xmlText(), again);
+}
+
+TEST(XMLDocument, readsOtherEncodings) {
+    for (const std::string& bytes : {std::string("\xEF\xBB\xBF<r>\u00FC</r>"),
+             std::string("<?xml version='1.0' encoding='ISO-8859-1'?><r>\xFC</r>"),
+             std::string("\xFF\xFE<\0r\0>\0\xFC\0<\0/\0r\0>\0", 18)}) {
+        const auto document = XMLDocument::parse(bytes);
+        ASSERT_NE(document, nullptr);
+        EXPECT_EQ(document->rootElement()->stringValue(), "\u00FC");
+    }
+}
+
+TEST(XMLDocument, refusalsSayWhatAndWhere) {
+    std::string attributes;
+    for (int i = 0; i < 80000; ++i)
+        attributes += " a" + std::to_string(i) + "=''";
+    struct Case {
+        std::string bytes;
+        std::string error; // a part of it
+    };
+    for (const Case& c : std::vector<Case>{
+             {"", "no element"},
+             {"<a/><b/>", "line 1, column 5: junk"},
+             {"<a>\n<b>\n</a>", "line 3, column 3: mismatched tag"},
+             {"<a b='' b=''/>", "duplicate attribute"},
+             {"<a>\xC0\x80</a>", "not well-formed"},
+             {"<a>&#0;</a>", "character number"},
+             {std::string("<a>\0</a>", 8), "not well-formed"},
+             {"<a>&b;</a>", "undefined entity"},
+             {"<!DOCTYPE a SYSTEM 'file:///etc/passwd'><a>&b;</a>", "\"b\" is not defined"},
+             {"<!DOCTYPE a [<!ENTITY b SYSTEM 'file:///etc/passwd'>]><a>&b;</a>", "internal subset"},
+             {"<!DOCTYPE a [<!ENTITY b 'bbbb'><!ENTITY c '&b;&b;&b;'>]><a>&c;</a>", "internal subset"},
+             {"<?xml version='1.0' encoding='x-other'?><a/>", "unknown encoding"},
+             {times("<a>", 300000), "nest too deep"},
+             {"<a" + attributes + "/>", "too many attributes"},
+             {"<a>" + std::string(XMLDocument::kMaximumSize, 'x') + "</a>", "1048583 bytes"},
+         }) {
+        platform::Failure error;
+        EXPECT_EQ(XMLDocument::parse(c.bytes, error), nullptr) << c.bytes.substr(0, 100);
+        EXPECT_NE(error.value_or("").find(c.error), std::string::npos)
+            << c.bytes.substr(0, 100) << "\nsays: " << error.value_or("") << "\nnot: " << c.error;
+    }
+}
+
+TEST(XMLDocument, limitsAreStillRead) {
+    std::string attributes;
+    for (std::size_t i = 0; i < XMLDocument::kMaximumAttributes; ++i)
+        attributes += " a" + std::to_string(i) + "='b'";
+    const auto wide = XMLDocument::parse("<a" + attributes + "/>");
+    ASSERT_NE(wide, nullptr);
+    EXPECT_EQ(wide->rootElement()->attributeForName("a255"), "b");
+
+    const std::size_t depth = XMLDocument::kMaximumDepth;
+    const auto deep = XMLDocument::parse(times("<a>", depth) + "x" + times("</a>", depth));
+    ASSERT_NE(deep, nullptr);
+    EXPECT_EQ(deep->rootElement()->stringValue(), "x");
+
+    const auto large =
+        XMLDocument::parse("<a>" + times("<b/>", (XMLDocument::kMaximumSize - 7) / 4) + "</a>");
+    ASSERT_NE(large, nullptr);
+    EXPECT_EQ(large->rootElement()->childCount(), 262142U);
+    EXPECT_NE(large->rootElement()->childAtIndex(262141), nullptr);
+}

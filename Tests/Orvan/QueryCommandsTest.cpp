@@ -1,0 +1,301 @@
+// `orvan` where printers answer: by a scheduler's queue, by a command filter, and from files.
+#include "Tests/Support/CommandQueue.h"
+#include "Tests/Support/DerivedPPD.h"
+#include "Tests/Support/Terminal.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvan {
+namespace {
+
+using Json = nlohmann::json;
+using Words = std::vector<std::string>;
+
+constexpr const char* kPapersCommand = "com.orvan.CustomPaperTypes";
+constexpr const char* kStatusCommand = "com.orvan.DeviceStatus";
+
+ProgramEnd run(const Words& command, Environment environment = {}) {
+    environment.insert({{"LC_ALL", "C.UTF-8"}, {"LANGUAGE", ""}, {"ORVAN_SYSTEM_RELEASE", std::nullopt}});
+    return runProgram(command, environment);
+}
+
+ProgramEnd orvan(Words arguments, const Environment& environment = {}) {
+    arguments.insert(arguments.begin(), ORVAN_PROGRAM);
+    return run(arguments, environment);
+}
+
+// A line of a shell, in which $ORVAN is the program.
+ProgramEnd shell(const std::string& line) {
+    return run({"/bin/sh", "-c", line}, {{"ORVAN", ORVAN_PROGRAM}});
+}
+
+void expectRefusal(const ProgramEnd& end, const std::string& words, int exitCode = 1) {
+    EXPECT_EQ(end.exitCode, exitCode);
+    EXPECT_EQ(end.output, "");
+    EXPECT_TRUE(end.errors.starts_with("orvan: ")) << end.errors;
+    EXPECT_NE(end.errors.find(words), std::string::npos) << end.errors;
+    EXPECT_EQ(std::count(end.errors.begin(), end.errors.end(), '\n'), 1) << end.errors;
+}
+
+Words joined(Words words, const Words& more) {
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
+}
+
+class QueryCommands : public CommandQueue {
+protected:
+    void SetUp() override {
+        // Where the scheduler's user can read.
+        std::filesystem::permissions(answers_.path(), std::filesystem::perms(0755));
+        for (const auto& answer : std::filesystem::directory_iterator(ORVAN_ANSWERS_FOLDER))
+            std::filesystem::copy(answer.path(), answers_.path());
+        failing_ = answers_.write("failing-filter", "#!/bin/sh\nexit 1\n");
+        std::filesystem::permissions(failing_, std::filesystem::perms(0755));
+        CommandQueue::SetUp();
+        if (IsSkipped() || HasFatalFailure()) return;
+        // The scheduler looks for a filter in its folder; who runs it himself needs its path.
+        addQueue("Queue", kFilter.filename());
+        addQueue("Filter", kFilter);
+    }
+
+    SchedulerFolderOptions folderOptions() const override {
+        SchedulerFolderOptions options;
+        options.extraFilters = {kFilter, failing_};
+        options.programEnvironment = {{"ORVAN_ANSWERS", answers_.path()}};
+        return options;
+    }
+
+    void addQueue(const std::string& name, const std::string& filter) const {
+        DerivedPPD ppd;
+        ppd.append("*cupsCommands: \"" + std::string(kPapersCommand) + " " + kStatusCommand + "\"\n" +
+                   "*cupsFilter2: \"application/vnd.cups-command application/vnd.cups-raw 0 " + filter +
+                   "\"\n");
+        ASSERT_EQ(system_->addQueue({.name = name, .ppdFile = ppd.file()}), std::nullopt);
+    }
+
+    ProgramEnd ask(const Words& arguments) const {
+        return CommandQueue::orvan(arguments, {{"ORVAN_ANSWERS", answers_.path()}});
+    }
+
+    Json answer(const Words& arguments) const {
+        const ProgramEnd end = ask(arguments);
+        EXPECT_EQ(end.exitCode, 0) << end.errors;
+        EXPECT_EQ(end.errors, "");
+        return Json::parse(end.output, nullptr, false);
+    }
+
+    // The panel of Queue, which hears of its printer only what comes while it waits.
+    Json panelOfQueue(const std::string& set) const {
+        EXPECT_EQ(system_->pauseQueue("Queue"), std::nullopt);
+        Environment variables{{"ORVAN", ORVAN_PROGRAM}, {"OUT", answers_.path() / "out"}, {"TERM", "xterm"}};
+        variables.merge(environment());
+        Terminal terminal(
+            {"/bin/sh", "-c", "$ORVAN panel -q Queue --json --timeout 100 --set " + set + " >$OUT"},
+            variables);
+        terminal.shownUntil("Waiting for printer Queue");
+        EXPECT_EQ(system_->resumeQueue("Queue"), std::nullopt);
+        const std::string errors = terminal.shownUntilEnd();
+        EXPECT_EQ(terminal.waitForEnd(), 0) << errors;
+        return Json::parse(contents(answers_.path() / "out"), nullptr, false);
+    }
+
+    const std::filesystem::path kFilter = ORVAN_ANSWER_FILTER;
+    TempFolder answers_;
+    std::filesystem::path failing_;
+};
+
+TEST_F(QueryCommands, ShowWhatThePrinterAnswersByBothWays) {
+    const std::string papers = "Letterhead Zürich\t1\tPlain\nCertificates (ivory, 160 g)\t17\tCardstock\n"
+                               "Delivery notes\t4\tRecycled\n";
+    for (const std::string release : {"10.9.0", "10.6.8"}) {
+        SCOPED_TRACE(release);
+        const std::string queue = release == "10.9.0" ? "Queue" : "Filter";
+        Words where{"-q", queue};
+        if (queue == "Filter") where.insert(where.end(), {"--release", release}); // the other is the default
+        const auto with = [&where](Words words) { return joined(std::move(words), where); };
+        EXPECT_EQ(ask(with({"papers"})).output, papers);
+        EXPECT_EQ(ask(with({"status"})).output,
+            "Trays\n"
+            "  Tray1          90 %    Plain, A4\n"
+            "  Tray2         unknown\n"
+            "Supplies\n"
+            "  cyan toner     40 %\n"
+            "  black toner   100 %\n"
+            "Custom papers\n"
+            "  Letterhead Zürich  type 1, base class Plain\n"
+            "  Certificates (ivory, 160 g)  type 17, base class Cardstock\n"
+            "  Delivery notes  type 4, base class Recycled\n");
+        const Json status = answer(with({"status", "--json"}));
+        EXPECT_EQ(status.size(), 5U);
+        EXPECT_EQ(status["schemaVersion"], 1);
+        EXPECT_EQ(status["queue"], queue);
+        EXPECT_EQ(status["release"], release);
+        ASSERT_EQ(status["responses"].size(), 2U);
+        EXPECT_EQ(status["responses"][0]["customPaperTypes"][2],
+            Json::parse(R"({"name": "Delivery notes", "type": "4", "baseClass": "Recycled"})"));
+        EXPECT_EQ(status["responses"][1]["input-trays-col"][1],
+            Json::parse(R"({"tray-name": "Tray2", "tray-level": -1})"));
+        const std::string set = "MediaType=CustomType17";
+        const Json panel =
+            queue == "Queue" ? panelOfQueue(set) : answer(with({"panel", "--json", "--set", set}));
+        EXPECT_EQ(panel["rows"][0]["items"].size(), 16U);
+        EXPECT_EQ(panel["rows"][0]["items"][13],
+            Json::parse(R"({"title": "Letterhead Zürich", "keyword": "CustomType1"})"));
+        EXPECT_EQ(panel["rows"][0]["selected"], 14);
+        EXPECT_EQ(panel["summary"]["Paper Type"], "Certificates (ivory, 160 g)");
+    }
+}
+
+TEST_F(QueryCommands, KeepControlCharactersFromTheTerminal) {
+    const std::string name = "a\tb\nc\033[2Jd\u009Be\177é";
+    answers_.write(
+        kPapersCommand, "{customPaperTypes = ({name = \"" + name + "\"; type = 1; }); \"k\n\" = 1; }");
+    std::filesystem::remove(answers_.path() / kStatusCommand);
+    const Words where{"-q", "Filter", "--release", "10.6.8"};
+    const auto with = [&where](Words words) { return joined(std::move(words), where); };
+    EXPECT_EQ(ask(with({"papers"})).output, "a b c [2Jd e é\t1\t\n");
+    EXPECT_EQ(ask(with({"status"})).output,
+        "Custom papers\n  a b c [2Jd e é  type 1, base class unknown\nk \n  \"1\"\n");
+    const ProgramEnd panel = ask(with({"panel", "--set", "MediaType=CustomType1"}));
+    EXPECT_NE(panel.output.find("Paper Type: [a b c [2Jd e é]  of 14\n"), std::string::npos) << panel.output;
+    EXPECT_NE(panel.output.find("Paper Type: a b c [2Jd e é\n"), std::string::npos) << panel.output;
+    const Json papers = answer(with({"papers", "--json"}));
+    EXPECT_EQ(papers, (Json{{"schemaVersion", 1}, {"queue", "Filter"}, {"complaint", ""},
+                          {"papers", {{{"name", name}, {"type", "1"}, {"baseClass", ""}}}}}));
+}
+
+TEST_F(QueryCommands, SayWhyThereIsNoAnswer) {
+    addQueue("Failing", "failing-filter");
+    addQueue("Held", kFilter.filename());
+    addQueue("Silent", kFilter.filename());
+    ASSERT_EQ(system_->holdNewJobs("Held"), std::nullopt);
+    ASSERT_EQ(system_->addQueue({.name = "Mute", .ppdFile = DerivedPPD().file()}), std::nullopt);
+    addQueue("Gone", answers_.path() / "no-such-filter");
+    const ProgramEnd stopped = ask({"status", "-q", "Failing"});
+    expectRefusal(stopped, "was stopped by a filter that failed");
+    std::vector<PrintJob> jobs;
+    ASSERT_EQ(system_->jobs("Failing", &jobs), std::nullopt);
+    ASSERT_EQ(jobs.size(), 1U);
+    EXPECT_NE(
+        stopped.errors.find("\"cancel Failing-" + std::to_string(jobs.front().id) + "\""), std::string::npos)
+        << stopped.errors;
+
+    answers_.write(kPapersCommand, "<plist><dict>");
+    answers_.write(kStatusCommand, "bplist00");
+    const struct {
+        Words arguments;
+        const char* words;
+    } cases[] = {
+        {{"status", "-q", "Failing"}, "every later question waits for it"},
+        {{"papers", "-q", "Held"}, "is held"},
+        {{"status", "-q", "Nowhere"}, "Nowhere"},
+        {{"status", "-q", "Mute"}, "its PPD lists no commands (\"cupsCommands\")"},
+        {{"papers", "-q", "Queue"}, "what the printer's command filter answered cannot be decoded"},
+        {{"papers", "-q", "Filter", "--release", "10.6.8"}, "answered nothing that can be decoded"},
+        {{"status", "-q", "Gone", "--release", "10.6.8"}, "names no command filter"},
+        {{"status", "-q", "Queue", "--release", "10.10"}, "on release 10.10 and later"},
+    };
+    for (const auto& [arguments, words] : cases) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        expectRefusal(ask(arguments), words);
+    }
+    std::filesystem::remove(answers_.path() / kPapersCommand);
+    std::filesystem::remove(answers_.path() / kStatusCommand);
+    expectRefusal(ask({"papers", "-q", "Silent"}), "answered nothing; the scheduler's error log says why");
+}
+
+TEST(FileCommands, CarryBlocksInChunks) {
+    const TempFolder folder;
+    std::mt19937 random; // always the same
+    const std::string in = folder.path() / "in";
+    const std::string name(36, 'N');
+    const std::string roundTrip = "\"$ORVAN\" chunks encode " + name + " <" + in +
+                                  " | \"$ORVAN\" chunks decode " + name + " | cmp - " + in;
+    // Random bytes do not get smaller: with 147 of them the stream fills its first piece.
+    for (const std::size_t size : {0U, 147U, 5000U, 300000U}) {
+        SCOPED_TRACE(size);
+        std::string block(size, '\0');
+        std::ranges::generate(block, [&random] { return static_cast<char>(random()); });
+        folder.write("in", block);
+        const ProgramEnd piped = shell(roundTrip);
+        EXPECT_EQ(piped.exitCode, 0) << piped.output << piped.errors;
+        if (size > 5000) continue; // more than a PPD takes
+        const ProgramEnd lines = shell("\"$ORVAN\" chunks encode N <" + in);
+        DerivedPPD ppd;
+        ppd.addEntries(lines.output);
+        const ProgramEnd read = orvan({"chunks", "decode", "N", "--ppd", ppd.file()});
+        EXPECT_EQ(read.exitCode, 0) << read.errors;
+        EXPECT_TRUE(read.output == block);
+        expectRefusal(orvan({"chunks", "decode", "M", "--ppd", ppd.file()}), "there are no chunks of M in ");
+    }
+    expectRefusal(
+        shell("echo PPD: N0000=eJw= | \"$ORVAN\" chunks decode M"), "no chunks of M in standard input");
+    expectRefusal(
+        shell("\"$ORVAN\" chunks encode " + std::string(37, 'N') + " </dev/null"), "longer than 36");
+    expectRefusal(shell("head -c 16777217 /dev/zero | \"$ORVAN\" chunks encode N"), "larger than 16 MiB");
+    expectRefusal(orvan({"chunks", "decode", "N", "--ppd", "/no/such.ppd"}), "/no/such.ppd: ");
+    expectRefusal(orvan({"chunks"}), "ubcommand", 2);
+}
+
+TEST(FileCommands, ConvertPropertyLists) {
+    const TempFolder folder;
+    const std::string text =
+        folder.write("text", "{ text = \"a b\"; data = <00ff>; list = (1, (), {}); \"Ü\" = \"é\"; }");
+    const std::string xml = folder.write("xml",
+        "<plist version='1.0'><dict><key>n</key><integer>-7</integer><key>t</key><true/>"
+        "<key>d</key><date>2013-07-09T10:00:00Z</date><key>r</key><real>1.5</real></dict></plist>");
+    const std::pair<std::string, Json> cases[] = {
+        {text, Json::parse(R"({"text": "a b", "data": {"data": "AP8="}, "list": ["1", [], {}], "Ü": "é"})")},
+        {xml, Json::parse(R"({"n": -7, "t": true, "d": {"date": "2013-07-09T10:00:00Z"}, "r": 1.5})")},
+    };
+    for (const auto& [file, expected] : cases) {
+        SCOPED_TRACE(file);
+        EXPECT_EQ(Json::parse(orvan({"plist", file}).output, nullptr, false), expected);
+        EXPECT_EQ(orvan({"plist", file}).output, orvan({"plist", "--json", file}).output);
+        for (const auto& [form, start] : {std::pair{"--xml", "<?xml"}, std::pair{"--binary", "bplist00"}}) {
+            const ProgramEnd end = orvan({"plist", form, file});
+            EXPECT_TRUE(end.output.starts_with(start)) << end.output << end.errors;
+            const std::string again = folder.write("again", end.output);
+            EXPECT_EQ(Json::parse(orvan({"plist", again}).output, nullptr, false), expected);
+        }
+    }
+    const std::string broken = folder.write("broken", "{ a = b");
+    expectRefusal(orvan({"plist", broken}), broken + " is no property list: ");
+    expectRefusal(orvan({"plist", folder.write("empty", "")}), "is no property list");
+    expectRefusal(orvan({"plist", folder.path() / "none"}), "none: No such file");
+    expectRefusal(orvan({"plist", folder.path()}), "Is a directory");
+    expectRefusal(orvan({"plist", "--xml", "--binary", text}), "--binary", 2);
+}
+
+TEST(FileCommands, ShowThePanelWithAnswersFromFiles) {
+    const TempFolder folder;
+    const std::string one = folder.write("one", "{customPaperTypes=({name=One;type=1;});}");
+    const std::string two = folder.write("two", "{customPaperTypes=({name=Two;type=22;});}");
+    const Words panel{"panel", "--json", "--ppd", ORVAN_DRIVER_PPD};
+    const auto with = [&panel](const Words& more) { return orvan(joined(panel, more)); };
+    const auto customPapers = [&with](const Words& more) {
+        const Json answer = Json::parse(with(more).output, nullptr, false);
+        std::string papers;
+        for (std::size_t i = 13; i < answer["rows"][0]["items"].size(); ++i)
+            for (const char* const key : {"title", "keyword"})
+                papers += answer["rows"][0]["items"][i][key].get<std::string>() + " ";
+        return papers;
+    };
+    EXPECT_EQ(customPapers({}), "");
+    EXPECT_EQ(customPapers({"--response", one}), "One CustomType1 ");
+    EXPECT_EQ(customPapers({"--response", two, "--response", one}), "Two CustomType22 One CustomType1 ");
+    EXPECT_TRUE(
+        customPapers({"--response", one, "--release", "10.10"}).starts_with("Custom Type 1 CustomType1 "));
+    expectRefusal(with({"--response", folder.path() / "none"}), "none: No such file");
+    expectRefusal(with({"--response", folder.write("broken", "(")}), "broken is no property list: ");
+    expectRefusal(with({"--response", one, "--set", "MediaType=CustomType2"}), "no choice CustomType2");
+}
+
+} // namespace
+} // namespace orvan

@@ -1,0 +1,178 @@
+#include "Tests/PrintDialog/Gtk3/Desktop.h"
+
+#include "Tests/Support/DerivedPPD.h"
+
+#include <glib.h>
+#include <gtest/gtest.h>
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+// Only an application that hangs takes that many seconds.
+constexpr unsigned kPatience = 600;
+
+std::vector<std::string>& log() {
+    static std::vector<std::string> lines;
+    return lines;
+}
+
+std::vector<std::string>& complaints() {
+    static std::vector<std::string> lines;
+    return lines;
+}
+
+GLogWriterOutput keepComplaint(GLogLevelFlags level, const GLogField* fields, gsize count, gpointer data) {
+    if ((level & (G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_ERROR)) != 0)
+        for (gsize i = 0; i < count; ++i)
+            if (std::string(fields[i].key) == "MESSAGE")
+                complaints().emplace_back(static_cast<const char*>(fields[i].value));
+    return g_log_writer_default(level, fields, count, data);
+}
+
+} // namespace
+
+// The program's own symbol comes before the C library's, for everything that it loads as well.
+extern "C" __attribute__((visibility("default"))) void syslog(int, const char* format, ...) {
+    std::array<char, 1024> line{};
+    va_list arguments;
+    va_start(arguments, format);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it has just been set
+    std::vsnprintf(line.data(), line.size(), format, arguments);
+    va_end(arguments);
+    log().emplace_back(line.data());
+}
+
+// What GTK's print back end and the font library leave behind by themselves, dialog or not. Whole call stacks
+// are needed to tell these from leaks of ours.
+// NOLINTBEGIN(bugprone-reserved-identifier): the sanitizers' names
+extern "C" const char* __asan_default_options();
+extern "C" __attribute__((visibility("default"))) const char* __asan_default_options() {
+    return "fast_unwind_on_malloc=0:malloc_context_size=10";
+}
+extern "C" const char* __lsan_default_suppressions();
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig\nleak:g_strdupv\n";
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
+namespace orvan::test {
+
+std::vector<std::string> systemLogLines() {
+    return log();
+}
+std::vector<std::string> gtkComplaints() {
+    return complaints();
+}
+
+std::filesystem::path builtModule() {
+    return ORVAN_MODULE_FILE;
+}
+
+std::unique_ptr<Display> Display::start(std::string* problem) {
+    std::array<int, 2> pipe{};
+    if (::pipe(pipe.data()) != 0) return nullptr;
+    const pid_t process = fork();
+    if (process == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        close(pipe[0]);
+        const std::string number = std::to_string(pipe[1]);
+        std::freopen("/dev/null", "w", stderr);
+        execlp("Xvfb", "Xvfb", "-displayfd", number.c_str(), "-screen", "0", "1280x1024x24", "-nolisten",
+            "tcp", "-noreset", nullptr);
+        _exit(127);
+    }
+    close(pipe[1]);
+    std::string name;
+    for (char c = 0; read(pipe[0], &c, 1) == 1 && c != '\n';)
+        name += c;
+    close(pipe[0]);
+    std::unique_ptr<Display> display(new Display(process, ":" + name));
+    if (!name.empty()) return display;
+    *problem = "no display: Xvfb does not start (Debian package xvfb)";
+    return nullptr;
+}
+
+Display::~Display() {
+    kill(process_, SIGTERM);
+    waitpid(process_, nullptr, 0);
+}
+
+Desktop Desktop::start(const PrintingSystemOptions& options) {
+    Desktop desktop;
+    desktop.display = Display::start(&desktop.skipReason);
+    if (desktop.display == nullptr) return desktop;
+    Failure failure;
+    desktop.printing = PrintingSystem::start(options, &failure);
+    if (desktop.printing == nullptr) {
+        desktop.skipReason = "no printing system: " + failure.value_or("");
+        return desktop;
+    }
+    DerivedPPD other;
+    other.replace("*Manufacturer: \"Orvan\"", "*Manufacturer: \"Other\"");
+    for (const auto& [queue, ppd] : {std::pair<std::string, std::filesystem::path>{"Office", ORVAN_PPD_FILE},
+             {"Annex", ORVAN_PPD_FILE}, {"Other", other.file()}})
+        if (Failure added = desktop.printing->addQueue({.name = queue, .ppdFile = ppd}); added)
+            desktop.skipReason = *added;
+    return desktop;
+}
+
+Environment Desktop::environment() const {
+    const std::filesystem::path& home = printing->folder().home();
+    const std::filesystem::path runtime = home / "runtime";
+    std::filesystem::create_directory(runtime);
+    std::filesystem::permissions(runtime, std::filesystem::perms::owner_all);
+    // No bus answers, so that none starts what this machine happens to have: portals, file systems, settings.
+    Environment variables{{"DISPLAY", display->name()}, {"GDK_BACKEND", "x11"}, {"NO_AT_BRIDGE", "1"},
+        {"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (runtime / "no-bus").string()},
+        {"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + (runtime / "no-bus").string()}, {"GTK_USE_PORTAL", "0"},
+        {"GIO_USE_VFS", "local"}, {"GSETTINGS_BACKEND", "memory"}, {"XDG_RUNTIME_DIR", runtime.string()},
+        // The printer is asked for the names of its papers by the tests of that alone.
+        {"ORVAN_SYSTEM_RELEASE", "10.10"}};
+    for (const auto& [name, value] : printing->environment())
+        variables[name] = value;
+    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+        variables[name] = (home / name).string();
+    for (const char* name :
+        {"AT_SPI_BUS_ADDRESS", "DESKTOP_SESSION", "GTK_IM_MODULE", "GTK_MODULES", "GTK_PATH", "GTK_THEME",
+            "LANGUAGE", "LC_ALL", "ORVAN_PAPER_OPTIONS", "WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP"})
+        variables[name] = std::nullopt;
+    return variables;
+}
+
+bool Desktop::runApplication(const std::vector<std::string>& environment, const std::function<void()>& body,
+    const std::filesystem::path& module) const {
+    std::fflush(nullptr);
+    const pid_t process = fork();
+    if (process == 0) {
+        alarm(kPatience);
+        printing->adoptEnvironment();
+        changeEnvironment(this->environment());
+        setenv("GTK3_MODULES", module.c_str(), 1);
+        for (const std::string& variable : environment) {
+            const std::size_t equals = variable.find('=');
+            setenv(variable.substr(0, equals).c_str(), variable.substr(equals + 1).c_str(), 1);
+        }
+        g_log_set_writer_func(keepComplaint, nullptr, nullptr);
+        body();
+        std::fflush(nullptr);
+        std::exit(::testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = 0;
+    while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (WIFSIGNALED(status)) ADD_FAILURE() << "the application was ended by signal " << WTERMSIG(status);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+} // namespace orvan::test

@@ -1,0 +1,281 @@
+// The paper options in the print dialogs of applications that know nothing of them.
+#include "OrvanPaperOptions/Source/OptionRows.h"
+#include "Tests/PrintDialog/Gtk3/Application.h"
+#include "Tests/Support/DerivedPPD.h"
+
+#include <algorithm>
+#include <csignal>
+#include <string>
+
+namespace orvan::test {
+namespace {
+
+class PaperOptionsTab : public DialogTest {
+protected:
+    // That option of the queue's newest job.
+    std::string option(const std::string& keyword, const std::string& queue = "Office") const {
+        const auto all = jobs(queue);
+        return all.empty() ? "(no job arrived)" : all.back().attribute(keyword).value_or("(none)");
+    }
+};
+
+// The labels of the rows that the driver's options fill, top to bottom.
+std::vector<std::string> labels() {
+    const PPDRecord record(ppdOpenFile(ORVAN_PPD_FILE));
+    std::vector<std::string> labels;
+    for (const OptionRowSpec& row : kOptionRows)
+        if (const ppd_option_t* option = ppdFindOption(record.get(), row.keyword); option != nullptr)
+            labels.push_back(std::string(option->text) + ":");
+    return labels;
+}
+
+// Whether a thread of this process fetches a PPD.
+bool isFetching() {
+    return std::ranges::any_of(std::filesystem::directory_iterator("/proc/self/task"),
+        [](const auto& thread) { return contents(thread.path() / "comm") == "orvan-ppd\n"; });
+}
+
+bool hasTab(const OpenDialog& dialog) {
+    const auto tabs = dialog.tabs();
+    return std::ranges::find(tabs, kTab) != tabs.end();
+}
+
+TEST_F(PaperOptionsTab, isThereForOrvanQueuesAndNoOthers) {
+    inApplication([] {
+        OpenDialog dialog(Settings{{"printer", "Other"}});
+        for (const auto& [queue, next] : {std::pair{"Office", "Print to File"}, {"Annex", "Other"},
+                 {"Office", "Other"}, {"Annex", "Print to File"}}) {
+            SCOPED_TRACE(queue);
+            dialog.selectPrinter(queue);
+            ASSERT_TRUE(dialog.waitForTab(kTab));
+            dialog.openTab(kTab);
+            EXPECT_EQ(dialog.popUps().size(), labels().size());
+            for (const std::string& label : labels())
+                EXPECT_NE(dialog.shownIn(label), "") << label;
+            dialog.selectPrinter(next);
+            EXPECT_FALSE(hasTab(dialog));
+        }
+        letPass(std::chrono::milliseconds(300)); // long enough for a late answer
+        EXPECT_FALSE(hasTab(dialog));
+    });
+}
+
+TEST_F(PaperOptionsTab, picksOnItAndOnTheOtherTabsArriveInTheJob) {
+    inApplication([this] {
+        OpenDialog dialog(Settings{{"printer", "Office"}, {"cups-OVNLastPageSource", "Tray3"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        EXPECT_EQ(dialog.shownIn("Last Page Source:"), "Tray 3")
+            << "the application's memory is where the marks start";
+        dialog.pick("Paper Type:", "Custom Type 2");
+        dialog.pick("Media Mismatch:", "Print on Loaded Paper");
+        EXPECT_TRUE(dialog.says("Paper Type: Custom Type 2")) << "the summary follows";
+
+        dialog.openTab("Page Setup");
+        EXPECT_EQ(dialog.shownIn("Paper type:"), "Custom Type 2") << "GTK's own option follows";
+        dialog.pick("Paper type:", "Glossy");
+        dialog.openTab(kTab);
+        EXPECT_EQ(dialog.shownIn("Paper Type:"), "Glossy") << "and leads";
+        EXPECT_TRUE(dialog.says("Paper Type: Glossy"));
+        EXPECT_EQ(dialog.print(document_), "");
+    });
+    EXPECT_EQ(option("MediaType"), "Glossy");
+    EXPECT_EQ(option("OVNMismatch"), "Print");
+    EXPECT_EQ(option("OVNLastPageSource"), "Tray3");
+}
+
+TEST_F(PaperOptionsTab, whatContradictsTheNewestPickGivesWay) {
+    inApplication([this] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        dialog.pick("Edge to Edge:", "On");
+        dialog.pick("Paper Type:", "Transparency");
+        EXPECT_EQ(dialog.shownIn("Edge to Edge:"), "Off");
+        EXPECT_TRUE(dialog.says("Edge to Edge changed from On to Off."));
+
+        dialog.pick("Edge to Edge:", "On");
+        EXPECT_NE(dialog.shownIn("Paper Type:"), "Transparency");
+        EXPECT_TRUE(dialog.says("Paper Type changed from Transparency to "));
+
+        // The same by GTK's own tab.
+        dialog.openTab("Page Setup");
+        dialog.pick("Paper type:", "Transparency");
+        dialog.openTab(kTab);
+        EXPECT_EQ(dialog.shownIn("Paper Type:"), "Transparency");
+        EXPECT_EQ(dialog.shownIn("Edge to Edge:"), "Off");
+        EXPECT_EQ(dialog.print(document_), "");
+    });
+    EXPECT_EQ(option("MediaType"), "Transparency");
+    EXPECT_EQ(option("OVNEdgeToEdge"), "Off");
+}
+
+TEST_F(PaperOptionsTab, rememberedSettingsThatContradictEachOtherAreResolved) {
+    inApplication([this] {
+        OpenDialog dialog(Settings{
+            {"printer", "Office"}, {"cups-MediaType", "Transparency"}, {"cups-OVNEdgeToEdge", "On"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        EXPECT_FALSE(
+            dialog.shownIn("Paper Type:") == "Transparency" && dialog.shownIn("Edge to Edge:") == "On");
+        EXPECT_TRUE(dialog.says(" changed from "));
+        EXPECT_EQ(dialog.print(document_), "");
+    });
+    EXPECT_FALSE(option("MediaType") == "Transparency" && option("OVNEdgeToEdge") == "On");
+}
+
+// The queue's PPD has changed since GTK read it, so GTK refuses a choice that the panel offers.
+TEST_F(PaperOptionsTab, aPickThatGTKRefusesArrivesInTheJob) {
+    inApplication([this] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        DerivedPPD changed;
+        changed.replace("*MediaType CustomType5/", "*MediaType CustomType17/");
+        ASSERT_EQ(desktop_.printing->addQueue({.name = "Office", .ppdFile = changed.file()}), std::nullopt);
+        dialog.selectPrinter("Other");
+        dialog.selectPrinter("Office");
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        dialog.pick("Paper Type:", "Custom Type 5");
+        dialog.openTab("Page Setup");
+        EXPECT_NE(dialog.shownIn("Paper type:"), "Custom Type 5") << "GTK does refuse it";
+        EXPECT_EQ(dialog.print(document_), "");
+    });
+    EXPECT_EQ(option("MediaType"), "CustomType17");
+}
+
+// An option of one choice is none to GTK; and each dialog's job has that dialog's picks.
+TEST_F(PaperOptionsTab, everyDialogHasItsOwnPicks) {
+    inApplication([this] {
+        OpenDialog first(Settings{{"printer", "Office"}});
+        OpenDialog second(Settings{{"printer", "Annex"}});
+        for (OpenDialog* dialog : {&first, &second}) {
+            ASSERT_TRUE(dialog->waitForTab(kTab));
+            dialog->openTab(kTab);
+        }
+        first.pick("Paper Type:", "Cardstock");
+        second.pick("Paper Type:", "Labels");
+        EXPECT_EQ(first.shownIn("Paper Type:"), "Cardstock");
+        EXPECT_EQ(second.print(document_), "");
+        EXPECT_EQ(first.print(document_), "");
+    });
+    EXPECT_EQ(option("MediaType", "Office"), "Cardstock");
+    EXPECT_EQ(option("MediaType", "Annex"), "Labels");
+}
+
+TEST_F(PaperOptionsTab, isReachedByTheKeyboardAndNamedForAssistiveTechnology) {
+    inApplication([] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        auto unreached = dialog.popUps();
+        // The order is that of the places on the screen.
+        ASSERT_TRUE(waitUntil([&] {
+            return std::ranges::all_of(unreached, [](const auto& entry) {
+                return gtk_widget_get_allocated_height(GTK_WIDGET(entry.second)) > 1;
+            });
+        }));
+        for (const auto& [label, combo] : unreached) {
+            AtkRelationSet* const relations =
+                atk_object_ref_relation_set(gtk_widget_get_accessible(GTK_WIDGET(combo)));
+            AtkRelation* const name =
+                atk_relation_set_get_relation_by_type(relations, ATK_RELATION_LABELLED_BY);
+            ASSERT_NE(name, nullptr) << label;
+            auto* const text = ATK_OBJECT(g_ptr_array_index(atk_relation_get_target(name), 0));
+            EXPECT_EQ(atk_object_get_name(text), label);
+            g_object_unref(relations);
+        }
+        std::vector<std::string> order;
+        for (int presses = 0; presses < 40 && !unreached.empty(); ++presses) {
+            gtk_widget_child_focus(GTK_WIDGET(dialog.dialog()), GTK_DIR_TAB_FORWARD);
+            GtkWidget* const focus = gtk_window_get_focus(GTK_WINDOW(dialog.dialog()));
+            std::erase_if(unreached, [&](const auto& entry) {
+                if (focus == nullptr || !gtk_widget_is_ancestor(focus, GTK_WIDGET(entry.second)))
+                    return false;
+                order.push_back(entry.first);
+                return true;
+            });
+        }
+        EXPECT_EQ(order, labels());
+    });
+}
+
+TEST_F(PaperOptionsTab, speaksThePersonsLanguage) {
+    inApplication(
+        [] {
+            OpenDialog dialog(Settings{{"printer", "Office"}});
+            EXPECT_TRUE(dialog.waitForTab("Papieroptionen"));
+        },
+        {"LC_ALL=de_DE.UTF-8"});
+}
+
+TEST_F(PaperOptionsTab, canBeSwitchedOff) {
+    inApplication(
+        [] {
+            OpenDialog dialog(Settings{{"printer", "Office"}});
+            letPass(std::chrono::milliseconds(500));
+            EXPECT_FALSE(hasTab(dialog));
+            EXPECT_TRUE(systemLogLines().empty());
+        },
+        {"ORVAN_PAPER_OPTIONS=off"});
+}
+
+TEST_F(PaperOptionsTab, aMissingHostOrBundleLeavesTheApplicationAsItIs) {
+    namespace fs = std::filesystem;
+    const fs::path build = fs::path(ORVAN_BUILD_DIR);
+    const fs::path library = fs::path("lib") / "orvan";
+    for (const char* missing : {"liborvan-print-dialog.so", "OrvanPaperOptions.plugin"}) {
+        SCOPED_TRACE(missing);
+        const TempFolder tree;
+        const fs::path module = tree.path() / fs::relative(builtModule(), build);
+        fs::create_directories(module.parent_path());
+        fs::copy(builtModule(), module);
+        fs::copy(build / library, tree.path() / library, fs::copy_options::recursive);
+        ASSERT_GT(fs::remove_all(tree.path() / library / missing), 0U);
+        const auto body = [this] {
+            for (int turn = 0; turn < 2; ++turn) {
+                OpenDialog dialog(Settings{{"printer", "Office"}});
+                letPass(std::chrono::milliseconds(300));
+                EXPECT_FALSE(hasTab(dialog));
+                EXPECT_EQ(dialog.print(document_), "");
+            }
+            const auto lines = systemLogLines();
+            EXPECT_EQ(lines.size(), 1U);
+            EXPECT_TRUE(lines.front().starts_with("orvan: paper options are off: ")) << lines.front();
+        };
+        inApplication(body, {}, module);
+    }
+}
+
+// The scheduler neither dies nor answers: nothing waits for it but a thread, and a dialog can go meanwhile.
+TEST_F(PaperOptionsTab, aFrozenOrDeadSchedulerHoldsUpNothing) {
+    inApplication(
+        [this] {
+            const pid_t scheduler = desktop_.printing->scheduler().pid();
+            OpenDialog remaining(Settings{{"printer", "Office"}});
+            ASSERT_TRUE(remaining.waitForTab(kTab));
+            {
+                OpenDialog dialog(Settings{{"printer", "Office"}});
+                ASSERT_TRUE(dialog.waitForTab(kTab));
+                dialog.selectPrinter("Annex");
+                ASSERT_TRUE(dialog.waitForTab(kTab));
+                ::kill(scheduler, SIGSTOP);
+                dialog.selectPrinter("Office");
+                EXPECT_TRUE(waitUntil(isFetching)) << "on a thread, while this one goes on";
+                EXPECT_FALSE(hasTab(dialog));
+            }
+            remaining.openTab(kTab);
+            remaining.pick("Paper Type:", "Bond");
+            EXPECT_EQ(remaining.shownIn("Paper Type:"), "Bond");
+            ::kill(scheduler, SIGCONT);
+            // The answer comes for a dialog that has gone.
+            EXPECT_TRUE(waitUntil([] { return !isFetching(); }));
+            ::kill(scheduler, SIGKILL);
+            remaining.pick("Paper Type:", "Glossy");
+            EXPECT_EQ(remaining.shownIn("Paper Type:"), "Glossy");
+        },
+        {"CUPS_SERVERROOT=/nonexistent"}); // so that the PPD comes from the scheduler and not from its folder
+}
+
+} // namespace
+} // namespace orvan::test

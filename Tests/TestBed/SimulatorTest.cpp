@@ -1,0 +1,129 @@
+#include "Common/Utilities/URLFetch.h"
+#include "Platform/HTTPStream.h"
+#include "Platform/SNMPRequest.h"
+#include "Tests/Support/SimulatedPrinter.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+namespace orvan {
+namespace {
+
+std::string portOf(const std::string& text) {
+    const std::size_t colon = text.rfind(':') + 1;
+    return text.substr(colon, text.find('/', colon) - colon);
+}
+
+TEST(SimulatorTest, ServesItsDocumentAlone) {
+    const SimulatedPrinter printer({"--no-snmp"}, "<first/>");
+    EXPECT_EQ(fetchDocument({.url = printer.url()}).bytes, "<first/>");
+    printer.replaceDocument("<second/>");
+    EXPECT_EQ(fetchDocument({.url = printer.url()}).bytes, "<second/>");
+    EXPECT_EQ(fetchDocument({.url = printer.url() + "/x"}).status, 404);
+    EXPECT_EQ(printer.log(), "");
+    printer.replaceDocument(std::nullopt);
+    EXPECT_EQ(fetchDocument({.url = printer.url()}).status, 500);
+    EXPECT_NE(printer.log().find("status.xml: No such file"), std::string::npos);
+}
+
+TEST(SimulatorTest, AsksForCredentialsAndLogsWithoutThem) {
+    for (const char* const protocol : {"--no-snmp", "--tls"}) {
+        const SimulatedPrinter printer(
+            {"--log", "--user", "Jörg", protocol}, "<status/>", {{"ORVAN_PASSWORD", "geheim:1"}});
+        EXPECT_EQ(printer.url().starts_with("https://"), protocol == std::string("--tls")) << printer.url();
+        EXPECT_EQ(fetchDocument({.url = printer.url()}).status, 401);
+        EXPECT_EQ(fetchDocument({.url = printer.url(), .user = "Jörg", .password = "geheim"}).status, 401);
+        EXPECT_EQ(
+            fetchDocument({.url = printer.url(), .user = "Jörg", .password = "geheim:1"}).bytes, "<status/>");
+        EXPECT_EQ(printer.log(), "orvan-simulator: GET /status.xml 401 no credentials\n"
+                                 "orvan-simulator: GET /status.xml 401 credentials\n"
+                                 "orvan-simulator: GET /status.xml 200 credentials\n");
+    }
+}
+
+// What its clients make of the other kinds is the command filter's test.
+TEST(SimulatorTest, MisbehavesAsItIsTold) {
+    const std::string document = "<status>Grün</status>";
+    for (const auto& [kind, log] : {std::pair("slow", "GET /status.xml 200"),
+             std::pair("redirect", "GET /moved/status.xml 200 credentials"),
+             std::pair("redirect-away", "GET /moved/status.xml 200 no credentials")}) {
+        const SimulatedPrinter printer({"--log", "--interval", "10", "--misbehave", kind}, document);
+        const auto before = std::chrono::steady_clock::now();
+        EXPECT_EQ(fetchDocument({.url = printer.url(), .user = "ann"}).bytes, document) << kind;
+        const auto time = std::chrono::steady_clock::now() - before;
+        EXPECT_NE(printer.log().find(log), std::string::npos) << printer.log();
+        const std::size_t pauses = kind == std::string("slow") ? document.size() - 1 : 0;
+        EXPECT_GE(time, std::chrono::milliseconds(10) * pauses);
+    }
+}
+
+TEST(SimulatorTest, AnswersSNMP) {
+    const std::string object = "1.3.6.1.4.1.97531.8.83.1.1.2.1.7.1";
+    const SimulatedPrinter printer({"--community", "of \"fice", "--job-accounting", "-2147483648"});
+    const auto ask = [&](const std::string& community, const std::string& identifier) {
+        // Of another community nothing comes.
+        const std::chrono::milliseconds patience(community == "public" ? 300 : 60000);
+        platform::Failure problem;
+        const auto values = platform::getSNMPObjects({.host = "127.0.0.1",
+                                                         .port = std::stoi(portOf(printer.snmpAgent())),
+                                                         .community = community,
+                                                         .objects = {identifier},
+                                                         .patience = patience,
+                                                         .retries = 0},
+            problem);
+        return values ? values->at(identifier)
+                      : platform::PropertyList(problem->substr(problem->find(" a") + 1));
+    };
+    EXPECT_EQ(ask("of \"fice", object), platform::PropertyList(-2147483648LL));
+    for (const auto& [community, identifier, words] : {std::tuple("of \"fice", object + ".0", "noSuchName"),
+             std::tuple("of \"fice", std::string("1.3.6.1.2.1.1.1.0"), "noSuchName"),
+             std::tuple("public", object, "does not answer")})
+        EXPECT_NE(ask(community, identifier).asString()->find(words), std::string::npos) << words;
+    EXPECT_EQ(printer.log(), "");
+}
+
+TEST(SimulatorTest, EndsWithItsClientsWaiting) {
+    for (const auto& [kind, signal] : {std::pair("silent", SIGTERM), std::pair("stall", SIGINT)}) {
+        SimulatedPrinter printer({"--misbehave", kind, "--log"});
+        const auto client = platform::HTTPStream::create({printer.url(), std::nullopt, std::nullopt});
+        ASSERT_TRUE(client && client->open());
+        EXPECT_TRUE(eventually([&] {
+            client->proceed(std::chrono::milliseconds(1));
+            return !printer.log().empty();
+        }));
+        EXPECT_EQ(printer.end(signal), 0) << kind; // while the client is there
+    }
+}
+
+TEST(SimulatorTest, RunsACommandAndAnswersForIt) {
+    const SimulatedPrinter printer;
+    const std::string port = portOf(printer.url());
+    const std::string snmpPort = portOf(printer.snmpAgent());
+    const std::string show = "echo $ORVAN_SIMULATOR_URL ${ORVAN_SIMULATOR_SNMP-none}; exit 7";
+    const struct {
+        std::vector<std::string> arguments;
+        int exitCode;
+        const char* says;
+    } cases[] = {
+        {{"--", "sh", "-c", show}, 7, "/status.xml 127.0.0.1:"},
+        {{"--no-snmp", "--", "sh", "-c", show}, 7, "/status.xml none"},
+        {{"--", "sh", "-c", "kill -PIPE $$"}, 128 + SIGPIPE, ""},
+        {{"--port", port, "--", "true"}, 1, "TCP port"},
+        {{"--snmp-port", snmpPort, "--", "true"}, 1, "UDP port"},
+        {{"--misbehave", "nicely"}, 2, "nicely"},
+        {{"--user", "anna"}, 2, "ORVAN_PASSWORD"},
+        {{"--help"}, 0, "redirect-away"},
+    };
+    for (const auto& [arguments, exitCode, says] : cases) {
+        // Libraries make a test program ignore the signal.
+        std::vector<std::string> command = {"/usr/bin/env", "--default-signal=PIPE", ORVAN_SIMULATOR};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        const ProgramEnd end = runProgram(command, {{"ORVAN_PASSWORD", std::nullopt}});
+        EXPECT_EQ(end.exitCode, exitCode) << arguments.back() << end.errors;
+        EXPECT_NE((end.output + end.errors).find(says), std::string::npos) << end.output << end.errors;
+    }
+}
+
+} // namespace
+} // namespace orvan
