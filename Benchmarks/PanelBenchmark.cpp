@@ -26,7 +26,7 @@ void showPanel(benchmark::State& state) {
     platform::Failure error;
     const auto bundle = platform::Bundle::open(paperOptionsBundleFolder(), error);
     const std::filesystem::path file = writePPDWithPaperTypes(static_cast<int>(state.range(0)));
-    if (bundle == nullptr) state.SkipWithError(error.c_str());
+    if (bundle == nullptr) state.SkipWithError(error->c_str());
     while (state.KeepRunning()) {
         auto ppd = DialogPPD::open(file, error);
         const double start = processorSeconds();

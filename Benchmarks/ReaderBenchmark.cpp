@@ -84,10 +84,10 @@ bool readList(const std::string& bytes) {
     return list && list->find("inputTrays") != nullptr;
 }
 
-// Later releases of the library tell the format as well.
-template <typename... Format>
+// Later releases of the library tell how it went and the format as well.
+template <typename Result, typename... Format>
 void readByPeer(
-    void (*read)(const char*, std::uint32_t, plist_t*, Format*...), const std::string& bytes, plist_t* list) {
+    Result (*read)(const char*, std::uint32_t, plist_t*, Format*...), const std::string& bytes, plist_t* list) {
     read(bytes.data(), static_cast<std::uint32_t>(bytes.size()), list, static_cast<Format*>(nullptr)...);
 }
 

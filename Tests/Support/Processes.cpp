@@ -25,7 +25,7 @@ int exitCodeOf(pid_t child) {
 
 // Runs `body` in a child with its output and errors in files.
 ProgramEnd runChild(const Environment& environment, const std::function<void()>& body) {
-    constexpr unsigned kPatience = 110;
+    constexpr unsigned kPatience = 500;
     const TempFolder folder;
     const std::filesystem::path output = folder.path() / "output";
     const std::filesystem::path errors = folder.path() / "errors";
