@@ -4,25 +4,12 @@
 #include "Common/CommandJob.h"
 #include "Common/Utilities/ReleaseGates.h"
 #include "Platform/PMPrinter.h"
-#include "Platform/PrintServerConnection.h"
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace orvan {
-namespace {
-
-struct JobList {
-    JobList() = default;
-    JobList(const JobList&) = delete;
-    JobList& operator=(const JobList&) = delete;
-    ~JobList() { cupsFreeJobs(count, jobs); }
-
-    int count = 0;
-    cups_job_t* jobs = nullptr;
-};
-
-} // namespace
 
 std::shared_ptr<OrvanBiDi> OrvanBiDi::initWithPDECallbackObject(
     std::shared_ptr<platform::PDEPluginCallback> callbackObj) {
@@ -56,8 +43,7 @@ void OrvanBiDi::dispatchCommands(const std::optional<CommandList>& commands) {
 
 void OrvanBiDi::dispatchThroughQueue(const std::string& job) {
     if (!isCommandJobRunning())
-        if (const auto queue = printer())
-            platform::PMPrinterSendCommand(*queue, job, kStatusJobTitle, nullptr);
+        if (const auto queue = printer()) platform::PMPrinterSendCommand(*queue, job, kStatusJobTitle, {});
 
     switch (state()) {
     case State::waiting:
@@ -84,13 +70,8 @@ bool OrvanBiDi::isCommandJobRunning() {
 bool OrvanBiDi::isJobActive(std::string_view title) const {
     const auto queue = printer();
     if (queue == nullptr) return false;
-    const platform::PrintServerConnection connection(queue->patience());
-    if (connection.http() == nullptr) return false;
-    JobList list;
-    list.count = cupsGetJobs2(
-        connection.http(), &list.jobs, platform::PMPrinterGetID(*queue).c_str(), 1, CUPS_WHICHJOBS_ACTIVE);
-    return std::any_of(list.jobs, list.jobs + std::max(list.count, 0),
-        [title](const cups_job_t& job) { return job.title == title; });
+    const std::vector<std::string> titles = queue->activeJobTitles();
+    return std::ranges::find(titles, title) != titles.end();
 }
 
 void OrvanBiDi::awaitCommandJob(platform::RepeatingTimer& timer) {

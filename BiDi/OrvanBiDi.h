@@ -33,11 +33,8 @@ public:
 // Failures are silent: the delegate is told answers and nothing else. Main thread only. Create, set the
 // delegate, dispatch, invalidate, release.
 //
-// How long the scheduler may hold the dialog up: each request has a connection of its own, and waits for a
-// sign of life within the printer object's patience (Platform/Patience.h). The first request that a frozen
-// scheduler leaves without one uses that up. It counts as "no such job", which ends a wait, so there is no
-// later tick that could block again; what is left of the dispatch or tick (a submission, a list, a PPD) gets
-// the least patience each. That makes less than two seconds for the life of the channel.
+// Nothing here waits for the printing system: the printer object (Platform/PMPrinter.h) tells what is known
+// of the job, and has the PPD when the job has gone.
 class OrvanBiDi final : public std::enable_shared_from_this<OrvanBiDi> {
 public:
     // The seconds between two looks at the queue.
@@ -95,7 +92,7 @@ public:
     std::optional<std::string> pathForCommandFilterInPPD(ppd_file_t* ppd) const;
 
     // Whether a job of this person with the channel's title is pending, held, processing or stopped on the
-    // printer. False, too, when the scheduler does not tell.
+    // printer, as far as is known.
     bool isCommandJobRunning();
 
     // The wait timer's tick: goes on waiting as long as the job is there, otherwise collects and ends the
@@ -109,7 +106,7 @@ public:
     // Sets the mark alone; a wait ends, without answers, with its next tick.
     void setIsInvalidated(bool isInvalidated) { _isInvalidated = isInvalidated; }
 
-    // Fetches the queue's PPD from the print server and delivers the answers in it: one for each supported
+    // Delivers the answers in the queue's PPD of after the job: one for each supported
     // command that has one, in the order of the supported commands.
     void processCommandResponsesWithPPD();
     // The same from what a filter wrote to its standard error.

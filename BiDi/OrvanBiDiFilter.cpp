@@ -71,10 +71,10 @@ platform::TaskDescription::Environment OrvanBiDi::commandFilterEnvironment() con
 
     const auto queue = printer();
     std::string text;
-    if (queue != nullptr && platform::PMPrinterCopyDeviceURI(*queue, &text) == platform::kPMNoError)
+    if (queue != nullptr && platform::PMPrinterCopyDeviceURI(*queue, text) == platform::kPMNoError)
         environment["DEVICE_URI"] = text;
     if (queue != nullptr && platform::PMPrinterCopyDescriptionURL(
-                                *queue, platform::kPMPPDDescriptionType, &text) == platform::kPMNoError)
+                                *queue, platform::kPMPPDDescriptionType, text) == platform::kPMNoError)
         environment["PPD"] = linkTargetOrSelf(withSingleSlashes(text));
     const std::vector<std::string> languages = platform::preferredLanguages();
     if (!languages.empty()) environment["LANG"] = upperCase(languages.front());

@@ -264,6 +264,9 @@ public:
                                   : step;
     }
 
+    // How many bytes have come out so far.
+    std::size_t count() const { return stream_.total_out; }
+
     PpdxData take(std::size_t* size) {
         if (size != nullptr) *size = stream_.total_out;
         return output_.take(stream_.total_out);
@@ -313,7 +316,8 @@ bool ppdxWriteDataToDescriptor(int descriptor, const char* name, const void* dat
     return entries.write(kTerminator) && entries.endLine();
 }
 
-PpdxData ppdxReadData(void* source, const char* name, PpdxChunkGetter getter, std::size_t* size) {
+PpdxData ppdxReadData(
+    void* source, const char* name, PpdxChunkGetter getter, std::size_t* size, std::size_t limit) {
     if (size != nullptr) *size = 0;
     if (source == nullptr || name == nullptr || getter == nullptr) return nullptr;
 
@@ -331,6 +335,10 @@ PpdxData ppdxReadData(void* source, const char* name, PpdxChunkGetter getter, st
 
         const auto step = decompressor.feed(piece.data(), static_cast<std::size_t>(count));
         if (step == Decompressor::Step::outOfMemory) return nullptr;
+        if (decompressor.count() > limit) {
+            if (size != nullptr) *size = decompressor.count();
+            return nullptr;
+        }
         if (step == Decompressor::Step::streamEnded) break;
         value = keyword.setNumber(number) ? getter(source, keyword.text()) : nullptr;
     }

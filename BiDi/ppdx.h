@@ -54,6 +54,9 @@ using PpdxData = std::unique_ptr<char, PpdxFree>;
 // outside the alphabet are skipped, the first "=" ends a value, and more than 158 bytes of one are dropped.
 // The keyword of number 0 is cut to kPpdxMaximumKeywordLength; later ones that would have to be cut end the
 // sequence.
-PpdxData ppdxReadData(void* source, const char* name, PpdxChunkGetter getter, std::size_t* size);
+//
+// Null as well, but with a size above `limit`, as soon as there are more bytes than that.
+PpdxData ppdxReadData(void* source, const char* name, PpdxChunkGetter getter, std::size_t* size,
+    std::size_t limit = kPpdxMaximumSize);
 
 } // namespace orvan

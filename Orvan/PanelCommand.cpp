@@ -156,13 +156,13 @@ int showPanel(PanelSession& session, const PanelArguments& arguments) {
 }
 
 // False, and a message is written, when the person interrupts.
-bool waitForPrinter(const PanelSession& session, const std::shared_ptr<platform::PMPrinter>& printer,
+bool waitForPrinter(const PanelSession& session, const std::shared_ptr<SchedulerPrinter>& printer,
     const PanelArguments& arguments) {
     waitForPrinters([&session] { return !session.panel().awaitsPrinter(); }, arguments.timeout,
         [&arguments] { return "Waiting for printer " + arguments.queue; });
     if (!wasInterrupted()) return true;
     if (printer != nullptr && printer->submittedJob() != 0)
-        withdrawJob(arguments.queue, printer->submittedJob(), SchedulerPatience::kAll);
+        cancelJob(arguments.queue, printer->submittedJob(), SchedulerPatience::kLeast);
     cannot("interrupted; the printer is not asked any more");
     return false;
 }
@@ -173,14 +173,22 @@ int runPanel(const PanelArguments& arguments) {
 
     platform::Failure error;
     const bool fromQueue = !arguments.queue.empty();
-    std::unique_ptr<DialogPPD> ppd = fromQueue
-                                         ? fetchQueuePPD(arguments.queue, SchedulerPatience::kAll, error)
-                                         : DialogPPD::open(arguments.ppdFile, error);
+    std::shared_ptr<SchedulerPrinter> printer;
+    std::unique_ptr<DialogPPD> ppd;
+    if (fromQueue) {
+        const auto time = SchedulerPatience(arguments.timeout).time();
+        if (auto opened = fetchQueue(arguments.queue, time, error)) {
+            ppd = std::move(opened->ppd);
+            printer = std::make_shared<SchedulerPrinter>(
+                std::move(opened->fetched), SchedulerPrinterOptions{.deadline = time});
+        }
+    } else {
+        ppd = DialogPPD::open(arguments.ppdFile, error);
+    }
     if (ppd == nullptr) return cannot(*error);
     const auto bundle = platform::Bundle::open(paperOptionsBundleFolder(), error);
     if (bundle == nullptr) return cannot(*error);
     const InterruptionGuard guard; // the panel asks the printer when it is created
-    const auto printer = fromQueue ? std::make_shared<platform::PMPrinter>(arguments.queue) : nullptr;
     const std::unique_ptr<PanelSession> session =
         PanelSession::create(bundle, std::move(ppd), printer, error);
     if (session != nullptr && !waitForPrinter(*session, printer, arguments)) return kNotDone;

@@ -6,18 +6,16 @@
 #include "Orvan/Interruption.h"
 #include "Orvan/StatusJobs.h"
 #include "Orvan/Waiting.h"
-#include "PrintDialog/Host/QueuePPD.h"
-#include "Scheduler/PrintScheduler.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <deque>
 #include <string_view>
 #include <utility>
 
 namespace orvan {
 namespace {
 
-constexpr std::chrono::seconds kLookInterval{1};
 constexpr std::string_view kFamily = "Orvan";
 
 bool isBusy(const OrvanBiDi& channel) {
@@ -32,7 +30,7 @@ bool hasStoredChunks(DialogPPD& ppd, const CommandList& commands) {
 }
 
 // For a terminal: the first of those that have not answered.
-std::string whomItWaitsFor(std::vector<PrinterQuestion>& questions) {
+std::string whomItWaitsFor(const std::deque<PrinterQuestion>& questions) {
     const auto waiting = std::ranges::count_if(questions, &PrinterQuestion::isWaiting);
     const auto first = std::ranges::find_if(questions, &PrinterQuestion::isWaiting);
     if (first == questions.end()) return "Asking";
@@ -76,58 +74,70 @@ public:
 };
 
 PrinterQuestion::PrinterQuestion(std::string queue, SchedulerPatience& patience)
-    : patience_(&patience),
-      printer_(std::make_shared<platform::PMPrinter>(queue)),
-      collector_(std::make_shared<Collector>()) {
+    : patience_(&patience), collector_(std::make_shared<Collector>()) {
     answers_.queue = std::move(queue);
+    request_ = openQueue(answers_.queue, patience_->time(),
+        [this](std::optional<OpenedQueue> opened, const QueueFailure& failure) {
+            queueArrived(std::move(opened), failure.text);
+        });
 }
 
 PrinterQuestion::~PrinterQuestion() = default;
-PrinterQuestion::PrinterQuestion(PrinterQuestion&&) noexcept = default;
 
-void PrinterQuestion::ask(std::unique_ptr<DialogPPD> ppd) {
+void PrinterQuestion::queueArrived(std::optional<OpenedQueue> opened, const std::string& problem) {
+    isFetching_ = false;
+    answers_.problem = problem;
+    if (!opened) return;
     const std::string prefix = "printer " + queue() + " cannot be asked: ";
+    const auto commands = supportedCommandsInPPD(opened->ppd->record());
     if (RunningOn1010OrLater())
-        return refuse(prefix + "on release 10.10 and later printers are not asked anything");
-    const auto commands = supportedCommandsInPPD(ppd->record());
-    if (!commands) return refuse(prefix + "its PPD lists no commands (\"cupsCommands\")");
+        answers_.problem = prefix + "on release 10.10 and later printers are not asked anything";
+    else if (!commands)
+        answers_.problem = prefix + "its PPD lists no commands (\"cupsCommands\")";
+    if (!answers_.problem.empty()) return;
 
-    channel_ = OrvanBiDi::initWithPDECallbackObject(std::make_shared<Callback>(std::move(ppd), printer_));
+    printer_ = std::make_shared<SchedulerPrinter>(
+        std::move(opened->fetched), SchedulerPrinterOptions{.deadline = patience_->time()});
+    channel_ =
+        OrvanBiDi::initWithPDECallbackObject(std::make_shared<Callback>(std::move(opened->ppd), printer_));
     channel_->setDelegate(collector_);
     channel_->dispatchCommands(commands);
-    nextLook_ = std::chrono::steady_clock::now() + kLookInterval;
 }
 
-bool PrinterQuestion::isWaiting() {
-    if (channel_ == nullptr || isInVain_ || !isBusy(*channel_)) return false;
-    const auto now = std::chrono::steady_clock::now();
-    if (now < nextLook_ || !RunningOn107OrLater()) return true;
-    nextLook_ = now + kLookInterval;
-    const auto job = patience_->ask([this](auto patience) { return findStatusJob(queue(), patience); });
-    isInVain_ = job && isInTrouble(*job);
-    return !isInVain_;
+bool PrinterQuestion::isWaiting() const {
+    if (channel_ == nullptr) return isFetching_;
+    const auto job = activeJob();
+    return isBusy(*channel_) && !(job && isInTrouble(*job));
 }
 
 int PrinterQuestion::submittedJob() const {
-    return printer_->submittedJob();
+    return printer_ != nullptr ? printer_->submittedJob() : 0;
+}
+
+platform::Failure PrinterQuestion::refusal() const {
+    return printer_ != nullptr ? printer_->refusal() : std::nullopt;
+}
+
+std::optional<QueueJob> PrinterQuestion::activeJob() const {
+    return printer_ != nullptr ? statusJobIn(printer_->activeJobs()) : std::nullopt;
 }
 
 void PrinterQuestion::withdraw() {
     if (const int job = submittedJob(); job != 0)
-        patience_->ask([&](auto patience) { return withdrawJob(queue(), job, patience); });
+        patience_->ask([&](auto time) { return cancelJob(queue(), job, time); });
 }
 
 // Why nothing came through the queue.
 std::string PrinterQuestion::explainQueue(std::chrono::duration<double> timeout) {
-    const auto job = patience_->ask([this](auto patience) { return findStatusJob(queue(), patience); });
-    if (job) return describe(*job, queue());
+    if (const auto job = activeJob()) return describe(*job);
     if (isBusy(*channel_))
         return "no answer came within " + std::to_string(static_cast<int>(timeout.count())) + " s";
+    if (const platform::Failure why = refusal()) return *why;
     platform::Failure problem;
     const std::unique_ptr<DialogPPD> ppd =
-        patience_->ask([&](auto patience) { return fetchQueuePPD(queue(), patience, problem); });
+        patience_->ask([&](auto time) { return fetchQueuePPD(queue(), time, problem); });
     const std::string complaint =
-        patience_->ask([this](auto patience) { return complaintOfLastJob(queue(), patience); });
+        patience_->ask([this](auto time) { return complaintOfLastJob(queue(), time); });
     if (patience_->isUsedUp()) return schedulerName() + " does not answer";
     if (ppd == nullptr) return problem.value_or("");
     if (hasStoredChunks(*ppd, *channel_->supportedCommands()))
@@ -152,6 +162,7 @@ std::string PrinterQuestion::explain(std::chrono::duration<double> timeout) {
 }
 
 PrinterAnswers PrinterQuestion::end(std::chrono::duration<double> timeout) {
+    if (isFetching_) answers_.problem = schedulerName() + " does not answer";
     if (channel_ != nullptr) {
         answers_.responses = std::move(collector_->responses);
         if (wasInterrupted())
@@ -160,7 +171,7 @@ PrinterAnswers PrinterQuestion::end(std::chrono::duration<double> timeout) {
             answers_.problem = "printer " + queue() + " gave no answer: " + explain(timeout);
         else if (RunningOn107OrLater())
             answers_.complaint =
-                patience_->ask([this](auto patience) { return complaintOfLastJob(queue(), patience); });
+                patience_->ask([this](auto time) { return complaintOfLastJob(queue(), time); });
         std::exchange(channel_, nullptr)->invalidate();
     }
     return std::move(answers_);
@@ -169,18 +180,10 @@ PrinterAnswers PrinterQuestion::end(std::chrono::duration<double> timeout) {
 std::vector<PrinterAnswers> askPrinters(
     const std::vector<std::string>& queues, std::chrono::duration<double> timeout) {
     const InterruptionGuard guard;
-    SchedulerPatience patience;
-    std::vector<PrinterQuestion> questions;
-    questions.reserve(queues.size());
-    for (const std::string& queue : queues) {
-        if (wasInterrupted()) break;
-        PrinterQuestion& question = questions.emplace_back(queue, patience);
-        platform::Failure problem = schedulerName() + " does not answer";
-        if (auto ppd = patience.ask([&](auto time) { return fetchQueuePPD(queue, time, problem); }))
-            question.ask(std::move(ppd));
-        else
-            question.refuse(*problem);
-    }
+    SchedulerPatience patience(timeout);
+    std::deque<PrinterQuestion> questions; // which stay where they are
+    for (const std::string& queue : queues)
+        questions.emplace_back(queue, patience);
     waitForPrinters([&] { return std::ranges::none_of(questions, &PrinterQuestion::isWaiting); }, timeout,
         [&] { return whomItWaitsFor(questions); });
     if (wasInterrupted()) std::ranges::for_each(questions, &PrinterQuestion::withdraw);
@@ -192,13 +195,14 @@ std::vector<PrinterAnswers> askPrinters(
     return answers;
 }
 
-std::optional<std::vector<std::string>> orvanQueues(platform::Failure& problem) {
-    SchedulerPatience patience;
+std::optional<std::vector<std::string>> orvanQueues(
+    std::chrono::duration<double> timeout, platform::Failure& problem) {
+    SchedulerPatience patience(timeout);
     const auto all = patience.ask([&problem](auto time) { return listQueues(time, problem); });
     if (!all) return std::nullopt;
     std::vector<std::string> queues;
     for (const SchedulerQueue& queue : *all) {
-        if (queue.isClass) continue;
+        if (!queue.isOnePrinter()) continue;
         const std::unique_ptr<DialogPPD> ppd = patience.ask(
             [&queue](auto time) { return fetchQueuePPD(queue.name, time, platform::ignoredFailure()); });
         const bool isOurs = ppd != nullptr ? MyCheckPDEContextCUPS(ppd->record()) == kPDEContextValid

@@ -5,8 +5,8 @@
 #include "Formats/Failure.h"
 #include "Formats/PropertyList.h"
 #include "Orvan/SchedulerPatience.h"
-#include "Platform/PMPrinter.h"
-#include "PrintDialog/Host/DialogPPD.h"
+#include "PrintDialog/Host/QueuePPD.h"
+#include "Scheduler/SchedulerPrinter.h"
 
 #include <chrono>
 #include <memory>
@@ -28,22 +28,22 @@ struct PrinterAnswers {
 // the system release. Main thread.
 class PrinterQuestion {
 public:
-    // Nothing is asked yet. The patience is that of the round, and outlives the question.
+    // Fetches the queue, and asks as soon as it is there, by what its PPD says. The patience is that of the
+    // round, and outlives the question.
     PrinterQuestion(std::string queue, SchedulerPatience& patience);
     ~PrinterQuestion();
-    PrinterQuestion(PrinterQuestion&&) noexcept;
-    PrinterQuestion& operator=(PrinterQuestion&&) = delete;
+    PrinterQuestion(const PrinterQuestion&) = delete;
+    PrinterQuestion& operator=(const PrinterQuestion&) = delete;
 
     const std::string& queue() const { return answers_.queue; }
-    // Asks, by what the PPD says. The scheduler may hold it up, the printer does not.
-    void ask(std::unique_ptr<DialogPPD> ppd);
-    // That there is nothing to ask with, and why.
-    void refuse(const std::string& problem) { answers_.problem = problem; }
-    // Whether the main loop has to run on. A command job that is held or was stopped is not waited for; that
-    // is looked at once a second.
-    bool isWaiting();
+    // Whether the main loop has to run on. A command job that is held or was stopped is not waited for.
+    bool isWaiting() const;
     // The number of the command job that the scheduler took; 0 when there was one already, or it took none.
     int submittedJob() const;
+    // Why the scheduler took none; nothing when it did, or there was one already.
+    platform::Failure refusal() const;
+    // The command job that keeps the question, as it was seen last.
+    std::optional<QueueJob> activeJob() const;
     // Takes that job back.
     void withdraw();
     // Ends the question. `timeout` is for the message of one that still waits.
@@ -53,16 +53,17 @@ private:
     class Callback;
     class Collector;
 
+    void queueArrived(std::optional<OpenedQueue> opened, const std::string& problem);
     std::string explain(std::chrono::duration<double> timeout);
     std::string explainQueue(std::chrono::duration<double> timeout);
 
     PrinterAnswers answers_;
     SchedulerPatience* patience_;
-    std::shared_ptr<platform::PMPrinter> printer_;
+    std::shared_ptr<SchedulerPrinter> printer_; // null until the queue is fetched
     std::shared_ptr<Collector> collector_;
     std::shared_ptr<OrvanBiDi> channel_; // null while nothing is asked
-    std::chrono::steady_clock::time_point nextLook_;
-    bool isInVain_ = false;
+    bool isFetching_ = true;
+    SchedulerRequest request_; // for the queue
 };
 
 // Asks all of the printers at once, in one main loop, and waits for their answers at most for so long. With a
@@ -74,7 +75,8 @@ std::vector<PrinterAnswers> askPrinters(
 // The names of the queues of Orvan printers, in alphabetical order; also of one whose PPD cannot be read,
 // when the scheduler says that it was made for one. Nothing, and a message for people, when the scheduler is
 // not there.
-std::optional<std::vector<std::string>> orvanQueues(platform::Failure& problem);
+std::optional<std::vector<std::string>> orvanQueues(
+    std::chrono::duration<double> timeout, platform::Failure& problem);
 
 // The release that the process stands for from now on; before anything asks for it. "" leaves it.
 void setSystemRelease(const std::string& release);

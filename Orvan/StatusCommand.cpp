@@ -42,7 +42,7 @@ std::optional<Answers> ask(const QueryArguments& arguments) {
     std::vector<std::string> queues{arguments.queue};
     if (arguments.all) {
         platform::Failure problem;
-        auto found = orvanQueues(problem);
+        auto found = orvanQueues(arguments.timeout, problem);
         if (found && found->empty())
             problem = "there is no queue of an Orvan printer (\"lpstat -v\" lists the queues)";
         if (!found || found->empty()) {

@@ -50,6 +50,15 @@ void RepeatingTimer::stop() {
     g_source_remove(std::exchange(sourceID_, 0));
 }
 
+void performOnMainLoop(std::function<void()> function) {
+    const auto call = [](gpointer data) -> gboolean {
+        guarded("main loop", *static_cast<std::function<void()>*>(data));
+        return G_SOURCE_REMOVE;
+    };
+    const auto release = [](gpointer data) { delete static_cast<std::function<void()>*>(data); };
+    g_idle_add_full(G_PRIORITY_DEFAULT, call, new std::function<void()>(std::move(function)), release);
+}
+
 bool runMainLoopUntil(const std::function<bool()>& condition, std::chrono::duration<double> time) {
     const auto end = std::chrono::steady_clock::now() + time;
     // Wakes the loop for a look at the condition and the clock.

@@ -1,5 +1,6 @@
-// Repeating timers on the main run loop, which is GLib's default main context: the one that runs in every GTK
-// application, also while it shows menus and modal dialogs. Main thread only.
+// Timers and calls on the main run loop, which is GLib's default main context: the one that runs in every GTK
+// application, also while it shows menus and modal dialogs. Main thread only,
+// but for performOnMainLoop.
 #pragma once
 
 #include <chrono>
@@ -40,6 +41,10 @@ private:
     std::string userInfo_;
     unsigned sourceID_ = 0;
 };
+
+// Has the main loop call the function once, soon. From any thread; whether the loop runs or comes to run is
+// not this function's affair.
+void performOnMainLoop(std::function<void()> function);
 
 // Runs the main loop until the condition holds or the time is over; answers whether it holds. For programs
 // that have no loop of their own running.

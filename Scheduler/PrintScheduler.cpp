@@ -1,41 +1,74 @@
 #include "Scheduler/PrintScheduler.h"
 
-#include <cups/cups.h>
 #include <cups/ppd.h>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <array>
-#include <ctime>
-#include <filesystem>
+#include <cstdlib>
+#include <functional>
 #include <string_view>
 #include <system_error>
 
 namespace orvan {
 namespace {
 
-int giveUp(http_t*, void* silent) {
-    *static_cast<bool*>(silent) = true;
-    return 0;
+constexpr std::string_view kQueuePath = "/printers/";
+
+// About the queue; about all for "". RFC 8011, section 4.1.5: what an operation is about comes first, a job's
+// number next, and a person's name behind both.
+IPPMessage newRequest(ipp_op_t operation, const std::string& queue) {
+    IPPMessage request(ippNewRequest(operation));
+    std::array<char, HTTP_MAX_URI> uri{};
+    httpAssembleURI(HTTP_URI_CODING_ALL, uri.data(), static_cast<int>(uri.size()), "ipp", nullptr,
+        "localhost", 0, (std::string(queue.empty() ? "/" : kQueuePath) + queue).c_str());
+    ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_URI, "printer-uri", nullptr, uri.data());
+    return request;
 }
 
-std::string why(bool silent) {
-    return silent ? "it does not answer" : cupsLastErrorString();
+void addUser(const IPPMessage& request) {
+    ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_NAME, "requesting-user-name", nullptr, cupsUser());
 }
 
-void say(platform::Failure& error, const std::string& message) {
-    error = message;
+template <std::size_t count>
+void addWanted(const IPPMessage& request, const std::array<const char*, count>& names) {
+    ippAddStrings(request.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes",
+        static_cast<int>(count), nullptr, names.data());
 }
 
-// Null, and a message in *error, when the scheduler is not there. *silent, which outlives the connection,
-// becomes true when the scheduler is there and says nothing.
-platform::HTTPConnection connect(std::chrono::milliseconds patience, bool* silent, platform::Failure& error) {
-    platform::HTTPConnection http(httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(),
-        1, static_cast<int>(patience.count()), nullptr));
-    if (http != nullptr)
-        httpSetTimeout(http.get(), static_cast<double>(patience.count()) / 1000.0, giveUp, silent);
-    else
-        say(error, "cannot reach " + schedulerName() + ": " + cupsLastErrorString() +
-                       ". Is it running? (CUPS_SERVER names another one.)");
-    return http;
+// A name that makes no path of its own.
+bool isQueueName(const std::string& name, SchedulerProblem& problem) {
+    const bool isName = !name.empty() && name.find_first_of("/?#") == std::string::npos;
+    if (!isName)
+        problem = {SchedulerProblem::Kind::unknown,
+            "there is no queue \"" + name + "\" at " + schedulerName() + " (\"lpstat -v\" lists the queues)"};
+    return isName;
+}
+
+std::string textOf(ipp_attribute_t* attribute, int index = 0) {
+    const char* const text = ippGetString(attribute, index, nullptr);
+    return text != nullptr ? text : "";
+}
+
+// The things that an answer lists, each of which `read` fills, an attribute at a time.
+template <class Thing>
+std::vector<Thing> thingsIn(
+    const IPPMessage& answer, ipp_tag_t group, void (*read)(std::string_view, ipp_attribute_t*, Thing&)) {
+    std::vector<Thing> things;
+    bool isOpen = false;
+    for (ipp_attribute_t* attribute = ippFirstAttribute(answer.get()); attribute != nullptr;
+         attribute = ippNextAttribute(answer.get())) {
+        const char* const name = ippGetName(attribute);
+        if (name == nullptr || ippGetGroupTag(attribute) != group) { // between two things
+            isOpen = false;
+            continue;
+        }
+        if (!std::exchange(isOpen, true)) things.emplace_back();
+        read(name, attribute, things.back());
+    }
+    return things;
 }
 
 constexpr std::array<const char*, 7> kQueueAttributes{"printer-name", "printer-type",
@@ -43,94 +76,222 @@ constexpr std::array<const char*, 7> kQueueAttributes{"printer-name", "printer-t
     "printer-state-reasons"};
 
 void readQueueAttribute(std::string_view name, ipp_attribute_t* attribute, SchedulerQueue& queue) {
-    const auto text = [attribute](int index) -> std::string {
-        const char* const value = ippGetString(attribute, index, nullptr);
-        return value != nullptr ? value : "";
-    };
-    if (name == "printer-name") queue.name = text(0);
+    if (name == "printer-name") queue.name = textOf(attribute);
     if (name == "printer-type") queue.isClass = (ippGetInteger(attribute, 0) & CUPS_PRINTER_CLASS) != 0;
-    if (name == "printer-make-and-model") queue.makeAndModel = text(0);
-    if (name == "device-uri") queue.deviceURI = text(0);
+    if (name == "printer-make-and-model") queue.makeAndModel = textOf(attribute);
+    if (name == "device-uri") queue.deviceURI = textOf(attribute);
     if (name == "printer-is-accepting-jobs") queue.takesJobs = ippGetBoolean(attribute, 0) != 0;
     if (name == "printer-state") queue.isPaused = ippGetInteger(attribute, 0) == IPP_PSTATE_STOPPED;
     if (name != "printer-state-reasons") return;
     for (int i = 0; i < ippGetCount(attribute); ++i)
-        if (std::string reason = text(i); reason != "none") queue.reasons.push_back(std::move(reason));
+        if (std::string reason = textOf(attribute, i); reason != "none")
+            queue.reasons.push_back(std::move(reason));
+}
+
+constexpr std::array<const char*, 5> kJobAttributes{
+    "job-id", "job-name", "job-state", "job-printer-uri", "job-printer-state-message"};
+
+void readJobAttribute(std::string_view name, ipp_attribute_t* attribute, QueueJob& job) {
+    if (name == "job-id") job.id = ippGetInteger(attribute, 0);
+    if (name == "job-name") job.title = textOf(attribute);
+    if (name == "job-state") job.state = static_cast<ipp_jstate_t>(ippGetInteger(attribute, 0));
+    if (name == "job-printer-state-message") job.message = textOf(attribute);
+    if (name != "job-printer-uri") return;
+    const std::string uri = textOf(attribute);
+    job.queue = uri.substr(uri.rfind('/') + 1);
+}
+
+void addOptions(const IPPMessage& request, const platform::PMPrinter::Options& options) {
+    cups_option_t* list = nullptr;
+    int count = 0;
+    for (const auto& [name, value] : options)
+        count = cupsAddOption(name.c_str(), value.c_str(), count, &list);
+    cupsEncodeOptions2(request.get(), count, list, IPP_TAG_JOB);
+    cupsFreeOptions(count, list);
+}
+
+// Waits for what a question on a connection answers.
+template <class Answer>
+Answer waitFor(SchedulerWorker::Duration time, SchedulerProblem& problem,
+    std::function<Answer(SchedulerConnection&, SchedulerProblem&)> question) {
+    using Told = std::pair<Answer, SchedulerProblem>;
+    auto told = SchedulerWorker::shared().wait<Told>("", time, [question](SchedulerConnection& connection) {
+        Told result;
+        result.first = question(connection, result.second);
+        return result;
+    });
+    if (!told) {
+        problem = {SchedulerProblem::Kind::silent, schedulerName() + " does not answer"};
+        return Answer();
+    }
+    problem = std::move(told->second);
+    return std::move(told->first);
+}
+
+// For who wants to know no more than the text.
+template <class Answer>
+Answer waitFor(SchedulerWorker::Duration time, platform::Failure& error,
+    std::function<Answer(SchedulerConnection&, SchedulerProblem&)> question) {
+    SchedulerProblem problem;
+    Answer answer = waitFor<Answer>(time, problem, std::move(question));
+    if (problem.kind != SchedulerProblem::Kind::none) error = problem.text;
+    return answer;
 }
 
 } // namespace
-
-std::string schedulerName() {
-    constexpr int kUsualPort = 631; // RFC 8010, section 5
-    const std::string server = cupsServer();
-    const bool hasUsualPort = server.starts_with('/') || ippPort() == kUsualPort;
-    return "the print scheduler at " + server + (hasUsualPort ? "" : ":" + std::to_string(ippPort()));
-}
 
 FetchedPPD::~FetchedPPD() {
     std::error_code ignored;
     std::filesystem::remove(file_, ignored);
 }
 
-std::unique_ptr<FetchedPPD> fetchQueuePPDFile(
-    const std::string& queue, std::chrono::milliseconds patience, platform::Failure& error) {
-    bool silent = false;
-    const platform::HTTPConnection http = connect(patience, &silent, error);
-    if (http == nullptr) return nullptr;
+namespace scheduler {
 
-    std::time_t modified = 0;
-    std::array<char, 1024> file{};
-    const http_status_t status = cupsGetPPD3(http.get(), queue.c_str(), &modified, file.data(), file.size());
-    if (status != HTTP_STATUS_OK) {
-        if (cupsLastError() == IPP_STATUS_ERROR_NOT_FOUND)
-            say(error, "there is no queue " + queue + " at " + schedulerName() +
-                           ", or it has no PPD (\"lpstat -v\" lists the queues)");
-        else
-            say(error,
-                "cannot get the PPD of queue " + queue + " from " + schedulerName() + ": " + why(silent));
-        return nullptr;
-    }
-    return std::make_unique<FetchedPPD>(file.data());
+std::optional<std::vector<SchedulerQueue>> queues(
+    SchedulerConnection& connection, SchedulerProblem& problem) {
+    // CUPS-Get-Printers: an operation of CUPS, beyond RFC 8011.
+    const IPPMessage request(ippNewRequest(IPP_OP_CUPS_GET_PRINTERS));
+    addWanted(request, kQueueAttributes);
+    const IPPMessage answer = connection.ask(request, problem);
+    if (answer == nullptr) return std::nullopt;
+    return thingsIn(answer, IPP_TAG_PRINTER, readQueueAttribute);
 }
 
-platform::IPPMessage askScheduler(
-    ipp_t* request, std::chrono::milliseconds patience, platform::Failure& error) {
-    platform::IPPMessage owned(request);
-    bool silent = false;
-    const platform::HTTPConnection http = connect(patience, &silent, error);
-    if (http == nullptr) return nullptr;
-    platform::IPPMessage answer(cupsDoRequest(http.get(), owned.release(), "/"));
-    const ipp_status_t status = cupsLastError();
-    // A list of nothing is "not found" in CUPS.
-    if (answer != nullptr && (status <= IPP_STATUS_OK_CONFLICTING || status == IPP_STATUS_ERROR_NOT_FOUND))
-        return answer;
-    say(error, schedulerName() + " refuses: " + why(silent));
-    return nullptr;
+// Get-Jobs, RFC 8011, section 4.2.6.
+std::optional<std::vector<QueueJob>> jobs(
+    SchedulerConnection& connection, const std::string& queue, WhichJobs which, SchedulerProblem& problem) {
+    const IPPMessage request = newRequest(IPP_OP_GET_JOBS, queue);
+    addUser(request);
+    ippAddBoolean(request.get(), IPP_TAG_OPERATION, "my-jobs", 1);
+    ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "which-jobs", nullptr,
+        which == WhichJobs::active ? "not-completed" : "completed");
+    addWanted(request, kJobAttributes);
+    const IPPMessage answer = connection.ask(request, problem);
+    if (answer == nullptr) return std::nullopt;
+    return thingsIn(answer, IPP_TAG_JOB, readJobAttribute);
+}
+
+std::unique_ptr<FetchedPPD> ppdFile(
+    SchedulerConnection& connection, const std::string& queue, SchedulerProblem& problem) {
+    if (!isQueueName(queue, problem)) return nullptr;
+    std::error_code error;
+    std::string file = (std::filesystem::temp_directory_path(error) / "orvan-XXXXXX.ppd").string();
+    constexpr int kEnding = 4; // ".ppd"
+    const platform::FileDescriptor descriptor(::mkostemps(file.data(), kEnding, O_CLOEXEC));
+    if (!descriptor) {
+        problem = {SchedulerProblem::Kind::refuses, "no file can be made for a PPD: " + file};
+        return nullptr;
+    }
+    auto ppd = std::make_unique<FetchedPPD>(file);
+    return connection.fetchPPD(queue, descriptor.get(), problem) ? std::move(ppd) : nullptr;
+}
+
+platform::PPDRecord ppdRecord(
+    SchedulerConnection& connection, const std::string& queue, SchedulerProblem& problem) {
+    if (!isQueueName(queue, problem)) return nullptr;
+    const platform::FileDescriptor descriptor(::memfd_create("orvan-ppd", MFD_CLOEXEC));
+    if (!descriptor || !connection.fetchPPD(queue, descriptor.get(), problem) ||
+        ::lseek(descriptor.get(), 0, SEEK_SET) != 0)
+        return nullptr;
+    return platform::PPDRecord(ppdOpenFd(descriptor.get()));
+}
+
+std::optional<FetchedQueue> queue(
+    SchedulerConnection& connection, const std::string& name, SchedulerProblem& problem) {
+    if (!isQueueName(name, problem)) return std::nullopt;
+    // Get-Printer-Attributes, RFC 8011, section 4.2.5.
+    const IPPMessage request = newRequest(IPP_OP_GET_PRINTER_ATTRIBUTES, name);
+    addUser(request);
+    addWanted(request, kQueueAttributes);
+    const IPPMessage answer = connection.ask(request, problem);
+    if (answer == nullptr) return std::nullopt;
+    std::vector<SchedulerQueue> found = thingsIn(answer, IPP_TAG_PRINTER, readQueueAttribute);
+    if (found.empty()) {
+        problem = {SchedulerProblem::Kind::unknown,
+            "there is no queue " + name + " at " + schedulerName() + " (\"lpstat -v\" lists the queues)"};
+        return std::nullopt;
+    }
+    FetchedQueue fetched{.queue = std::move(found.front()), .activeJobs = {}, .ppd = nullptr};
+    if (!fetched.queue.isOnePrinter()) {
+        problem = {
+            SchedulerProblem::Kind::severalPrinters, name + " is a class of printers, not one printer"};
+        return std::nullopt;
+    }
+    // Without the list nothing is known to be active.
+    SchedulerProblem noJobs;
+    fetched.activeJobs = jobs(connection, name, WhichJobs::active, noJobs).value_or(std::vector<QueueJob>());
+    fetched.ppd = ppdFile(connection, name, problem);
+    if (fetched.ppd == nullptr) return std::nullopt;
+    return fetched;
+}
+
+std::optional<int> sendCommand(SchedulerConnection& connection, const std::string& queue,
+    const std::string& text, const std::string& title, const platform::PMPrinter::Options& options,
+    SchedulerProblem& problem) {
+    if (!isQueueName(queue, problem)) return std::nullopt;
+    IPPMessage request = newRequest(IPP_OP_PRINT_JOB, queue);
+    addUser(request);
+    ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_NAME, "job-name", nullptr, title.c_str());
+    ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_MIMETYPE, "document-format", nullptr,
+        platform::kCommandFileType);
+    // A question prints nothing and waits for nobody.
+    platform::PMPrinter::Options all{{"job-sheets", "none,none"}, {"job-hold-until", "no-hold"}};
+    for (const auto& [name, value] : options)
+        all[name] = value;
+    addOptions(request, all);
+    const IPPMessage answer = connection.print(std::move(request), queue, text, problem);
+    if (answer == nullptr) return std::nullopt;
+    return ippGetInteger(ippFindAttribute(answer.get(), "job-id", IPP_TAG_INTEGER), 0);
+}
+
+} // namespace scheduler
+
+std::optional<std::vector<SchedulerQueue>> listQueues(
+    SchedulerWorker::Duration time, SchedulerProblem& problem) {
+    return waitFor<std::optional<std::vector<SchedulerQueue>>>(time, problem, scheduler::queues);
 }
 
 std::optional<std::vector<SchedulerQueue>> listQueues(
-    std::chrono::milliseconds patience, platform::Failure& error) {
-    // CUPS-Get-Printers: an operation of CUPS, beyond RFC 8011.
-    ipp_t* const request = ippNewRequest(IPP_OP_CUPS_GET_PRINTERS);
-    ippAddStrings(request, IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes",
-        static_cast<int>(kQueueAttributes.size()), nullptr, kQueueAttributes.data());
-    const platform::IPPMessage answer = askScheduler(request, patience, error);
-    if (answer == nullptr) return std::nullopt;
-    std::vector<SchedulerQueue> queues;
-    SchedulerQueue queue;
-    const auto finish = [&] {
-        if (!queue.name.empty()) queues.push_back(std::move(queue));
-        queue = {};
-    };
-    for (ipp_attribute_t* attribute = ippFirstAttribute(answer.get()); attribute != nullptr;
-         attribute = ippNextAttribute(answer.get())) {
-        if (const char* const name = ippGetName(attribute))
-            readQueueAttribute(name, attribute, queue);
-        else // between two queues
-            finish();
-    }
-    finish();
-    return queues;
+    SchedulerWorker::Duration time, platform::Failure& error) {
+    return waitFor<std::optional<std::vector<SchedulerQueue>>>(time, error, scheduler::queues);
+}
+
+std::optional<std::vector<QueueJob>> listJobs(
+    const std::string& queue, WhichJobs which, SchedulerWorker::Duration time) {
+    return waitFor<std::optional<std::vector<QueueJob>>>(time, platform::ignoredFailure(),
+        [queue, which](SchedulerConnection& connection, SchedulerProblem& problem) {
+            return scheduler::jobs(connection, queue, which, problem);
+        });
+}
+
+std::unique_ptr<FetchedPPD> fetchQueuePPDFile(
+    const std::string& queue, SchedulerWorker::Duration time, platform::Failure& error) {
+    return waitFor<std::unique_ptr<FetchedPPD>>(
+        time, error, [queue](SchedulerConnection& connection, SchedulerProblem& problem) {
+            return scheduler::ppdFile(connection, queue, problem);
+        });
+}
+
+// Validate-Job, RFC 8011, section 4.2.3.
+bool wouldTakeCommand(const std::string& queue, SchedulerWorker::Duration time, platform::Failure& error) {
+    return waitFor<bool>(time, error, [queue](SchedulerConnection& connection, SchedulerProblem& problem) {
+        const IPPMessage request = newRequest(IPP_OP_VALIDATE_JOB, queue);
+        addUser(request);
+        ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_MIMETYPE, "document-format", nullptr,
+            platform::kCommandFileType);
+        return connection.ask(request, problem) != nullptr;
+    });
+}
+
+// Cancel-Job, RFC 8011, section 4.3.3.
+bool cancelJob(const std::string& queue, int job, SchedulerWorker::Duration time) {
+    return waitFor<bool>(time, platform::ignoredFailure(),
+        [queue, job](SchedulerConnection& connection, SchedulerProblem& problem) {
+            const IPPMessage request = newRequest(IPP_OP_CANCEL_JOB, queue);
+            ippAddInteger(request.get(), IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", job);
+            addUser(request);
+            return connection.ask(request, problem) != nullptr;
+        });
 }
 
 bool isSchedulerHere() {

@@ -1,9 +1,14 @@
-// The CUPS scheduler that this process talks to (CUPS_SERVER, client.conf). Everything here blocks, for no
-// longer than `patience` for a single answer, and may be called from any thread.
+// What the print scheduler is asked: its queues, their PPDs and their jobs.
+//
+// Each question is there in two forms: on a connection, for the worker's threads; and, for a program that has
+// nothing else to do, one that waits for the answer, for no longer than `time` over the whole of it.
 #pragma once
 
 #include "Formats/Failure.h"
-#include "Platform/PrintServerConnection.h"
+#include "Platform/PMPrinter.h"
+#include "Scheduler/SchedulerConnection.h"
+#include "Scheduler/SchedulerProblem.h"
+#include "Scheduler/SchedulerWorker.h"
 
 #include <chrono>
 #include <filesystem>
@@ -15,7 +20,31 @@
 
 namespace orvan {
 
-// A queue's PPD as a file: a copy, or a link to the scheduler's own, that goes with this object.
+// A queue as the scheduler describes it.
+struct SchedulerQueue {
+    std::string name;
+    bool isClass = false;     // of queues; its PPD is one of theirs
+    std::string makeAndModel; // of the PPD that it was made with
+    std::string deviceURI;    // without the credentials that the scheduler keeps to itself
+    bool takesJobs = true;
+    bool isPaused = false;
+    std::vector<std::string> reasons; // printer-state-reasons, without "none"
+
+    // Whether the queue is one printer. A class, or a queue that stands for several printers of other
+    // schedulers ("implicitclass:", as cups-browsed makes them), sends each job to whichever is free.
+    bool isOnePrinter() const { return !isClass && !deviceURI.starts_with("implicitclass:"); }
+};
+
+// A job as the scheduler describes it.
+struct QueueJob {
+    int id = 0;
+    std::string queue;
+    std::string title;
+    ipp_jstate_t state = IPP_JSTATE_PENDING;
+    std::string message; // the scheduler's last word on it; may be empty
+};
+
+// A queue's PPD as a file: a copy that goes with this object.
 class FetchedPPD {
 public:
     explicit FetchedPPD(std::filesystem::path file) : file_(std::move(file)) {}
@@ -29,35 +58,50 @@ private:
     std::filesystem::path file_;
 };
 
-// Null, and a message for people in `error`, when the scheduler is not there, has no such queue,
-// or the queue has no PPD.
-std::unique_ptr<FetchedPPD> fetchQueuePPDFile(
-    const std::string& queue, std::chrono::milliseconds patience, platform::Failure& error);
-
-// A queue as the scheduler describes it.
-struct SchedulerQueue {
-    std::string name;
-    bool isClass = false;     // of queues; it has no PPD of its own
-    std::string makeAndModel; // of the PPD that it was made with
-    std::string deviceURI;    // without the credentials that the scheduler keeps to itself
-    bool takesJobs = true;
-    bool isPaused = false;
-    std::vector<std::string> reasons; // printer-state-reasons, without "none"
+// What a dialog or a command has to know before it makes a panel, or a channel, for a queue.
+struct FetchedQueue {
+    SchedulerQueue queue;
+    std::vector<QueueJob> activeJobs; // this person's
+    std::unique_ptr<FetchedPPD> ppd;
 };
 
-// The scheduler's queues. Nothing, and a message for people in `error`, when it is not there.
+// On a connection. Nothing, or null, and why in `problem`, when the scheduler is not there, does not answer
+// or refuses.
+enum class WhichJobs { active, ended };
+namespace scheduler {
+std::optional<std::vector<SchedulerQueue>> queues(SchedulerConnection& connection, SchedulerProblem& problem);
+// This person's jobs in a queue; in all queues for "".
+std::optional<std::vector<QueueJob>> jobs(
+    SchedulerConnection& connection, const std::string& queue, WhichJobs which, SchedulerProblem& problem);
+std::unique_ptr<FetchedPPD> ppdFile(
+    SchedulerConnection& connection, const std::string& queue, SchedulerProblem& problem);
+// The same, read, and no file left.
+platform::PPDRecord ppdRecord(
+    SchedulerConnection& connection, const std::string& queue, SchedulerProblem& problem);
+std::optional<FetchedQueue> queue(
+    SchedulerConnection& connection, const std::string& name, SchedulerProblem& problem);
+// Submits a command file as a job without cover sheets that is not held, whatever the queue's defaults are.
+// Its number.
+std::optional<int> sendCommand(SchedulerConnection& connection, const std::string& queue,
+    const std::string& text, const std::string& title, const platform::PMPrinter::Options& options,
+    SchedulerProblem& problem);
+} // namespace scheduler
+
+// Waiting. Why not is a message for people, in `error`.
 std::optional<std::vector<SchedulerQueue>> listQueues(
-    std::chrono::milliseconds patience, platform::Failure& error);
+    SchedulerWorker::Duration time, SchedulerProblem& problem);
+std::optional<std::vector<SchedulerQueue>> listQueues(
+    SchedulerWorker::Duration time, platform::Failure& error);
+std::optional<std::vector<QueueJob>> listJobs(
+    const std::string& queue, WhichJobs which, SchedulerWorker::Duration time);
+std::unique_ptr<FetchedPPD> fetchQueuePPDFile(
+    const std::string& queue, SchedulerWorker::Duration time, platform::Failure& error);
+// Whether the scheduler would take a command file for the queue.
+bool wouldTakeCommand(const std::string& queue, SchedulerWorker::Duration time, platform::Failure& error);
+// False when the job had ended before, or the scheduler refuses or is not there.
+bool cancelJob(const std::string& queue, int job, SchedulerWorker::Duration time);
 
 // Whether the scheduler runs on this computer.
 bool isSchedulerHere();
-
-// The scheduler's answer to a request, which this takes over. Null, and a message for people in `error`,
-// when it is not there, does not answer, or refuses.
-platform::IPPMessage askScheduler(
-    ipp_t* request, std::chrono::milliseconds patience, platform::Failure& error);
-
-// For messages: the scheduler and where it is.
-std::string schedulerName();
 
 } // namespace orvan

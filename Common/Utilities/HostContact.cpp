@@ -33,7 +33,7 @@ std::string urlOf(const std::string& host, int port) {
     return url.data();
 }
 
-// Why the host accepts no connection; empty when it does. libcups's httpConnect2 is no way to know: it
+// Why the host accepts no connection; empty when it does. libcups's own connections are no way to know: it
 // forgets the reason, and at the port of HTTPS it begins to speak TLS unasked.
 std::string connect(const std::string& host, int port) {
     using platform::HTTPStreamStatus;

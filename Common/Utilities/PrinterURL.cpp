@@ -79,9 +79,9 @@ std::optional<std::string> printerURLForDeviceURI(const std::string& deviceURI) 
     return device ? urlOfHost(CheckForLocalHost(*device)) : std::nullopt;
 }
 
-std::optional<std::string> GetPrinterURL(platform::PMPrinter& printer) {
+std::optional<std::string> GetPrinterURL(const platform::PMPrinter& printer) {
     std::string deviceURI;
-    if (platform::PMPrinterCopyDeviceURI(printer, &deviceURI) != platform::kPMNoError) return std::nullopt;
+    if (platform::PMPrinterCopyDeviceURI(printer, deviceURI) != platform::kPMNoError) return std::nullopt;
     return printerURLForDeviceURI(deviceURI);
 }
 

@@ -15,7 +15,7 @@ namespace orvan {
 // A host that is the name of a discovered service ("Office Printer._ipp._tcp.local.") is no host for a
 // browser: the local network is asked for the host that offers the service, which takes up to
 // kMaximumMulticastTime (Common/RendezvousUtilities.h). When nobody answers, the device URI's host stays.
-std::optional<std::string> GetPrinterURL(platform::PMPrinter& printer);
+std::optional<std::string> GetPrinterURL(const platform::PMPrinter& printer);
 
 // The same for a device URI, whose percent escapes stand for the characters that they are.
 std::optional<std::string> printerURLForDeviceURI(const std::string& deviceURI);

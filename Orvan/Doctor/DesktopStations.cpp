@@ -2,6 +2,7 @@
 
 #include "Orvan/Commands.h"
 #include "Platform/Bundle.h"
+#include "PrintDialog/Host/AdministratorSettings.h"
 #include "PrintDialog/Host/HostNames.h"
 #include "PrintDialog/Host/InstalledFiles.h"
 
@@ -75,6 +76,9 @@ Finding examineSession() {
         return problem(
             std::string("this session has switched the paper options off (") + kSwitchVariable + "=off)",
             "Take that out of ~/.config/environment.d or ~/.xsessionrc, and log in again.");
+    if (const AdministratorSettings settings = administratorSettings(); !settings.showsTab)
+        return problem("the administrator has switched the paper options off, in " + settings.file,
+            "\"Tab=true\" there switches them on for everybody.");
     if (isNamed(std::getenv("GTK3_MODULES"))) return ok("GTK3_MODULES names the module");
     if (std::getenv("DISPLAY") == nullptr && std::getenv("WAYLAND_DISPLAY") == nullptr)
         return notChecked("this is no desktop session", "Ask again in a terminal on the desktop.");

@@ -26,15 +26,44 @@ struct Patients {
     std::vector<SchedulerQueue> queues; // all of the scheduler's
 };
 
+// What to do about a scheduler that did not do what it was asked for.
+const char* adviceFor(SchedulerProblem::Kind kind) {
+    using Kind = SchedulerProblem::Kind;
+    switch (kind) {
+    case Kind::notThere:
+        return isSchedulerHere() ? "\"systemctl start cups\" starts this computer's."
+                                 : "See whether that computer is on and its scheduler listens to others "
+                                   "(\"cupsctl --remote-any\" there), or name another one (--server).";
+    case Kind::forbidden:
+        return "Let this user open the scheduler's socket (\"ls -l\" shows who may), or name another one "
+               "(--server).";
+    case Kind::silent:
+        return "See whether it is busy or stopped (\"systemctl status cups\" on its computer), or wait "
+               "longer "
+               "(--timeout).";
+    case Kind::wantsPassword:
+        return "Let this user ask without one: the policy in the scheduler's cupsd.conf says who may do "
+               "what.";
+    case Kind::none:
+    case Kind::unknown:
+    case Kind::severalPrinters:
+    case Kind::refuses:
+        break;
+    }
+    return "Look at its error log.";
+}
+
 Finding examineScheduler(const DoctorArguments& arguments, Patients& patients) {
     platform::Failure error;
-    auto queues = listQueues(SchedulerPatience::kAll, error);
-    if (!queues) return problem(*error, "\"systemctl start cups\" starts this computer's.");
+    SchedulerProblem trouble;
+    const auto time = SchedulerPatience(arguments.timeout).time();
+    auto queues = listQueues(time, trouble);
+    if (!queues) return problem(trouble.text, adviceFor(trouble.kind));
     patients.queues = *std::move(queues);
     const std::string count = std::to_string(patients.queues.size());
     if (!arguments.queue.empty())
         patients.names = {arguments.queue};
-    else if (auto names = orvanQueues(error))
+    else if (auto names = orvanQueues(arguments.timeout, error))
         patients.names = *std::move(names);
     else
         return problem(*error, "Look at its error log.");

@@ -12,7 +12,6 @@
 #include "Orvan/PrinterQuery.h"
 #include "Orvan/StatusJobs.h"
 #include "Orvan/Waiting.h"
-#include "Platform/PMPrinter.h"
 #include "PrintDialog/Host/QueuePPD.h"
 
 #include <algorithm>
@@ -23,7 +22,6 @@
 namespace orvan {
 namespace {
 
-constexpr std::chrono::seconds kSchedulerPatience = SchedulerPatience::kAll;
 // Commands of this printer family; CUPS's own are not answered in chunks.
 constexpr std::string_view kCommandPrefix = "com.orvan.";
 
@@ -60,12 +58,12 @@ std::string joined(const std::vector<std::string>& words) {
 
 QueueCheckup::QueueCheckup(const std::string& name, std::optional<SchedulerQueue> queue,
     std::chrono::duration<double> timeout, Checkup& checkup)
-    : name_(name), queue_(std::move(queue)), timeout_(timeout), checkup_(checkup) {}
+    : name_(name), queue_(std::move(queue)), timeout_(timeout), patience_(timeout), checkup_(checkup) {}
 
 QueueCheckup::~QueueCheckup() = default;
 
 void QueueCheckup::run() {
-    const char* const whyNoQueue = queue_ && !queue_->isClass ? nullptr : kNeedsQueue;
+    const char* const whyNoQueue = queue_ && queue_->isOnePrinter() ? nullptr : kNeedsQueue;
     checkup_.look("queue", [this] { return examineQueue(); });
     checkup_.look("PPD", [&] { return whyNoQueue ? notChecked(whyNoQueue) : examinePPD(); });
     const char* const whyNot = whyNoQueue ? whyNoQueue : ppd_ == nullptr ? kNeedsPPD : nullptr;
@@ -93,8 +91,13 @@ Finding QueueCheckup::examineQueue() const {
         return problem("there is no queue " + name_ + " at " + schedulerName(),
             "\"lpstat -v\" lists the queues; add one in the system's printer settings.");
     if (queue_->isClass)
-        return problem(name_ + " is a class of printers",
+        return problem(name_ +
+                           " is a class of printers, which has no paper options of its own: a job goes to "
+                           "whichever is free",
             "Name one of its printers (\"lpstat -c " + name_ + "\" lists them).");
+    if (!queue_->isOnePrinter())
+        return problem(name_ + " stands for several printers of other schedulers, so it has no paper options",
+            "Add a queue for the one printer, with its own address.");
     if (queue_->isPaused)
         return problem("printer " + name_ + " is stopped", "\"cupsenable " + name_ + "\" starts it.");
     if (!queue_->takesJobs)
@@ -104,7 +107,7 @@ Finding QueueCheckup::examineQueue() const {
 
 Finding QueueCheckup::examinePPD() {
     platform::Failure error;
-    const std::unique_ptr<FetchedPPD> file = fetchQueuePPDFile(name_, kSchedulerPatience, error);
+    const std::unique_ptr<FetchedPPD> file = fetchQueuePPDFile(name_, patience_.time(), error);
     if (file == nullptr) return problem(*error, driverAdvice(name_));
     std::unique_ptr<DialogPPD> ppd = DialogPPD::open(file->file(), error);
     if (ppd == nullptr)
@@ -133,7 +136,7 @@ Finding QueueCheckup::examineFilter() {
 }
 
 Finding QueueCheckup::examineEarlierJob() const {
-    const auto job = findStatusJob(name_, kSchedulerPatience);
+    const auto job = findStatusJob(name_, patience_.time());
     if (job && isInTrouble(*job))
         return problem("an earlier command job " +
                            std::string(job->state == IPP_JSTATE_HELD
@@ -147,32 +150,27 @@ Finding QueueCheckup::examineEarlierJob() const {
 Finding QueueCheckup::examineCommandJob() {
     if (!RunningOn107OrLater() || RunningOn1010OrLater())
         return notChecked("on release " + currentRelease() + " no command job is submitted");
-    if (const auto job = findStatusJob(name_, kSchedulerPatience); job && isInTrouble(*job))
+    if (const auto job = findStatusJob(name_, patience_.time()); job && isInTrouble(*job))
         return notChecked("it would wait for the earlier job");
     if (!isFilterRight_) return notChecked("the command filter has to be right first");
     if (queue_->isPaused || !queue_->takesJobs)
         return notChecked("the queue has to take and print jobs first");
     const InterruptionGuard guard;
-    SchedulerPatience patience;
-    PrinterQuestion question(name_, patience);
-    platform::Failure error;
-    std::unique_ptr<DialogPPD> ppd = fetchQueuePPD(name_, kSchedulerPatience, error);
-    if (ppd == nullptr) return problem(*error, kErrorLog);
-    question.ask(std::move(ppd));
-    if (question.submittedJob() == 0 && !findStatusJob(name_, kSchedulerPatience)) return whyNoJob();
+    PrinterQuestion question(name_, patience_);
     waitForPrinters([&question] { return !question.isWaiting(); }, timeout_,
         [this] { return "Waiting for printer " + name_; });
-    const auto job = findStatusJob(name_, kSchedulerPatience);
+    const auto job = findStatusJob(name_, patience_.time());
     // A job that does not end would be in the way of every later one.
     question.withdraw();
     if (wasInterrupted()) return notChecked("interrupted; the job is taken back");
+    if (const platform::Failure refusal = question.refusal()) return whyNoJob(*refusal);
     if (job) return whyNoEnd(*job);
-    complaint_ = complaintOfLastJob(name_, kSchedulerPatience);
+    complaint_ = complaintOfLastJob(name_, patience_.time());
     hasJobEnded_ = true;
     return ok("the scheduler took it, and it went through");
 }
 
-Finding QueueCheckup::whyNoEnd(const StatusJob& job) const {
+Finding QueueCheckup::whyNoEnd(const QueueJob& job) const {
     const std::string said = lastWordOn(job);
     if (job.state == IPP_JSTATE_STOPPED)
         return problem("the command filter failed, so the scheduler stopped its job" + said, kErrorLog);
@@ -183,17 +181,17 @@ Finding QueueCheckup::whyNoEnd(const StatusJob& job) const {
             : "See what the next stations say, or wait longer (--timeout).");
 }
 
-Finding QueueCheckup::whyNoJob() const {
+Finding QueueCheckup::whyNoJob(const std::string& refusal) {
     platform::Failure error;
-    return wouldTakeStatusJob(name_, kSchedulerPatience, error)
-               ? problem("the scheduler did not take the command job", kErrorLog)
+    return wouldTakeCommand(name_, patience_.time(), error)
+               ? problem("the scheduler did not take the command job: " + refusal, kErrorLog)
                : problem("the scheduler does not take the command job: " + *error,
                      "Permit this user to print to " + name_ + ", and the queue to take jobs.");
 }
 
 Finding QueueCheckup::examineAnswers() const {
     platform::Failure error;
-    const std::unique_ptr<DialogPPD> ppd = fetchQueuePPD(name_, kSchedulerPatience, error);
+    const std::unique_ptr<DialogPPD> ppd = fetchQueuePPD(name_, patience_.time(), error);
     if (ppd == nullptr) return problem(*error, kErrorLog);
     const CommandList commands = supportedCommandsInPPD(ppd->record()).value_or(CommandList{});
     std::vector<std::string> missing;

@@ -3,6 +3,7 @@
 
 #include "CommandFilter/Program/PrinterAddress.h"
 #include "Orvan/Doctor/Checkup.h"
+#include "Orvan/SchedulerPatience.h"
 #include "Orvan/StatusJobs.h"
 #include "PrintDialog/Host/DialogPPD.h"
 #include "Scheduler/PrintScheduler.h"
@@ -34,8 +35,8 @@ private:
     Finding examineFilter();
     Finding examineEarlierJob() const;
     Finding examineCommandJob();
-    Finding whyNoJob() const;
-    Finding whyNoEnd(const StatusJob& job) const;
+    Finding whyNoJob(const std::string& refusal);
+    Finding whyNoEnd(const QueueJob& job) const;
     Finding examineAnswers() const;
     Finding examineAddress();
     Finding examineContact();
@@ -44,6 +45,7 @@ private:
     std::string name_;
     std::optional<SchedulerQueue> queue_;
     std::chrono::duration<double> timeout_;
+    SchedulerPatience patience_;
     Checkup& checkup_;
 
     std::unique_ptr<DialogPPD> ppd_; // null until it is found to be whole

@@ -4,6 +4,7 @@
 #include "Platform/SystemLog.h"
 #include "PrintDialog/Gtk3/Guarded.h"
 #include "PrintDialog/Gtk3/HostText.h"
+#include "PrintDialog/Host/AdministratorSettings.h"
 #include "PrintDialog/Host/InstalledFiles.h"
 
 #include <cmath>
@@ -15,6 +16,8 @@ namespace {
 
 constexpr const char* kDataKey = "orvan-paper-options";
 constexpr const char* kPageSize = "PageSize";
+// Bytes of answers that nobody notices the main loop decode.
+constexpr std::size_t kAnswerBudget = std::size_t{512} * 1024;
 
 // The plug-in's bundle, opened with the process's first print dialog; null, with one line in the log, when it
 // is not there or damaged. It stays for the life of the process.
@@ -29,8 +32,8 @@ std::shared_ptr<platform::Bundle> paperOptionsBundle() {
 }
 
 void logOnce(const std::string& text) {
-    static bool logged = false;
-    if (!std::exchange(logged, true)) platform::systemLog(text);
+    static auto* const logged = new std::set<std::string>;
+    if (logged->insert(text).second) platform::systemLog(text);
 }
 
 } // namespace
@@ -38,7 +41,7 @@ void logOnce(const std::string& text) {
 void DialogAttachment::attach(GtkPrintUnixDialog* dialog) {
     if (g_object_get_data(G_OBJECT(dialog), kDataKey) != nullptr) return;
     std::shared_ptr<platform::Bundle> bundle = paperOptionsBundle();
-    if (bundle == nullptr) return;
+    if (bundle == nullptr || !administratorSettings().showsTab) return;
     auto* const attachment = new DialogAttachment(dialog, std::move(bundle));
     // "destroy" comes while the dialog's widgets are still there; it can come more than once.
     g_object_set_data(G_OBJECT(dialog), kDataKey, attachment);
@@ -57,7 +60,6 @@ DialogAttachment* DialogAttachment::of(GtkPrintUnixDialog* dialog) {
 DialogAttachment::DialogAttachment(GtkPrintUnixDialog* dialog, std::shared_ptr<platform::Bundle> bundle)
     : dialog_(dialog),
       bundle_(std::move(bundle)),
-      request_([this](const std::string&, std::unique_ptr<DialogPPD> ppd) { ppdArrived(std::move(ppd)); }),
       tab_(dialog, [this] { tabShown(); }),
       printerConnection_(dialog, "notify::selected-printer",
           G_CALLBACK(+[](GObject*, GParamSpec*, gpointer self) {
@@ -75,22 +77,39 @@ DialogAttachment::~DialogAttachment() {
 }
 
 void DialogAttachment::printerSelected() {
-    request_.cancel();
+    request_.drop();
     endSession();
     GtkPrinter* const printer = gtk_print_unix_dialog_get_selected_printer(dialog_);
     queue_ = printer != nullptr && !gtk_printer_is_virtual(printer) ? gtk_printer_get_name(printer) : "";
-    if (!queue_.empty()) request_.start(queue_);
+    if (queue_.empty()) return;
+    request_ = openQueue(queue_, SchedulerWorker::kDialogDeadline,
+        [this](std::optional<OpenedQueue> opened, const QueueFailure& failure) {
+            queueArrived(std::move(opened), failure);
+        });
 }
 
-void DialogAttachment::ppdArrived(std::unique_ptr<DialogPPD> ppd) {
-    if (ppd == nullptr || MyCheckPDEContextCUPS(ppd->record()) != kPDEContextValid) return;
+void DialogAttachment::queueArrived(std::optional<OpenedQueue> opened, const QueueFailure& failure) {
+    if (!opened) {
+        if (failure.isTrouble) logOnce("no paper options for printer " + queue_ + ": " + failure.text);
+        return;
+    }
+    if (MyCheckPDEContextCUPS(opened->ppd->record()) != kPDEContextValid) return;
+    auto printer = std::make_shared<SchedulerPrinter>(
+        std::move(opened->fetched), SchedulerPrinterOptions{.deadline = SchedulerWorker::kDialogDeadline,
+                                        .answerBudget = kAnswerBudget,
+                                        .asksPrinter = administratorSettings().asksPrinter});
     platform::Failure error;
-    auto session =
-        PanelSession::create(bundle_, std::move(ppd), std::make_shared<platform::PMPrinter>(queue_), error);
-    if (session != nullptr)
-        startSession(std::move(session));
-    else if (error)
-        logOnce("paper options are off: " + *error);
+    auto session = PanelSession::create(bundle_, std::move(opened->ppd), printer, error);
+    if (session == nullptr) {
+        if (error) logOnce("paper options are off: " + *error);
+        return;
+    }
+    startSession(std::move(session));
+    printer_ = std::move(printer);
+    printer_->setRefusalHandler([this](const std::string& why) {
+        logOnce("printer " + queue_ + " was not asked: " + why);
+        tab_.setNotice(hostText("The printer was not asked for its paper names: %1.", {why}));
+    });
 }
 
 void DialogAttachment::startSession(std::unique_ptr<PanelSession> session) {
@@ -114,6 +133,7 @@ void DialogAttachment::startSession(std::unique_ptr<PanelSession> session) {
 void DialogAttachment::endSession() {
     tab_.disappear();
     options_.reset();
+    if (const auto printer = std::exchange(printer_, nullptr)) printer->setRefusalHandler({});
     session_.reset();
     carried_.clear();
 }

@@ -5,14 +5,15 @@
 #include "PrintDialog/Gtk3/AcceptedChoices.h"
 #include "PrintDialog/Gtk3/DialogOptions.h"
 #include "PrintDialog/Gtk3/GObjectRef.h"
-#include "PrintDialog/Gtk3/PPDRequest.h"
 #include "PrintDialog/Gtk3/PanelTab.h"
 #include "PrintDialog/Host/PanelSession.h"
+#include "PrintDialog/Host/QueuePPD.h"
 
 #include <gtk/gtkunixprint.h>
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -39,7 +40,7 @@ private:
     DialogAttachment(GtkPrintUnixDialog* dialog, std::shared_ptr<platform::Bundle> bundle);
 
     void printerSelected();
-    void ppdArrived(std::unique_ptr<DialogPPD> ppd);
+    void queueArrived(std::optional<OpenedQueue> opened, const QueueFailure& failure);
     void startSession(std::unique_ptr<PanelSession> session);
     void endSession();
     void tabShown();
@@ -57,8 +58,9 @@ private:
     GtkPrintUnixDialog* dialog_;
     std::shared_ptr<platform::Bundle> bundle_;
     std::string queue_;
-    PPDRequest request_;
+    SchedulerRequest request_; // for the queue, before there is a session
     PanelTab tab_;
+    std::shared_ptr<SchedulerPrinter> printer_; // the session's
     std::unique_ptr<PanelSession> session_;
     std::unique_ptr<DialogOptions> options_;
     std::set<std::string> carried_; // the options that the job is told of

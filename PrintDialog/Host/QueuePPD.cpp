@@ -1,12 +1,63 @@
 #include "PrintDialog/Host/QueuePPD.h"
 
-#include "Scheduler/PrintScheduler.h"
+#include <utility>
 
 namespace orvan {
+namespace {
+
+struct Opening {
+    std::optional<OpenedQueue> queue;
+    QueueFailure failure;
+};
+
+Opening open(SchedulerConnection& connection, const std::string& name) {
+    Opening opening;
+    SchedulerProblem problem;
+    std::optional<FetchedQueue> fetched = scheduler::queue(connection, name, problem);
+    if (!fetched) {
+        using Kind = SchedulerProblem::Kind;
+        opening.failure = {
+            problem.text, problem.kind != Kind::unknown && problem.kind != Kind::severalPrinters};
+        return opening;
+    }
+    platform::Failure error;
+    auto ppd = DialogPPD::open(fetched->ppd->file(), error);
+    if (ppd != nullptr)
+        opening.queue = OpenedQueue{*std::move(fetched), std::move(ppd)};
+    else
+        opening.failure.text = "the PPD of queue " + name + " is damaged: " + error.value_or("");
+    return opening;
+}
+
+QueueFailure silence() {
+    return {schedulerName() + " does not answer", true};
+}
+
+} // namespace
+
+SchedulerRequest openQueue(const std::string& queue, SchedulerWorker::Duration time, QueueHandler handler) {
+    return SchedulerWorker::shared().start<Opening>(
+        queue, time, [queue](SchedulerConnection& connection) { return open(connection, queue); },
+        [handler = std::move(handler)](std::optional<Opening> opening) {
+            if (opening)
+                handler(std::move(opening->queue), opening->failure);
+            else
+                handler(std::nullopt, silence());
+        });
+}
+
+std::optional<OpenedQueue> fetchQueue(
+    const std::string& queue, SchedulerWorker::Duration time, platform::Failure& error) {
+    auto opening = SchedulerWorker::shared().wait<Opening>(
+        queue, time, [queue](SchedulerConnection& connection) { return open(connection, queue); });
+    if (opening && opening->queue) return std::move(opening->queue);
+    error = opening ? opening->failure.text : silence().text;
+    return std::nullopt;
+}
 
 std::unique_ptr<DialogPPD> fetchQueuePPD(
-    const std::string& queue, std::chrono::milliseconds patience, platform::Failure& error) {
-    const std::unique_ptr<FetchedPPD> ppd = fetchQueuePPDFile(queue, patience, error);
+    const std::string& queue, SchedulerWorker::Duration time, platform::Failure& error) {
+    const std::unique_ptr<FetchedPPD> ppd = fetchQueuePPDFile(queue, time, error);
     return ppd != nullptr ? DialogPPD::open(ppd->file(), error) : nullptr;
 }
 

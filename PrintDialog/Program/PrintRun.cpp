@@ -21,7 +21,7 @@
 namespace orvan {
 namespace {
 
-constexpr std::chrono::seconds kSchedulerPatience{5};
+constexpr std::chrono::seconds kSchedulerPatience{10};
 
 int fail(const std::string& title, const std::string& detail) {
     std::fprintf(stderr, "orvan-print: %s: %s\n", title.c_str(), detail.c_str());

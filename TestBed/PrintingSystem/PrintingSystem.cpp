@@ -1,6 +1,6 @@
 #include "TestBed/PrintingSystem/PrintingSystem.h"
 
-#include "TestBed/PrintingSystem/SchedulerConnection.h"
+#include "TestBed/PrintingSystem/AdminConnection.h"
 
 #include <cups/ppd.h>
 #include <unistd.h>
@@ -78,7 +78,7 @@ Failure PrintingSystem::waitUntilAnswering() {
     const char* what = "ended at once";
     while (scheduler_.isRunning()) {
         if (access(folder_->socket().c_str(), F_OK) == 0) {
-            SchedulerConnection connection(folder_->socket());
+            AdminConnection connection(folder_->socket());
             // A scheduler without queues answers that there is none, which is an answer.
             if (connection.isOpen() &&
                 !connection.send(IPPMessage(ippNewRequest(IPP_OP_CUPS_GET_PRINTERS)), "/", nullptr))
@@ -119,12 +119,12 @@ void PrintingSystem::adoptEnvironment() const {
 
 Failure PrintingSystem::addQueue(const QueueDescription& queue) const {
     if (Failure unusable = checkPPD(queue)) return unusable;
-    IPPMessage request = SchedulerConnection::queueRequest(IPP_OP_CUPS_ADD_MODIFY_PRINTER, queue.name);
+    IPPMessage request = AdminConnection::queueRequest(IPP_OP_CUPS_ADD_MODIFY_PRINTER, queue.name);
     ipp_t* message = request.get();
     ippAddString(message, IPP_TAG_PRINTER, IPP_TAG_URI, "device-uri", nullptr, queue.deviceURI.c_str());
     ippAddInteger(message, IPP_TAG_PRINTER, IPP_TAG_ENUM, "printer-state", IPP_PSTATE_IDLE);
     ippAddBoolean(message, IPP_TAG_PRINTER, "printer-is-accepting-jobs", 1);
-    SchedulerConnection connection(folder_->socket());
+    AdminConnection connection(folder_->socket());
     const Failure reason = connection.send(std::move(request), "/admin/", nullptr, queue.ppdFile);
     if (!reason) return std::nullopt;
     return "The queue " + quoted(queue.name) + " was not added: " + *reason;
@@ -132,9 +132,9 @@ Failure PrintingSystem::addQueue(const QueueDescription& queue) const {
 
 Failure PrintingSystem::queueOperation(
     ipp_op_t operation, const std::string& queue, const std::string& attempt) const {
-    SchedulerConnection connection(folder_->socket());
+    AdminConnection connection(folder_->socket());
     const Failure reason =
-        connection.send(SchedulerConnection::queueRequest(operation, queue), "/admin/", nullptr);
+        connection.send(AdminConnection::queueRequest(operation, queue), "/admin/", nullptr);
     if (!reason) return std::nullopt;
     return "The queue " + quoted(queue) + " could not be " + attempt + ": " + *reason;
 }
@@ -173,7 +173,7 @@ Failure PrintingSystem::acceptJobs(const std::string& queue) const {
 
 Failure PrintingSystem::print(const std::string& queue, const std::filesystem::path& file,
     const std::map<std::string, std::string>& options, int* job) const {
-    IPPMessage request = SchedulerConnection::queueRequest(IPP_OP_PRINT_JOB, queue);
+    IPPMessage request = AdminConnection::queueRequest(IPP_OP_PRINT_JOB, queue);
     ippAddString(
         request.get(), IPP_TAG_OPERATION, IPP_TAG_NAME, "job-name", nullptr, file.filename().c_str());
     cups_option_t* list = nullptr;
@@ -183,7 +183,7 @@ Failure PrintingSystem::print(const std::string& queue, const std::filesystem::p
     cupsEncodeOptions2(request.get(), count, list, IPP_TAG_OPERATION);
     cupsEncodeOptions2(request.get(), count, list, IPP_TAG_JOB);
     cupsFreeOptions(count, list);
-    SchedulerConnection connection(folder_->socket());
+    AdminConnection connection(folder_->socket());
     IPPMessage response;
     const Failure reason = connection.send(std::move(request), "/printers/" + queue, &response, file);
     if (reason) return file.string() + " was not printed on " + quoted(queue) + ": " + *reason;
@@ -194,11 +194,11 @@ Failure PrintingSystem::print(const std::string& queue, const std::filesystem::p
 
 Failure PrintingSystem::jobs(const std::string& queue, std::vector<PrintJob>* jobs) const {
     jobs->clear();
-    IPPMessage request = SchedulerConnection::queueRequest(IPP_OP_GET_JOBS, queue);
+    IPPMessage request = AdminConnection::queueRequest(IPP_OP_GET_JOBS, queue);
     ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "which-jobs", nullptr, "all");
     ippAddString(
         request.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "requested-attributes", nullptr, "job-id");
-    SchedulerConnection connection(folder_->socket());
+    AdminConnection connection(folder_->socket());
     IPPMessage response;
     const Failure reason = connection.send(std::move(request), "/", &response);
     if (reason) return "The jobs of " + quoted(queue) + " could not be listed: " + *reason;
@@ -209,7 +209,7 @@ Failure PrintingSystem::jobs(const std::string& queue, std::vector<PrintJob>* jo
 }
 
 Failure PrintingSystem::jobOperation(ipp_op_t operation, int job, const std::string& attempt) const {
-    SchedulerConnection connection(folder_->socket());
+    AdminConnection connection(folder_->socket());
     const Failure reason = connection.send(jobRequest(operation, job), "/jobs/", nullptr);
     if (!reason) return std::nullopt;
     return "Job " + std::to_string(job) + " could not be " + attempt + ": " + *reason;
@@ -224,7 +224,7 @@ Failure PrintingSystem::cancelJob(int job) const {
 }
 
 std::optional<PrintJob> PrintingSystem::findJob(int job) const {
-    SchedulerConnection connection(folder_->socket());
+    AdminConnection connection(folder_->socket());
     IPPMessage response;
     if (connection.send(jobRequest(IPP_OP_GET_JOB_ATTRIBUTES, job), "/", &response)) return std::nullopt;
     const std::vector<PrintJob> found = printJobsFromResponse(response.get());

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "BiDi/OrvanBiDi.h"
-#include "Platform/PMPrinter.h"
 #include "Tests/Support/DerivedPPD.h"
+#include "Tests/Support/FakePrinter.h"
 
 #include <cups/cups.h>
 #include <glib.h>
@@ -99,8 +99,9 @@ protected:
     std::string readFile(const std::string& name) const { return contents(folder_ / name); }
 
     // A channel of its own dialog, with the fixture's delegate.
-    std::shared_ptr<OrvanBiDi> channelFor(const std::filesystem::path& ppd) {
-        auto dialog = std::make_shared<Dialog>(ppd, std::make_shared<platform::PMPrinter>("orvan"));
+    std::shared_ptr<OrvanBiDi> channelFor(const std::filesystem::path& ppd,
+        std::shared_ptr<platform::PMPrinter> printer = std::make_shared<FakePrinter>()) {
+        auto dialog = std::make_shared<Dialog>(ppd, std::move(printer));
         EXPECT_NE(dialog->ppdFile(), nullptr);
         auto channel = OrvanBiDi::initWithPDECallbackObject(std::move(dialog));
         channel->setDelegate(delegate_);

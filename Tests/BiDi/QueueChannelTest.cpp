@@ -1,6 +1,7 @@
 // The channel on releases on which the printing system carries its jobs, with a scheduler of the test's own.
 #include "TestBed/PrintingSystem/PrintingSystem.h"
 #include "Tests/BiDi/ChannelFixture.h"
+#include "Tests/Support/QueuePrinter.h"
 
 #include <cups/ipp.h>
 
@@ -48,6 +49,7 @@ protected:
         return std::distance(std::filesystem::directory_iterator(system_->folder().home()),
             std::filesystem::directory_iterator());
     }
+    std::shared_ptr<OrvanBiDi> channelForQueue() { return channelFor(ppd_, queuePrinter("orvan")); }
     static bool runUntilSpent(const OrvanBiDi& channel) {
         return runLoopUntil([&channel] { return channel.state() == State::spent; });
     }
@@ -57,7 +59,7 @@ protected:
 };
 
 TEST_F(QueueChannelTest, WaitsForTheJobAndDeliversFromThePPD) {
-    auto channel = channelFor(ppd_);
+    auto channel = channelForQueue();
     channel->dispatchCommands(CommandList{"B", "A"});
     ASSERT_TRUE(runUntilSpent(*channel));
     EXPECT_EQ(delegate_->commands(), (Names{"A", "B"})) << system_->folder().errorLogTail(30);
@@ -65,16 +67,16 @@ TEST_F(QueueChannelTest, WaitsForTheJobAndDeliversFromThePPD) {
     ASSERT_EQ(jobs().size(), 1U);
     EXPECT_EQ(channel->delegate(), nullptr);
     EXPECT_EQ(delegate_.use_count(), 1);
-    EXPECT_EQ(temporaryFiles(), 0);
     // The scheduler found nothing wrong with any request.
     EXPECT_EQ(system_->folder().errorLogTail(1000).find("[Client"), std::string::npos);
     const std::weak_ptr<OrvanBiDi> watched = channel;
     channel.reset();
     EXPECT_TRUE(watched.expired());
+    EXPECT_EQ(temporaryFiles(), 0);
 
     // What an earlier job left in the PPD is delivered, too.
     delegate_->responses.clear();
-    channel = channelFor(ppd_);
+    channel = channelForQueue();
     channel->dispatchCommands(CommandList{"B"});
     ASSERT_TRUE(runUntilSpent(*channel));
     EXPECT_EQ(delegate_->commands(), (Names{"A", "B"}));
@@ -85,21 +87,24 @@ TEST_F(QueueChannelTest, WaitsForTheJobAndDeliversFromThePPD) {
     channel->setDelegate(delegate_);
     channel->dispatchCommands(CommandList{"B"});
     EXPECT_EQ(channel->state(), State::spent);
-    EXPECT_EQ(jobs().size(), 3U);
+    EXPECT_TRUE(runLoopUntil([this] { return jobs().size() == 3U; }));
     EXPECT_TRUE(delegate_->responses.empty());
 
-    // A queue that takes no job: the first look finds none, within the dispatch.
+    // A queue that takes no job still has the answers of earlier, and they are not told within the dispatch.
     ASSERT_TRUE(system_->waitForJob(jobs().back().id, 100s)->isSettled());
     ASSERT_EQ(system_->rejectJobs("orvan"), std::nullopt);
-    channel = channelFor(ppd_);
+    const auto refused = queuePrinter("orvan");
+    channel = channelFor(ppd_, refused);
     channel->dispatchCommands(CommandList{"A"});
-    EXPECT_EQ(channel->state(), State::spent);
+    EXPECT_EQ(channel->state(), State::waiting);
+    ASSERT_TRUE(runUntilSpent(*channel));
     EXPECT_EQ(delegate_->commands(), (Names{"A", "B"}));
+    EXPECT_NE(refused->refusal().value_or("").find("refuses: "), std::string::npos);
 }
 
 TEST_F(QueueChannelTest, GoesOnWaitingWhileTheJobIsThere) {
     ASSERT_EQ(system_->holdNewJobs("orvan"), std::nullopt);
-    auto channel = channelFor(ppd_);
+    auto channel = channelForQueue();
     EXPECT_FALSE(channel->isCommandJobRunning());
     channel->dispatchCommands(CommandList{"A"});
     EXPECT_EQ(channel->state(), State::waiting);
@@ -110,17 +115,17 @@ TEST_F(QueueChannelTest, GoesOnWaitingWhileTheJobIsThere) {
     std::weak_ptr<OrvanBiDi> other;
     const auto otherDelegate = std::make_shared<RememberingDelegate>();
     {
-        const auto temporary = channelFor(ppd_);
+        const auto temporary = channelForQueue();
         temporary->setDelegate(otherDelegate);
         temporary->dispatchCommands(CommandList{"A"});
         other = temporary;
     }
     // And one whose wait ends with the next tick, and one that is invalidated at once.
-    const auto marked = channelFor(ppd_);
+    const auto marked = channelForQueue();
     marked->dispatchCommands(CommandList{"A"});
     marked->setIsInvalidated(true);
     EXPECT_EQ(marked->state(), State::waiting);
-    const auto invalidated = channelFor(ppd_);
+    const auto invalidated = channelForQueue();
     invalidated->dispatchCommands(CommandList{"A"});
     invalidated->invalidate();
     EXPECT_EQ(invalidated->state(), State::spent);
@@ -138,11 +143,10 @@ TEST_F(QueueChannelTest, GoesOnWaitingWhileTheJobIsThere) {
     EXPECT_TRUE(runLoopUntil([&] { return channel->state() == State::spent && other.expired(); }));
     EXPECT_EQ(delegate_->commands(), Names{"A"});
     EXPECT_EQ(otherDelegate->commands(), Names{"A"});
-    EXPECT_EQ(temporaryFiles(), 0);
 }
 
 TEST_F(QueueChannelTest, TheDelegateMayEndTheChannelWhileItIsTold) {
-    auto channel = channelFor(ppd_);
+    auto channel = channelForQueue();
     const std::weak_ptr<OrvanBiDi> watched = channel;
     delegate_->onResponse = [&] {
         if (channel == nullptr) return;
@@ -159,36 +163,28 @@ TEST_F(QueueChannelTest, TheDelegateMayEndTheChannelWhileItIsTold) {
 TEST_F(QueueChannelTest, AStoppedJobKeepsTheWaitGoing) {
     system_.reset();
     start({{"ORVAN_TEST_FILTER_FAILS", "1"}});
-    const auto channel = channelFor(ppd_);
+    const auto channel = channelForQueue();
     channel->dispatchCommands(CommandList{"A"});
-    ASSERT_TRUE(runLoopUntil([&] { return jobs()[0].state == IPP_JSTATE_STOPPED; }));
+    ASSERT_TRUE(runLoopUntil([&] { return !jobs().empty() && jobs()[0].state == IPP_JSTATE_STOPPED; }));
     EXPECT_FALSE(runLoopUntil([&] { return channel->state() != State::waiting; }, 0.7));
     channel->invalidate();
     EXPECT_EQ(channel->state(), State::spent);
 }
 
-TEST_F(QueueChannelTest, AFrozenSchedulerHoldsNobodyUp) {
-    // While a wait goes on.
+TEST_F(QueueChannelTest, AFrozenSchedulerEndsTheWait) {
     ASSERT_EQ(system_->holdNewJobs("orvan"), std::nullopt);
-    auto channel = channelFor(ppd_);
+    const auto printer = queuePrinter("orvan", {.deadline = 500ms});
+    const auto channel = channelFor(ppd_, printer);
     channel->dispatchCommands(CommandList{"A"});
+    EXPECT_TRUE(runLoopUntil([&] { return printer->submittedJob() != 0; }));
     system_->scheduler().suspend();
     EXPECT_TRUE(runUntilSpent(*channel));
-
-    // From the beginning, and for a printer object with each of its requests.
-    channel = channelFor(ppd_);
-    channel->dispatchCommands(CommandList{"A"});
-    EXPECT_EQ(channel->state(), State::spent);
-    platform::PMPrinter printer("orvan");
-    std::string text;
-    EXPECT_NE(platform::PMPrinterSendCommand(printer, "#CUPS-COMMAND", "Printer Status", nullptr), 0);
-    EXPECT_NE(platform::PMPrinterCopyDeviceURI(printer, &text), 0);
-    EXPECT_NE(platform::PMPrinterSendCommand(printer, "#CUPS-COMMAND", "Printer Status", nullptr), 0);
-    EXPECT_NE(platform::PMPrinterCopyDeviceURI(printer, &text), 0);
-    EXPECT_TRUE(printer.patience().isUsedUp()); // it is one for all of them
+    EXPECT_TRUE(delegate_->responses.empty());
+    platform::Failure error;
+    EXPECT_FALSE(fetchQueue("orvan", 100ms, error));
+    EXPECT_NE(error.value_or("").find("does not answer"), std::string::npos);
     system_->scheduler().resume();
-    EXPECT_EQ(platform::PMPrinterCopyDeviceURI(printer, &text), 0);
-    EXPECT_FALSE(printer.patience().isUsedUp());
+    EXPECT_TRUE(fetchQueue("orvan", 100s, error));
 }
 
 } // namespace

@@ -1,16 +1,15 @@
 // The names that an office gave its papers, in the panel's paper-type list.
 #include "BiDi/ppdx.h"
 #include "Formats/PropertyList.h"
-#include "TestBed/PrintingSystem/PrintingSystem.h"
 #include "Tests/OrvanPaperOptions/PanelFixture.h"
+#include "Tests/Support/FakePrinter.h"
+#include "Tests/Support/TempFolder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 namespace orvan {
 namespace {
@@ -158,36 +157,15 @@ TEST_F(CustomPaperTypesTest, NeedThePaperTypeOption) {
     EXPECT_FALSE(popUp("Slipsheet").items().empty());
 }
 
-// The panel's question goes through a scheduler.
+// The panel asks its printer.
 class AskedPrinterTest : public CustomPaperTypesTest {
 protected:
     void SetUp() override {
-        if (SchedulerProcess::findProgram().empty()) GTEST_SKIP() << "cupsd is not installed";
-        Failure failure;
-        system_ = PrintingSystem::start({}, &failure);
-        ASSERT_TRUE(system_) << failure.value_or("");
-        system_->adoptEnvironment();
-        printer_ = std::make_shared<platform::PMPrinter>("Office");
-        ppd_.append(std::string("*cupsCommands: \"") + kCommand + "\"\n").addEntries(entries());
-        ASSERT_EQ(system_->addQueue({.name = "Office", .ppdFile = ppd_.file()}), std::nullopt);
-    }
-    // An answer of earlier.
-    std::string entries() const {
-        const std::filesystem::path file = system_->folder().home() / "entries";
-        const int descriptor = open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-        EXPECT_TRUE(ppdxWriteDataToDescriptor(descriptor, kCommand, kThree, std::strlen(kThree)));
-        close(descriptor);
-        std::ostringstream text;
-        text << std::ifstream(file).rdbuf();
-        return text.str();
-    }
-    std::size_t jobCount() const {
-        std::vector<PrintJob> all;
-        EXPECT_EQ(system_->jobs("Office", &all), std::nullopt);
-        return all.size();
+        printer_ = fake_;
+        ppd_.append(std::string("*cupsCommands: \"") + kCommand + "\"\n");
     }
 
-    std::unique_ptr<PrintingSystem> system_;
+    std::shared_ptr<FakePrinter> fake_ = std::make_shared<FakePrinter>();
 };
 
 class ResponseCounter final : public OrvanBiDiDelegate {
@@ -197,10 +175,9 @@ public:
 };
 
 TEST_F(AskedPrinterTest, LosesAPanelThatGoesDuringTheWait) {
-    ASSERT_EQ(system_->holdNewJobs("Office"), std::nullopt);
     create();
     EXPECT_TRUE(panel_->awaitsPrinter());
-    EXPECT_EQ(jobCount(), 1U);
+    EXPECT_EQ(fake_->sent.size(), 1U);
     const std::weak_ptr<OrvanPaperOptions> panel = panel_;
     panel_.reset();
     EXPECT_TRUE(panel.expired());
@@ -216,8 +193,16 @@ TEST_F(AskedPrinterTest, LosesAPanelThatGoesDuringTheWait) {
 }
 
 TEST_F(AskedPrinterTest, IsNotHeardDuringCreation) {
-    // So there is no job to wait for, and what the queue's PPD still has is delivered at once.
-    ASSERT_EQ(system_->rejectJobs("Office"), std::nullopt);
+    // There is no job to wait for, and what the queue's PPD has is delivered at once.
+    const TempFolder folder;
+    const std::filesystem::path entries = folder.path() / "entries";
+    const int descriptor = open(entries.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_TRUE(ppdxWriteDataToDescriptor(descriptor, kCommand, kThree, std::strlen(kThree)));
+    close(descriptor);
+    DerivedPPD answered;
+    answered.addEntries(contents(entries));
+    fake_->ppd = answered.file();
+    fake_->keepsJobs = false;
     create();
     EXPECT_FALSE(panel_->awaitsPrinter());
     show();
@@ -228,6 +213,13 @@ TEST_F(AskedPrinterTest, IsNotHeardDuringCreation) {
     channel->setDelegate(delegate);
     channel->dispatchCommands(channel->supportedCommands());
     EXPECT_EQ(delegate->count, 1) << "there was something to hear";
+
+    // More than a dialog decodes at once is left.
+    fake_->budget = std::strlen(kThree) - 1;
+    const auto small = OrvanBiDi::initWithPDECallbackObject(dialog_);
+    small->setDelegate(delegate);
+    small->dispatchCommands(small->supportedCommands());
+    EXPECT_EQ(delegate->count, 1);
 }
 
 } // namespace

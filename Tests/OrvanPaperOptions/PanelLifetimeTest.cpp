@@ -1,5 +1,6 @@
 // What is let go of when a panel ends.
 #include "Tests/OrvanPaperOptions/PanelFixture.h"
+#include "Tests/Support/FakePrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -40,7 +41,7 @@ TEST_F(PanelLifetimeTest, NothingIsHeldForAPrinterWithoutThePanelsOptions) {
 
 TEST_F(PanelLifetimeTest, ThePrinterIsNotAskedFromThisReleaseOn) {
     ppd_.append("*cupsCommands: \"com.orvan.CustomPaperTypes\"\n");
-    printer_ = std::make_shared<platform::PMPrinter>("Office");
+    printer_ = std::make_shared<FakePrinter>();
     createAndShow();
     EXPECT_EQ(dialog_->printerRequests, 0);
     EXPECT_EQ(dialog_.use_count(), 2) << "the panel holds the callback object, and no channel does";

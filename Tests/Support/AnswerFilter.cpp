@@ -3,14 +3,12 @@
 // not at all. Run as filter(7) says.
 #include "BiDi/ppdx.h"
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <string>
-#include <thread>
 
 namespace {
 
@@ -31,8 +29,6 @@ void answer(std::istream& job, const std::filesystem::path& folder) {
 int main(int count, char** arguments) {
     const char* const folder = std::getenv("ORVAN_ANSWERS");
     if (folder == nullptr) return 0;
-    // No printer answers before the panel that asks it is there; an answer that early would not be heard.
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
     if (count > 6) {
         std::ifstream job(arguments[6], std::ios::binary);
         answer(job, folder);

@@ -1,6 +1,6 @@
 #include "TestBed/PrintingSystem/PrintingSystem.h"
 
-#include "TestBed/PrintingSystem/SchedulerConnection.h"
+#include "TestBed/PrintingSystem/AdminConnection.h"
 #include "Tests/Support/TempFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 // Requests to one scheduler on its Unix socket, whatever CUPS_SERVER of this process says.
 #pragma once
 
+#include "Scheduler/SchedulerConnection.h"
 #include "TestBed/Session/Failure.h"
 
 #include <cups/cups.h>
@@ -11,20 +12,15 @@
 
 namespace orvan {
 
-struct IPPDeleter {
-    void operator()(ipp_t* message) const { ippDelete(message); }
-};
-using IPPMessage = std::unique_ptr<ipp_t, IPPDeleter>;
-
 // One connection; a request waits for its answer for at most some seconds, so that a scheduler which hangs is
 // an error and not a wait for ever. One thread.
-class SchedulerConnection {
+class AdminConnection {
 public:
     // Connects at once; see isOpen().
-    explicit SchedulerConnection(const std::filesystem::path& socket);
-    SchedulerConnection(const SchedulerConnection&) = delete;
-    SchedulerConnection& operator=(const SchedulerConnection&) = delete;
-    ~SchedulerConnection();
+    explicit AdminConnection(const std::filesystem::path& socket);
+    AdminConnection(const AdminConnection&) = delete;
+    AdminConnection& operator=(const AdminConnection&) = delete;
+    ~AdminConnection();
 
     bool isOpen() const { return http_ != nullptr; }
     // Borrowed, for libcups calls that take a connection; null when it is not open.

@@ -1,4 +1,4 @@
-#include "TestBed/PrintingSystem/SchedulerConnection.h"
+#include "TestBed/PrintingSystem/AdminConnection.h"
 
 #include <array>
 
@@ -10,17 +10,17 @@ constexpr double kAnswerSeconds = 10;
 
 } // namespace
 
-SchedulerConnection::SchedulerConnection(const std::filesystem::path& socket)
+AdminConnection::AdminConnection(const std::filesystem::path& socket)
     : http_(httpConnect2(socket.c_str(), 0, nullptr, AF_UNSPEC, HTTP_ENCRYPTION_IF_REQUESTED, 1,
           kConnectMilliseconds, nullptr)) {
     if (http_) httpSetTimeout(http_, kAnswerSeconds, nullptr, nullptr);
 }
 
-SchedulerConnection::~SchedulerConnection() {
+AdminConnection::~AdminConnection() {
     httpClose(http_);
 }
 
-IPPMessage SchedulerConnection::queueRequest(ipp_op_t operation, const std::string& queue) {
+IPPMessage AdminConnection::queueRequest(ipp_op_t operation, const std::string& queue) {
     std::array<char, HTTP_MAX_URI> uri{};
     httpAssembleURIf(HTTP_URI_CODING_ALL, uri.data(), static_cast<int>(uri.size()), "ipp", nullptr,
         "localhost", 0, "/printers/%s", queue.c_str());
@@ -30,7 +30,7 @@ IPPMessage SchedulerConnection::queueRequest(ipp_op_t operation, const std::stri
     return request;
 }
 
-Failure SchedulerConnection::send(IPPMessage request, const std::string& resource, IPPMessage* response,
+Failure AdminConnection::send(IPPMessage request, const std::string& resource, IPPMessage* response,
     const std::filesystem::path& file) {
     if (!http_) return "the scheduler takes no connection";
     // libcups takes over the request.

@@ -1,0 +1,84 @@
+// A queue of the print scheduler as the printer of a dialog or a command.
+#pragma once
+
+#include "Platform/PMPrinter.h"
+#include "Scheduler/JobWatch.h"
+#include "Scheduler/PrintScheduler.h"
+#include "Scheduler/SchedulerWorker.h"
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace orvan {
+
+struct SchedulerPrinterOptions {
+    SchedulerWorker::Duration deadline = SchedulerWorker::kDialogDeadline; // of each request
+    std::size_t answerBudget = std::size_t{16} * 1024 * 1024;              // as PMPrinter says
+    // Whether command files are submitted. When not, whoever hands one over gets the queue's PPD as it is.
+    bool asksPrinter = true;
+};
+
+// Begins with what was fetched of the queue before, so that nothing has to be asked when a channel
+// dispatches: only a job that was known then, or was handed over since, counts as active. What it does in the
+// scheduler ends with it. Main thread.
+class SchedulerPrinter final : public platform::PMPrinter {
+public:
+    SchedulerPrinter(FetchedQueue fetched, SchedulerPrinterOptions options);
+    ~SchedulerPrinter() override;
+
+    const std::string& queueName() const override { return fetched_.queue.name; }
+    std::string deviceURI() const override { return fetched_.queue.deviceURI; }
+    std::string descriptionPath() const override { return fetched_.ppd->file().string(); }
+    bool sendCommand(std::string_view text, const std::string& title, const Options& options) override;
+    std::vector<std::string> activeJobTitles() override;
+    platform::PPDRecord takeFreshPPD() override { return std::move(freshPPD_); }
+    std::size_t answerBudget() const override { return options_.answerBudget; }
+
+    // The number of the last job that the scheduler took; 0 for none.
+    int submittedJob() const { return submittedJob_; }
+    // Why it did not take the last one that was handed over; nothing when it did, or may yet.
+    const platform::Failure& refusal() const { return refusal_; }
+    // Told, once it is known, why the scheduler did not take a job.
+    void setRefusalHandler(std::function<void(const std::string&)> handler) {
+        onRefusal_ = std::move(handler);
+    }
+    // This person's active jobs in the queue, as they were seen last.
+    const std::vector<QueueJob>& activeJobs() const { return fetched_.activeJobs; }
+
+private:
+    enum class State {
+        idle,     // nothing is under way
+        sending,  // a job is handed over, and the scheduler has not answered yet
+        watching, // for a job to go, the one that was handed over or another
+        fetching, // one has gone, and the queue's new PPD is on its way
+    };
+    class Watcher;
+
+    void watch();
+    void seen(const std::optional<std::vector<QueueJob>>& jobs);
+    void fetchPPD();
+
+    bool isJobGone() const;
+
+    FetchedQueue fetched_;
+    SchedulerPrinterOptions options_;
+    State state_ = State::idle;
+    std::vector<std::string> titles_; // of the jobs that were there when there was last something to tell
+    std::string sentTitle_;           // of the job that was handed over and has not gone; "" for none
+    std::chrono::steady_clock::time_point lastAsked_;
+    int submittedJob_ = 0;
+    platform::Failure refusal_;
+    std::function<void(const std::string&)> onRefusal_;
+    platform::PPDRecord freshPPD_;
+    SchedulerRequest request_;
+    std::shared_ptr<Watcher> watcher_;
+};
+
+} // namespace orvan
