@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <memory>
 #include <sstream>
 
 namespace orvan {
@@ -36,7 +35,7 @@ protected:
     }
 };
 
-TEST_F(FilterQueue, CarriesThePrintersAnswersBothWays) {
+TEST_F(FilterQueue, CarriesThePrintersAnswersBothWaysAndItsLevelsToOtherClients) {
     const std::string document = contents(ORVAN_STATUS_DOCUMENT);
     SimulatedPrinter printer({"--log"}, document);
     addQueue("Office", printer);
@@ -47,14 +46,23 @@ TEST_F(FilterQueue, CarriesThePrintersAnswersBothWays) {
     const ProgramEnd status = orvan({"status", "-q", "Office"});
     EXPECT_NE(status.output.find("Job accounting\n  1\n"), std::string::npos)
         << status.output << status.errors;
+    const std::string low = attributes("Office");
+    for (const char* const words : {"Yellow\\ toner,Black\\ toner", "marker-levels=100,64,7,38",
+             "#00FFFF,#FF00FF,#FFFF00,#000000", "media-low-report", "toner-low-report"})
+        EXPECT_NE(low.find(words), std::string::npos) << words << " in\n" << low;
 
     std::string renamed = document;
     replace(renamed, "Delivery notes", "Lieferscheine grün");
+    replace(renamed, "<status>Low</status>", "<status>Full</status>");
+    replace(renamed, "<status>7</status>", "<status>OK</status>");
     printer.replaceDocument(renamed);
     std::string expected = before;
     replace(expected, "Delivery notes", "Lieferscheine grün");
     EXPECT_EQ(papers("Office"), expected);
     EXPECT_EQ(papers("Direct", "10.6.8"), expected);
+    const std::string well = attributes("Office");
+    EXPECT_NE(well.find("marker-levels=100,64,100,38"), std::string::npos) << well;
+    EXPECT_NE(well.find("printer-state-reasons=none"), std::string::npos) << well;
 
     // A printer that is off leaves what is known, and no job in the way.
     printer.end();
@@ -67,27 +75,6 @@ TEST_F(FilterQueue, CarriesThePrintersAnswersBothWays) {
     ASSERT_EQ(system_->jobs("Office", &jobs), std::nullopt);
     for (const PrintJob& job : jobs)
         EXPECT_EQ(job.state, IPP_JSTATE_COMPLETED);
-}
-
-TEST_F(FilterQueue, TellsOtherClientsOfLevelsAndTakesItBack) {
-    const auto document = [](const char* tray, const char* toner) {
-        return "<s><deviceStatus><printer><inputTrays><t><status>" + std::string(tray) +
-               "</status></t></inputTrays><supplies><s><name>Cyan Toner</name><status>" + toner +
-               "</status></s><s><name>Black Toner</name><status>50</status></s></supplies></printer>"
-               "</deviceStatus></s>";
-    };
-    const SimulatedPrinter printer({}, document("Empty", "3"));
-    addQueue("Office", printer);
-    papers("Office");
-    const std::string poor = attributes("Office");
-    for (const char* const words : {"Cyan\\ toner,Black\\ toner", "marker-levels=3,50", "#00FFFF,#000000",
-             "media-empty-warning", "toner-low-report"})
-        EXPECT_NE(poor.find(words), std::string::npos) << words << " in\n" << poor;
-    printer.replaceDocument(document("Full", "OK"));
-    papers("Office");
-    const std::string well = attributes("Office");
-    EXPECT_NE(well.find("marker-levels=100,50"), std::string::npos) << well;
-    EXPECT_NE(well.find("printer-state-reasons=none"), std::string::npos) << well;
 }
 
 TEST_F(FilterQueue, RunsItsFilterAsTheSchedulersUser) {

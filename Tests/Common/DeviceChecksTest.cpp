@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace orvan {
 namespace {
@@ -13,12 +14,8 @@ PPDRecord opened(const DerivedPPD& ppd) {
 }
 
 TEST(DeviceChecks, ReadsTheModelNumberFromTheFirstDigits) {
-    const struct {
-        const char* modelName;
-        const char* number;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"Orvan 4500", "4500"},
-        {"Model 7", "7"},
         {"Model 0450N", "450"},
         {"12-34", "12"},
         {"Orvan", "0"},

@@ -91,7 +91,6 @@ TEST(HostContact, FindsOutWhetherAHostIsThere) {
         ORVAN_SKIP_WITHOUT_NETWORK(answer);
         EXPECT_EQ(answer.substr(0, one.answer.size()), one.answer) << one.host << ' ' << one.port;
     }
-    EXPECT_EQ(explainPing(0, "127.0.0.1"), "");
 }
 
 } // namespace

@@ -1,31 +1,9 @@
 #include "Common/PDELogging.h"
+#include "Tests/Common/SystemLog.h"
 
 #include <gtest/gtest.h>
-#include <syslog.h>
 
-#include <cstdarg>
-#include <cstdio>
 #include <limits>
-#include <vector>
-
-namespace {
-
-std::vector<std::string>& written() {
-    static std::vector<std::string> lines;
-    return lines;
-}
-
-} // namespace
-
-// In place of the C library's.
-extern "C" void syslog(int, const char* format, ...) {
-    std::array<char, 1024> line{};
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(line.data(), line.size(), format, arguments);
-    va_end(arguments);
-    written().emplace_back(line.data());
-}
 
 namespace orvan {
 namespace {
@@ -39,9 +17,9 @@ struct Base {
 struct Derived : Base {};
 
 std::string lastLine() {
-    if (written().empty()) return "no line";
-    std::string line = written().back();
-    written().clear();
+    if (logLines.empty()) return "no line";
+    std::string line = logLines.back();
+    logLines.clear();
     return line;
 }
 
@@ -63,12 +41,8 @@ TEST(PDELogging, writesOneLineOfTagObjectAndMessage) {
     EXPECT_EQ(lastLine(), "orvan: BEGIN ");
 
     const Derived derived;
-    const Base* const object = &derived;
-    std::array<char, 128> expected{};
-    std::snprintf(expected.data(), expected.size(), "orvan: LOG self(<%s %p>) x",
-        "orvan::(anonymous namespace)::Derived", static_cast<const void*>(object));
-    _PDELog(object, "x");
-    EXPECT_EQ(lastLine(), expected.data());
+    _PDELog(static_cast<const Base*>(&derived), "x");
+    EXPECT_TRUE(lastLine().starts_with("orvan: LOG self(<orvan::(anonymous namespace)::Derived 0x"));
 }
 
 TEST(PDELogging, expandsFormatsAsPrintfDoes) {

@@ -79,9 +79,6 @@ TEST(SimplePing, refusesArgumentsBeforeAnythingIsDone) {
     EXPECT_EQ(WaitAndPrintICMPs(-1, 1, true, nullptr), EINVAL);
     EXPECT_EQ(WaitAndPrintICMPs(-1, 1, true, &seen), EBADF);
     EXPECT_FALSE(seen);
-    sockaddr_in address{};
-    EXPECT_EQ(LookupHostAddress(nullptr, &address), EINVAL);
-    EXPECT_EQ(LookupHostAddress("192.0.2.7", nullptr), EINVAL);
     for (const char* const url : {"", "http://", "/status.xml", "file:///x", "http://%C4%80/"})
         EXPECT_FALSE(PrinterIsReachable(url)) << url;
     EXPECT_FALSE(PrinterIsReachable(std::nullopt));
@@ -94,9 +91,6 @@ TEST(SimplePing, looksHostsUp) {
     EXPECT_EQ(address.sin_family, AF_INET);
     EXPECT_EQ(address.sin_port, 0);
     EXPECT_STREQ(inet_ntoa(address.sin_addr), "192.0.2.7");
-    EXPECT_EQ(LookupHostAddress("localhost", &address), 0);
-    EXPECT_STREQ(inet_ntoa(address.sin_addr), "127.0.0.1");
-    EXPECT_EQ(LookupHostAddress("255.255.255.255", &address), 0);
     const std::string answer = inOwnNetwork({}, [] {
         sockaddr_in none{};
         return std::to_string(LookupHostAddress("printer.example", &none));
@@ -196,31 +190,6 @@ TEST(SimplePing, pingsWhereTheSystemPermitsIt) {
     });
     ORVAN_SKIP_WITHOUT_NETWORK(answer);
     EXPECT_EQ(answer, "0, 0, 1, " + std::to_string(ENETUNREACH) + ", -1, 0");
-}
-
-TEST(SimplePing, answersTheErrorWhereTheSystemDoesNotPermitIt) {
-    const std::string answer =
-        inOwnNetwork({}, [] { return std::to_string(SimplePing("127.0.0.1", 1, 200, true)); });
-    ORVAN_SKIP_WITHOUT_NETWORK(answer);
-    EXPECT_EQ(answer, std::to_string(EACCES));
-}
-
-TEST(SimplePing, doesNotCountRepliesToOtherProcesses) {
-    const std::string answer = inOwnNetwork(kMayPing, [] {
-        platform::FileDescriptor own;
-        platform::FileDescriptor other;
-        sockaddr_in address{};
-        LookupHostAddress("127.0.0.1", &address);
-        bool seen = false;
-        std::ostringstream results;
-        results << CreateSocketForCommunicationWithHost(&own) << CreateSocketForCommunicationWithHost(&other)
-                << CreateAndSendICMPPacket(address, 0, other.get())
-                << WaitAndPrintICMPs(own.get(), 1, true, &seen)
-                << WaitAndPrintICMPs(other.get(), 1, true, &seen);
-        return results.str();
-    });
-    ORVAN_SKIP_WITHOUT_NETWORK(answer);
-    EXPECT_EQ(answer, "000-10");
 }
 
 } // namespace

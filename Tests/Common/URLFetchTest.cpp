@@ -183,7 +183,6 @@ TEST(URLFetch, MeasuresIdleTimeInTicks) {
     } cases[] = {
         {1000, 1120, false},
         {1000, 1121, true},
-        {kLast - 50, kLast, false},
         {kLast - 50, 120, false},
         {kLast - 50, 121, true},
     };
@@ -196,9 +195,7 @@ TEST(HTTPStream, LeavesWithTheServerWhatIsNotRead) {
     const auto stream = platform::HTTPStream::create({server.url("/endless"), std::nullopt, std::nullopt});
     ASSERT_NE(stream, nullptr);
     std::string bytes;
-    EXPECT_EQ(stream->read(bytes, 10), platform::HTTPRead::failed); // it is not open
     EXPECT_TRUE(stream->open());
-    EXPECT_FALSE(stream->open());
     while (stream->status() == platform::HTTPStreamStatus::opening)
         stream->proceed(50ms);
     EXPECT_EQ(stream->status(), platform::HTTPStreamStatus::open);
@@ -209,9 +206,6 @@ TEST(HTTPStream, LeavesWithTheServerWhatIsNotRead) {
         std::this_thread::sleep_for(20ms);
     }
     EXPECT_LT(server.sentByFlood(), std::size_t{32} << 20U); // what the system buffers, not what one can send
-    stream->close();
-    EXPECT_EQ(stream->status(), platform::HTTPStreamStatus::closed);
-    EXPECT_EQ(stream->read(bytes, 10), platform::HTTPRead::failed);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // What the shells complete, in shells on terminals of their own.
 #include "OrvanPaperOptions/Source/OptionRows.h"
+#include "Tests/Orvan/Program.h"
 #include "Tests/Support/CommandQueue.h"
 
 #include <algorithm>
@@ -8,8 +9,6 @@
 
 namespace orvan {
 namespace {
-
-using Words = std::vector<std::string>;
 
 // A key that puts all that there is to complete onto the line.
 constexpr const char* kAll = "\033*";
@@ -51,11 +50,6 @@ struct Line {
     Words arguments; // that the command gets
 };
 
-Words with(Words words, const Words& more) {
-    words.insert(words.end(), more.begin(), more.end());
-    return words;
-}
-
 void PrintTo(const Shell& shell, std::ostream* out) {
     *out << shell.name;
 }
@@ -85,7 +79,7 @@ Words optionsIn(const std::string& help) {
     Words options;
     for (const std::string& line : split(help, '\n'))
         if (const std::string word = firstWord(line); line.starts_with(' ') && word.starts_with('-'))
-            options = with(options, split(word, ','));
+            options = joined(options, split(word, ','));
     return options;
 }
 
@@ -137,16 +131,16 @@ protected:
 
     // The lines that ask for the options and commands behind these words; expects what `orvan` itself says.
     void askForAllBehind(const Words& words, std::vector<Line>& lines) const {
-        const std::string help = orvan(with(words, {"--help"})).output;
+        const std::string help = orvan(joined(words, {"--help"})).output;
         std::string line = "orvan ";
         for (const std::string& word : words)
             line += word + ' ';
-        lines.push_back({line + '-' + kAll, with(words, optionsIn(help))});
+        lines.push_back({line + '-' + kAll, joined(words, optionsIn(help))});
         const Words commands = commandsIn(help);
         if (commands.empty()) return;
-        lines.push_back({line + kAll, with(words, commands)});
+        lines.push_back({line + kAll, joined(words, commands)});
         for (const std::string& command : commands)
-            askForAllBehind(with(words, {command}), lines);
+            askForAllBehind(joined(words, {command}), lines);
     }
 
     TempFolder files_;
@@ -172,7 +166,7 @@ TEST_P(Completions, KnowWhatStandsWhere) {
         {"orvan check one.ppd --j\t", {"check", "one.ppd", "--json"}},
         {"orvan plist " + all, {"plist", "Info.plist", "folder", "one.ppd", "two words.ppd"}},
         {"orvan panel --response=In\t", {"panel", "--response=Info.plist"}},
-        {"orvan panel --set " + all, with({"panel", "--set"}, keywords)},
+        {"orvan panel --set " + all, joined({"panel", "--set"}, keywords)},
         {"orvan panel --set Med\tPlain", {"panel", "--set", "MediaType=Plain"}},
         {"orvan panel --set=Sli\tNone", {"panel", "--set=Slipsheet=None"}},
         {"orvan panel --set MediaType=" + all, {"panel", "--set", "MediaType="}},
@@ -190,7 +184,7 @@ TEST_P(Completions, KnowTheSchedulersQueues) {
     for (const std::string& name : queues)
         ASSERT_EQ(system_->addQueue({.name = name, .ppdFile = ORVAN_DRIVER_PPD}), std::nullopt);
     expect({
-        {std::string("orvan status -q ") + kAll, with({"status", "-q"}, queues)},
+        {std::string("orvan status -q ") + kAll, joined({"status", "-q"}, queues)},
         {"orvan url --queue=Of\t", {"url", "--queue=Office"}},
         {"orvan papers -qLa\t", {"papers", "-qLager"}},
         {"orvan doctor -q Pa\t", {"doctor", "-q", "Pay$HOME"}},

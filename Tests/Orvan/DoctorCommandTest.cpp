@@ -49,20 +49,22 @@ Json examine(Environment environment, std::vector<std::string> arguments, int ex
     return Json::parse(end.output, nullptr, false);
 }
 
-// What it says of a station; empty when that has no problem.
-std::string problemAt(const Json& answer, const std::string& station) {
-    for (const Json& one : answer["stations"])
-        if (one["station"] == station && one["state"] == "problem" && one["mend"] != "")
-            return one["found"].get<std::string>() + " | " + one["mend"].get<std::string>();
-    return "";
-}
+using Problems = std::vector<std::pair<std::string, std::string>>; // stations, and words of what it says
 
-// The stations that have one.
-std::vector<std::string> problemsIn(const Json& answer) {
-    std::vector<std::string> stations;
-    for (const Json& one : answer["stations"])
-        if (one["state"] == "problem") stations.push_back(one["station"]);
-    return stations;
+// It has these problems and no others, and says of each how to mend it.
+void expectProblems(const Json& answer, const Problems& expected) {
+    std::size_t count = 0;
+    for (const Json& one : answer["stations"]) {
+        if (one["state"] != "problem") continue;
+        ASSERT_LT(count, expected.size()) << answer;
+        const auto& [station, words] = expected[count++];
+        const std::string mend = one["mend"];
+        const std::string said = one["found"].get<std::string>().append(" | ").append(mend);
+        EXPECT_EQ(one["station"], station) << answer;
+        EXPECT_FALSE(mend.empty()) << answer;
+        EXPECT_NE(said.find(words), std::string::npos) << answer;
+    }
+    EXPECT_EQ(count, expected.size()) << answer;
 }
 
 class DoctorCommand : public CommandQueue {
@@ -155,36 +157,28 @@ TEST_F(DoctorCommand, FindsFaultsOfTheQueue) {
         withFilter("/bin/true")(ppd);
         ppd += "*com.orvan.DeviceStatus0000: \"!!!!\"\n*com.orvan.DeviceStatus0001: \"\"\n";
     });
-    const struct {
-        const char* queue;
-        const char* station;
-        std::string words;
-    } cases[] = {
-        {"Nowhere", "queue", "there is no queue Nowhere"},
-        {"Paused", "queue", "\"cupsenable Paused\""},
-        {"Rejecting", "queue", "\"cupsaccept Rejecting\""},
-        {"Holding", "command job",
-            "holds new jobs | \"lpadmin -p Holding -o job-hold-until-default=no-hold\""},
-        {"Other", "PPD", "is for another printer"},
-        {"NoCommands", "PPD",
-            "(\"cupsCommands\") | Give the queue the printer's driver: \"lpadmin -p NoCommands"},
-        {"Long", "PPD", "damaged: Line longer than the maximum allowed (255 characters)"},
-        {"NoFilter", "command filter", "names no command filter"},
-        {"Missing", "command filter", "/no/such/filter is not there: No such file"},
-        {"MissingName", "command filter", "the scheduler misses a filter"},
-        {"Insecure", "command filter", "\"sudo chmod 755 " + insecure + "\""},
-        {"Failing", "command job", "the command filter failed"},
-        {"Stopped", "earlier job", "| \"cancel Stopped-"},
-        {"Mute", "answers", "there are no answers to com.orvan.CustomPaperTypes, com.orvan.DeviceStatus"},
-        {"Damaged", "answers", "the answers to com.orvan.DeviceStatus cannot be decoded"},
+    const std::pair<const char*, Problems> cases[] = {
+        {"Nowhere", {{"queue", "there is no queue Nowhere"}}},
+        {"Paused", {{"queue", "\"cupsenable Paused\""}}},
+        {"Rejecting", {{"queue", "\"cupsaccept Rejecting\""}}},
+        {"Holding",
+            {{"command job", "holds new jobs | \"lpadmin -p Holding -o job-hold-until-default=no-hold\""}}},
+        {"Other", {{"PPD", "is for another printer"}}},
+        {"NoCommands",
+            {{"PPD", "(\"cupsCommands\") | Give the queue the printer's driver: \"lpadmin -p NoCommands"}}},
+        {"Long", {{"PPD", "damaged: Line longer than the maximum allowed (255 characters)"}}},
+        {"NoFilter", {{"command filter", "names no command filter"}}},
+        {"Missing", {{"command filter", "/no/such/filter is not there: No such file"}}},
+        {"MissingName", {{"command filter", "the scheduler misses a filter"}}},
+        {"Insecure", {{"command filter", "\"sudo chmod 755 " + insecure + "\""}}},
+        {"Failing", {{"command job", "the command filter failed"}}},
+        {"Stopped", {{"earlier job", "| \"cancel Stopped-"}}},
+        {"Mute", {{"answers", "there are no answers to com.orvan.CustomPaperTypes, com.orvan.DeviceStatus"}}},
+        {"Damaged", {{"answers", "the answers to com.orvan.DeviceStatus cannot be decoded"}}},
     };
-    for (const auto& [queue, station, words] : cases) {
-        SCOPED_TRACE(queue);
-        const Json answer = examine({"-q", queue}, 1);
-        EXPECT_NE(problemAt(answer, station).find(words), std::string::npos) << answer;
-        // One fault is one problem, whatever follows from it.
-        EXPECT_EQ(problemsIn(answer), std::vector<std::string>{station});
-    }
+    // One fault is one problem, whatever follows from it.
+    for (const auto& [queue, problems] : cases)
+        expectProblems(examine({"-q", queue}, 1), problems);
     // It leaves nothing in anybody's way.
     std::vector<PrintJob> jobs;
     ASSERT_EQ(system_->jobs("Failing", &jobs), std::nullopt);
@@ -201,24 +195,16 @@ TEST_F(DoctorCommand, FindsFaultsOfThePrinter) {
     addQueue("Closed", closed);
     addQueue("Off", off);
     off.end();
-    const struct {
-        const char* queue;
-        const char* station;
-        const char* words;
-    } cases[] = {
-        {"NoAddress", "address", "the device file:///dev/null leads to no printer | "},
-        {"Wrong", "document", "something that is no status document"},
-        {"Closed", "document", "wants a user name and a password"},
-        {"Off", "ping", "127.0.0.1 is not there"},
+    // What the filter complains of is the same fault, seen from the queue.
+    const std::pair<std::string, std::string> complaint("answers", "the command filter complains: ");
+    const std::pair<const char*, Problems> cases[] = {
+        {"NoAddress", {complaint, {"address", "the device file:///dev/null leads to no printer | "}}},
+        {"Wrong", {complaint, {"document", "something that is no status document"}}},
+        {"Closed", {complaint, {"document", "wants a user name and a password"}}},
+        {"Off", {complaint, {"ping", "127.0.0.1 is not there"}}},
     };
-    for (const auto& [queue, station, words] : cases) {
-        SCOPED_TRACE(queue);
-        const Json answer = examine({"-q", queue}, 1);
-        EXPECT_NE(problemAt(answer, station).find(words), std::string::npos) << answer;
-        // What the filter complained of is the same fault, seen from the queue.
-        EXPECT_NE(problemAt(answer, "answers").find("the command filter complains: "), std::string::npos);
-        EXPECT_EQ(problemsIn(answer), (std::vector<std::string>{"answers", station}));
-    }
+    for (const auto& [queue, problems] : cases)
+        expectProblems(examine({"-q", queue}, 1), problems);
 }
 
 // Without a scheduler the desktop is looked at all the same.
@@ -226,7 +212,7 @@ TEST(Doctor, FindsFaultsOfTheDesktop) {
     const struct {
         std::function<void(const Tree&)> plant;
         Environment environment;
-        std::vector<std::pair<std::string, std::string>> problems; // station, words
+        Problems problems; // behind the scheduler's
     } cases[] = {
         {[](const Tree& tree) {
              fs::remove_all(tree.at(Tree::bundle()));
@@ -252,14 +238,9 @@ TEST(Doctor, FindsFaultsOfTheDesktop) {
         variables.insert({{"CUPS_SERVER", "/no/such/socket"}, {"LC_ALL", "C.UTF-8"}, {"LANGUAGE", ""}});
         const Json answer = examine(variables, {"-q", "Office"}, 1, tree.at("bin/orvan"));
         EXPECT_EQ(answer["stations"].size(), 4U);
-        std::vector<std::string> stations{"scheduler"};
-        EXPECT_NE(problemAt(answer, "scheduler").find("cannot reach the print scheduler at /no/such/socket"),
-            std::string::npos);
-        for (const auto& [station, words] : problems) {
-            stations.push_back(station);
-            EXPECT_NE(problemAt(answer, station).find(words), std::string::npos) << answer;
-        }
-        EXPECT_EQ(problemsIn(answer), stations);
+        Problems all{{"scheduler", "cannot reach the print scheduler at /no/such/socket"}};
+        all.insert(all.end(), problems.begin(), problems.end());
+        expectProblems(answer, all);
     }
 }
 

@@ -1,4 +1,5 @@
 // `orvan status` about many printers, again and again, on a terminal, and interrupted.
+#include "Tests/Orvan/Program.h"
 #include "Tests/Support/CommandQueue.h"
 #include "Tests/Support/DerivedPPD.h"
 #include "Tests/Support/SimulatedPrinter.h"
@@ -140,24 +141,17 @@ TEST_F(StatusCommand, AsksTheSchedulerThatIsNamed) {
         EXPECT_EQ(orvan({command, "-q", "Office"}, elsewhere).exitCode, 1);
         EXPECT_EQ(orvan({command, "-q", "Office", "-H", here}, elsewhere).exitCode, 0);
     }
-    const struct {
-        std::vector<std::string> arguments;
-        int exitCode;
-        const char* words;
-    } cases[] = {
+    const Refusal cases[] = {
         {{"status", "--all", "-H", "localhost:1"}, 1, "cannot reach the print scheduler at localhost:1: "},
         {{"status", "--all", "-q", "Office"}, 2, "--all"},
         {{"status"}, 2, "--all"},
         {{"status", "--all", "--watch", "0"}, 2, "\"0\" is not a number above 0"},
         {{"status", "-q", "Office", "-H", ""}, 2, "a host is missing"},
     };
-    for (const auto& [arguments, exitCode, words] : cases) {
-        const ProgramEnd end = orvan(arguments);
-        EXPECT_EQ(end.exitCode, exitCode) << words;
-        EXPECT_NE(end.errors.find(words), std::string::npos) << end.errors;
-    }
+    for (const auto& [arguments, exitCode, words] : cases)
+        expectRefusal(orvan(arguments), words, exitCode);
     ASSERT_EQ(system_->deleteQueue("Office"), std::nullopt);
-    EXPECT_NE(orvan({"status", "--all"}).errors.find("no queue of an Orvan printer"), std::string::npos);
+    expectRefusal(orvan({"status", "--all"}), "no queue of an Orvan printer");
 }
 
 } // namespace

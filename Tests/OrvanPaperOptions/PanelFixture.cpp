@@ -9,6 +9,10 @@ namespace {
 // Each test program has one release, as it is asked once a process. It has to be set before the first panel.
 const int kRelease = setenv("ORVAN_SYSTEM_RELEASE", ORVAN_TEST_RELEASE, 1);
 
+const OptionRowSpec& rowOf(std::string_view keyword) {
+    return *std::ranges::find(kOptionRows, keyword, &OptionRowSpec::keyword);
+}
+
 } // namespace
 
 CountingCallback::CountingCallback(const DerivedPPD& ppd, std::shared_ptr<::platform::PMPrinter> printer)
@@ -57,10 +61,6 @@ std::size_t PanelTest::optionCount() {
     return static_cast<std::size_t>(std::ranges::count_if(kOptionRows, [this](const OptionRowSpec& row) {
         return ppdFindOption(dialog_->ppdFile(), row.keyword) != nullptr;
     }));
-}
-
-const OptionRowSpec& rowOf(std::string_view keyword) {
-    return *std::ranges::find(kOptionRows, keyword, &OptionRowSpec::keyword);
 }
 
 std::shared_ptr<platform::Bundle> bundleWithView(const TempFolder& folder, const std::string& view) {

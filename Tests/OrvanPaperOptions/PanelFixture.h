@@ -79,9 +79,6 @@ protected:
     std::shared_ptr<OrvanPaperOptions> panel_;
 };
 
-// The row of this option.
-const OptionRowSpec& rowOf(std::string_view keyword);
-
 // A bundle in the folder with this view resource; "" for none.
 std::shared_ptr<platform::Bundle> bundleWithView(const TempFolder& folder, const std::string& view);
 // The plug-in's own view resource.

@@ -90,10 +90,8 @@ TEST_F(PanelLayoutTest, ShowsEachOptionWithItsChoices) {
         EXPECT_EQ(label(spec.keyword).stringValue(), std::string(option.text) + ":");
         const auto& items = popUp(spec.keyword).items();
         ASSERT_EQ(items.size(), static_cast<std::size_t>(option.num_choices));
-        EXPECT_FALSE(popUp(spec.keyword).autoenablesItems());
         for (std::size_t i = 0; i < items.size(); ++i) {
             EXPECT_EQ(items[i].title, option.choices[i].text);
-            EXPECT_EQ(items[i].keyEquivalent, "");
             EXPECT_TRUE(items[i].enabled);
             const auto entry = std::static_pointer_cast<PDEChoice>(items[i].representedObject);
             EXPECT_EQ(entry->choice(), &option.choices[i]);
@@ -125,16 +123,6 @@ TEST_F(PanelLayoutTest, FillingSelectsNothing) {
     panel_->willShow();
     for (const OptionRowSpec& spec : kOptionRows)
         EXPECT_EQ(shown(spec.keyword), "(none)") << spec.keyword;
-
-    platform::PopUpButton popUp;
-    popUp.addItem({"kept", "", "", true, nullptr});
-    InitPopUpFromArray(&popUp, nullptr);
-    EXPECT_EQ(popUp.items().size(), 1U);
-    InitPopUpFromArray(nullptr, nullptr);
-    const PDEChoiceList none;
-    InitPopUpFromArray(nullptr, &none);
-    InitPopUpFromArray(&popUp, &none);
-    EXPECT_TRUE(popUp.items().empty());
 }
 
 TEST_F(PanelLayoutTest, GoesByKeywordsWhereTitlesDoNotDecode) {

@@ -31,14 +31,6 @@ TEST_F(PanelLifetimeTest, NothingOutlivesThePanel) {
     }
 }
 
-TEST_F(PanelLifetimeTest, NothingIsHeldForAPrinterWithoutThePanelsOptions) {
-    ppd_.keepOptions({});
-    dialog_ = std::make_shared<CountingCallback>(ppd_);
-    EXPECT_EQ(OrvanPaperOptions::initWithCallbackAndBundle(dialog_, bundle_), nullptr);
-    EXPECT_EQ(dialog_.use_count(), 1);
-    EXPECT_EQ(bundle_.use_count(), 1);
-}
-
 TEST_F(PanelLifetimeTest, ThePrinterIsNotAskedFromThisReleaseOn) {
     ppd_.append("*cupsCommands: \"com.orvan.CustomPaperTypes\"\n");
     printer_ = std::make_shared<FakePrinter>();

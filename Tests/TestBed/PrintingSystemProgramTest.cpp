@@ -9,6 +9,7 @@
 #include <csignal>
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 namespace orvan {
 namespace {
@@ -24,11 +25,7 @@ protected:
 
 TEST_F(PrintingSystemProgramTest, RunsACommandAndAnswersForIt) {
     const std::string queue = "--queue orvan=" ORVAN_DRIVER_PPD " ";
-    const struct {
-        std::string arguments;
-        int exitCode;
-        const char* output;
-    } cases[] = {
+    const std::tuple<std::string, int, const char*> cases[] = {
         {queue + "--default orvan -- sh -c 'lpstat -d; exit 7'", 7, "system default destination: orvan"},
         {queue + "-- sh -c 'kill -TERM $$'", 128 + SIGTERM, ""},
         {queue + "-- /nonexistent", 1, "No such file or directory"},

@@ -1,13 +1,9 @@
 #include "TestBed/PrintingSystem/PrintingSystem.h"
-
-#include "TestBed/PrintingSystem/AdminConnection.h"
 #include "Tests/Support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <fstream>
-#include <sstream>
 
 namespace orvan {
 namespace {
@@ -21,16 +17,10 @@ class PrintingSystemTest : public testing::Test {
 protected:
     void SetUp() override {
         if (SchedulerProcess::findProgram().empty()) GTEST_SKIP() << "cupsd is not installed";
-        system_ = start({});
-        ASSERT_TRUE(system_);
-        document_ = writeFile("document.ps", kDocument);
-    }
-
-    static std::unique_ptr<PrintingSystem> start(const PrintingSystemOptions& options) {
         Failure failure;
-        std::unique_ptr<PrintingSystem> system = PrintingSystem::start(options, &failure);
-        EXPECT_TRUE(system) << failure.value_or("");
-        return system;
+        system_ = PrintingSystem::start({}, &failure);
+        ASSERT_TRUE(system_) << failure.value_or("");
+        document_ = writeFile("document.ps", kDocument);
     }
 
     fs::path writeFile(const std::string& name, const std::string& text) const {
@@ -90,21 +80,6 @@ TEST_F(PrintingSystemTest, QueuesAndJobsSurviveASchedulerThatFails) {
     ASSERT_TRUE(job);
     EXPECT_EQ(job->state, IPP_JSTATE_COMPLETED);
     EXPECT_EQ(job->attribute("MediaType"), "Bond");
-}
-
-TEST_F(PrintingSystemTest, TwoStandSideBySideAndEachCleansUp) {
-    std::unique_ptr<PrintingSystem> other = start({});
-    ASSERT_TRUE(other);
-    addQueue("orvan", "file:///dev/null");
-    EXPECT_NE(other->pauseQueue("orvan"), std::nullopt);
-
-    const fs::path folder = other->folder().path();
-    const pid_t scheduler = other->scheduler().pid();
-    other->scheduler().suspend();
-    other.reset();
-    EXPECT_FALSE(fs::exists(folder));
-    EXPECT_EQ(::kill(scheduler, 0), -1);
-    EXPECT_EQ(system_->pauseQueue("orvan"), std::nullopt);
 }
 
 TEST_F(PrintingSystemTest, LeavesNothingBehindWhenItDoesNotComeUp) {
