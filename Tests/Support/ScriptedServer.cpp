@@ -100,13 +100,13 @@ void ScriptedServer::serve(int connection) {
         const ssize_t size = recv(connection, piece.data(), piece.size(), 0);
         if (size <= 0) return;
         request.append(piece.data(), static_cast<std::size_t>(size));
-        if (!request.starts_with("GET ")) { // TLS, for example
+        if (!request.starts_with("GET ") && !request.starts_with("POST ")) { // TLS, for example
             sendBytes(connection, "HTTP/1.1 400 Bad Request\r\n\r\n");
             return;
         }
     }
     ++requestCount_;
-    const std::string path = fieldOf(request, "GET ");
+    const std::string path = fieldOf(request, request.starts_with("GET ") ? "GET " : "POST ");
     const auto answer = std::ranges::find_if(
         answers_, [&](const ScriptedAnswer& known) { return path.starts_with(known.path + " "); });
     if (answer != answers_.end()) send(connection, *answer, request);

@@ -74,6 +74,19 @@ void letPass(std::chrono::milliseconds time) {
     waitUntil([end] { return std::chrono::steady_clock::now() >= end && !gtk_events_pending(); });
 }
 
+std::chrono::steady_clock::duration longestTurn(std::chrono::milliseconds time) {
+    std::chrono::steady_clock::duration longest{};
+    auto last = std::chrono::steady_clock::now();
+    const auto end = last + time;
+    waitUntil([&] {
+        const auto now = std::chrono::steady_clock::now();
+        longest = std::max(longest, now - last);
+        last = now;
+        return now > end;
+    });
+    return longest;
+}
+
 OpenDialog::OpenDialog(const Settings& remembered)
     : dialog_(GTK_PRINT_UNIX_DIALOG(gtk_print_unix_dialog_new("Print", nullptr))) {
     gtk_print_unix_dialog_set_manual_capabilities(dialog_, GTK_PRINT_CAPABILITY_GENERATE_PDF);

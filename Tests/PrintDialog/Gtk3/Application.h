@@ -19,6 +19,10 @@ namespace orvan::test {
 bool waitUntil(const std::function<bool()>& condition);
 // Runs the main loop until it has nothing to do, and for at least this long.
 void letPass(std::chrono::milliseconds time);
+// The same, and answers the longest time in which the main loop did not get round. Whoever waits for a
+// scheduler that does not answer takes ten seconds for it.
+std::chrono::steady_clock::duration longestTurn(std::chrono::milliseconds time);
+inline constexpr std::chrono::seconds kHeldUp{8};
 
 using Settings = std::map<std::string, std::string>;
 
