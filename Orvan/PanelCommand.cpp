@@ -161,8 +161,7 @@ bool waitForPrinter(const PanelSession& session, const std::shared_ptr<Scheduler
     waitForPrinters([&session] { return !session.panel().awaitsPrinter(); }, arguments.timeout,
         [&arguments] { return "Waiting for printer " + arguments.queue; });
     if (!wasInterrupted()) return true;
-    if (printer != nullptr && printer->submittedJob() != 0)
-        cancelJob(arguments.queue, printer->submittedJob(), SchedulerPatience::kLeast);
+    if (printer != nullptr) printer->takeBack(SchedulerPatience(arguments.timeout).time());
     cannot("interrupted; the printer is not asked any more");
     return false;
 }

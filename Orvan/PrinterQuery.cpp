@@ -110,10 +110,6 @@ bool PrinterQuestion::isWaiting() const {
     return isBusy(*channel_) && !(job && isInTrouble(*job));
 }
 
-int PrinterQuestion::submittedJob() const {
-    return printer_ != nullptr ? printer_->submittedJob() : 0;
-}
-
 platform::Failure PrinterQuestion::refusal() const {
     return printer_ != nullptr ? printer_->refusal() : std::nullopt;
 }
@@ -123,8 +119,7 @@ std::optional<QueueJob> PrinterQuestion::activeJob() const {
 }
 
 void PrinterQuestion::withdraw() {
-    if (const int job = submittedJob(); job != 0)
-        patience_->ask([&](auto time) { return cancelJob(queue(), job, time); });
+    if (printer_ != nullptr) printer_->takeBack(patience_->time());
 }
 
 // Why nothing came through the queue.

@@ -38,8 +38,6 @@ public:
     const std::string& queue() const { return answers_.queue; }
     // Whether the main loop has to run on. A command job that is held or was stopped is not waited for.
     bool isWaiting() const;
-    // The number of the command job that the scheduler took; 0 when there was one already, or it took none.
-    int submittedJob() const;
     // Why the scheduler took none; nothing when it did, or there was one already.
     platform::Failure refusal() const;
     // The command job that keeps the question, as it was seen last.

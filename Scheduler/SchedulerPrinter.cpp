@@ -66,6 +66,11 @@ bool SchedulerPrinter::sendCommand(std::string_view text, const std::string& tit
     return true;
 }
 
+void SchedulerPrinter::takeBack(SchedulerWorker::Duration time) {
+    platform::runMainLoopUntil([this] { return state_ != State::sending; }, time);
+    if (submittedJob_ != 0) cancelJob(queueName(), submittedJob_, time);
+}
+
 void SchedulerPrinter::watch() {
     state_ = State::watching;
     JobWatch::shared().watch(watcher_, options_.deadline);

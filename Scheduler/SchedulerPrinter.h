@@ -49,6 +49,10 @@ public:
     void setRefusalHandler(std::function<void(const std::string&)> handler) {
         onRefusal_ = std::move(handler);
     }
+    // Cancels the last job that was handed over, also when the scheduler has not said yet whether it takes
+    // it. Runs the main loop for at most `time`, and waits as long again: for a program that has no loop
+    // running.
+    void takeBack(SchedulerWorker::Duration time);
     // This person's active jobs in the queue, as they were seen last.
     const std::vector<QueueJob>& activeJobs() const { return fetched_.activeJobs; }
 

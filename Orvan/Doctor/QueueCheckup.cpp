@@ -41,12 +41,6 @@ bool hasAnswer(ppd_file_t* ppd, const std::string& command) {
     return data != nullptr && platform::PropertyList::read({data.get(), size}).has_value();
 }
 
-// What a message says behind the name of a file that nobody knows.
-std::string withoutPlace(const std::string& message, const std::string& file) {
-    const std::size_t place = message.find(file + ": ");
-    return place == std::string::npos ? message : message.substr(place + file.size() + 2);
-}
-
 std::string joined(const std::vector<std::string>& words) {
     std::string text;
     for (const std::string& word : words)
@@ -112,7 +106,7 @@ Finding QueueCheckup::examinePPD() {
     std::unique_ptr<DialogPPD> ppd = DialogPPD::open(file->file(), error);
     if (ppd == nullptr)
         return problem(
-            "the queue's PPD is damaged: " + withoutPlace(*error, file->file()), driverAdvice(name_));
+            "the queue's PPD is damaged: " + withoutFile(*error, file->file()), driverAdvice(name_));
     ppd_file_t* const record = ppd->record();
     if (MyCheckPDEContextCUPS(record) != kPDEContextValid)
         return problem(
@@ -177,7 +171,7 @@ Finding QueueCheckup::whyNoEnd(const QueueJob& job) const {
     return problem(job.state == IPP_JSTATE_HELD ? "the queue holds new jobs" + said
                                                 : "the command job did not end in time" + said,
         job.state == IPP_JSTATE_HELD
-            ? "\"lpadmin -p " + name_ + " -o job-hold-until-default=no-hold\" changes that."
+            ? "\"cupsenable --release " + name_ + "\" lets them go."
             : "See what the next stations say, or wait longer (--timeout).");
 }
 

@@ -25,7 +25,8 @@ Opening open(SchedulerConnection& connection, const std::string& name) {
     if (ppd != nullptr)
         opening.queue = OpenedQueue{*std::move(fetched), std::move(ppd)};
     else
-        opening.failure.text = "the PPD of queue " + name + " is damaged: " + error.value_or("");
+        opening.failure.text = "the PPD of queue " + name +
+                               " is damaged: " + withoutFile(error.value_or(""), fetched->ppd->file());
     return opening;
 }
 
@@ -34,6 +35,11 @@ QueueFailure silence() {
 }
 
 } // namespace
+
+std::string withoutFile(const std::string& message, const std::string& file) {
+    const std::size_t place = message.find(file + ": ");
+    return place == std::string::npos ? message : message.substr(place + file.size() + 2);
+}
 
 SchedulerRequest openQueue(const std::string& queue, SchedulerWorker::Duration time, QueueHandler handler) {
     return SchedulerWorker::shared().start<Opening>(

@@ -41,4 +41,7 @@ std::optional<OpenedQueue> fetchQueue(
 std::unique_ptr<DialogPPD> fetchQueuePPD(
     const std::string& queue, SchedulerWorker::Duration time, platform::Failure& error);
 
+// What a message says behind the name of a file that nobody knows.
+std::string withoutFile(const std::string& message, const std::string& file);
+
 } // namespace orvan

@@ -77,6 +77,34 @@ TEST_F(FilterQueue, CarriesThePrintersAnswersBothWaysAndItsLevelsToOtherClients)
         EXPECT_EQ(job.state, IPP_JSTATE_COMPLETED);
 }
 
+// A question prints nothing and is not held, whatever the queue's defaults are.
+TEST_F(FilterQueue, IsAskedWithoutCoverSheets) {
+    SimulatedPrinter printer({}, contents(ORVAN_STATUS_DOCUMENT));
+    const TempFolder folder;
+    const auto ppd =
+        folder.write("queue.ppd", queuePPD("commandtoorvan", printer.url(), printer.snmpAgent()));
+    ASSERT_EQ(system_->addQueue({"Covered", ppd, system_->fileDevice("Covered")}), std::nullopt);
+    const auto setDefaults = [this](const std::string& sheets, const std::string& hold) {
+        EXPECT_EQ(run({"/usr/sbin/lpadmin", "-p", "Covered", "-o", "job-sheets-default=" + sheets, "-o",
+                          "job-hold-until-default=" + hold})
+                      .exitCode,
+            0);
+    };
+    const auto printed = [this] { return contents(system_->outputFile("Covered")); };
+    setDefaults("standard,standard", "indefinite");
+    EXPECT_NE(papers("Covered").find("Delivery notes"), std::string::npos);
+    EXPECT_EQ(printed(), "");
+
+    // Which a document does not escape.
+    setDefaults("standard,none", "no-hold");
+    const auto document =
+        folder.write("document.ps", "%!PS-Adobe-3.0\n%%Pages: 1\n%%Page: 1 1\nshowpage\n%%EOF\n");
+    int job = 0;
+    ASSERT_EQ(system_->print("Covered", document, {}, &job), std::nullopt);
+    EXPECT_TRUE(system_->waitForJob(job, std::chrono::seconds(100))->isSettled());
+    EXPECT_NE(printed(), "");
+}
+
 TEST_F(FilterQueue, RunsItsFilterAsTheSchedulersUser) {
     if (geteuid() != 0) GTEST_SKIP() << "only root's scheduler runs its filters as another user";
     const SimulatedPrinter printer({"--misbehave", "slow"}); // slower than the filter's patience

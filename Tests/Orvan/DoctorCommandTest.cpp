@@ -139,6 +139,7 @@ TEST_F(DoctorCommand, FindsFaultsOfTheQueue) {
     ASSERT_EQ(system_->rejectJobs("Rejecting"), std::nullopt);
     addQueue("Holding", unchanged);
     ASSERT_EQ(system_->holdNewJobs("Holding"), std::nullopt);
+    EXPECT_EQ(run({"/usr/sbin/lpadmin", "-p", "Holding", "-c", "Class"}).exitCode, 0);
     addQueue("Other", replacing("*Manufacturer: \"Orvan\"", "*Manufacturer: \"Other\""));
     addQueue("NoCommands", replacing("*cupsCommands:", "*otherCommands:"));
     addQueue("Long", unchanged);
@@ -161,8 +162,8 @@ TEST_F(DoctorCommand, FindsFaultsOfTheQueue) {
         {"Nowhere", {{"queue", "there is no queue Nowhere"}}},
         {"Paused", {{"queue", "\"cupsenable Paused\""}}},
         {"Rejecting", {{"queue", "\"cupsaccept Rejecting\""}}},
-        {"Holding",
-            {{"command job", "holds new jobs | \"lpadmin -p Holding -o job-hold-until-default=no-hold\""}}},
+        {"Holding", {{"command job", "holds new jobs | \"cupsenable --release Holding\""}}},
+        {"Class", {{"queue", "is a class of printers"}}},
         {"Other", {{"PPD", "is for another printer"}}},
         {"NoCommands",
             {{"PPD", "(\"cupsCommands\") | Give the queue the printer's driver: \"lpadmin -p NoCommands"}}},

@@ -67,21 +67,6 @@ protected:
         return Json::parse(end.output, nullptr, false);
     }
 
-    // The panel of Queue, which hears of its printer only what comes while it waits.
-    Json panelOfQueue(const std::string& set) const {
-        EXPECT_EQ(system_->pauseQueue("Queue"), std::nullopt);
-        Environment variables{{"ORVAN", ORVAN_PROGRAM}, {"OUT", answers_.path() / "out"}, {"TERM", "xterm"}};
-        variables.merge(environment());
-        Terminal terminal(
-            {"/bin/sh", "-c", "$ORVAN panel -q Queue --json --timeout 100 --set " + set + " >$OUT"},
-            variables);
-        terminal.shownUntil("Waiting for printer Queue");
-        EXPECT_EQ(system_->resumeQueue("Queue"), std::nullopt);
-        const std::string errors = terminal.shownUntilEnd();
-        EXPECT_EQ(terminal.waitForEnd(), 0) << errors;
-        return Json::parse(contents(answers_.path() / "out"), nullptr, false);
-    }
-
     const std::filesystem::path kFilter = ORVAN_ANSWER_FILTER;
     TempFolder answers_;
     std::filesystem::path failing_;
@@ -118,9 +103,7 @@ TEST_F(QueryCommands, ShowWhatThePrinterAnswersByBothWays) {
             Json::parse(R"({"name": "Delivery notes", "type": "4", "baseClass": "Recycled"})"));
         EXPECT_EQ(status["responses"][1]["input-trays-col"][1],
             Json::parse(R"({"tray-name": "Tray2", "tray-level": -1})"));
-        const std::string set = "MediaType=CustomType17";
-        const Json panel =
-            queue == "Queue" ? panelOfQueue(set) : answer(with({"panel", "--json", "--set", set}));
+        const Json panel = answer(with({"panel", "--json", "--set", "MediaType=CustomType17"}));
         EXPECT_EQ(panel["rows"][0]["items"].size(), 16U);
         EXPECT_EQ(panel["rows"][0]["items"][13],
             Json::parse(R"({"title": "Letterhead Zürich", "keyword": "CustomType1"})"));

@@ -87,6 +87,27 @@ TEST_F(PaperNames, areThereByBothWaysAndArriveInTheJob) {
     }
 }
 
+// Answers of earlier are shown where nobody may ask.
+TEST_F(PaperNames, areThoseOfEarlierWhereTheAdministratorLetsNobodyAsk) {
+    const TempFolder folder;
+    folder.write("orvan/paper-options.conf", "[Paper Options]\nAskPrinter=false\n");
+    for (const bool mayAsk : {true, false}) {
+        const auto body = [&] {
+            OpenDialog dialog(Settings{{"printer", "Named"}});
+            ASSERT_TRUE(dialog.waitForTab(kTab));
+            ASSERT_TRUE(
+                waitUntil([&] { return !jobs("Named").empty() && jobs("Named").front().isSettled(); }));
+            letPass(std::chrono::milliseconds(1200));
+            dialog.openTab(kTab);
+            EXPECT_TRUE(offers(dialog, "Letterhead Zürich"));
+        };
+        std::vector<std::string> environment{kQuery};
+        if (!mayAsk) environment.push_back("XDG_CONFIG_DIRS=" + folder.path().string());
+        inApplication(body, environment);
+        EXPECT_EQ(jobs("Named").size(), 1U);
+    }
+}
+
 TEST_F(PaperNames, comeTooLateForATabThatIsOpenedAtOnce) {
     ASSERT_EQ(desktop_.printing->holdNewJobs("Named"), std::nullopt);
     const auto body = [this] {

@@ -2,9 +2,12 @@
 #include "OrvanPaperOptions/Source/OptionRows.h"
 #include "Tests/PrintDialog/Gtk3/Application.h"
 #include "Tests/Support/DerivedPPD.h"
+#include "Tests/Support/Processes.h"
+#include "Tests/Support/TempFolder.h"
 
 #include <algorithm>
 #include <csignal>
+#include <fstream>
 #include <string>
 
 namespace orvan::test {
@@ -212,6 +215,48 @@ TEST_F(PaperOptionsTab, canBeSwitchedOff) {
             EXPECT_TRUE(systemLogLines().empty());
         },
         {"ORVAN_PAPER_OPTIONS=off"});
+}
+
+TEST_F(PaperOptionsTab, isNotThereForClassesAndWhereTheAdministratorSaysNo) {
+    const ClientEnvironment client = desktop_.printing->environment();
+    const ProgramEnd made = runProgram(
+        {"/usr/sbin/lpadmin", "-p", "Office", "-c", "Both"}, Environment(client.begin(), client.end()));
+    ASSERT_EQ(made.exitCode, 0) << made.errors;
+    inApplication([] {
+        OpenDialog dialog(Settings{{"printer", "Both"}});
+        letPass(std::chrono::milliseconds(500));
+        EXPECT_FALSE(hasTab(dialog));
+        dialog.selectPrinter("Office");
+        EXPECT_TRUE(dialog.waitForTab(kTab));
+    });
+    const TempFolder folder;
+    folder.write("orvan/paper-options.conf", "[Paper Options]\nTab=false\n");
+    const auto body = [] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        letPass(std::chrono::milliseconds(500));
+        EXPECT_FALSE(hasTab(dialog));
+    };
+    inApplication(body, {"XDG_CONFIG_DIRS=" + folder.path().string()});
+}
+
+TEST_F(PaperOptionsTab, leavesALineInTheLogForAPPDThatCannotBeRead) {
+    std::ofstream(desktop_.printing->folder().path() / "etc/ppd/Office.ppd", std::ios::app)
+        << "*OVNNote: \"" << std::string(256, 'x') << "\"\n";
+    inApplication([] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(waitUntil([] { return !systemLogLines().empty(); }));
+        dialog.selectPrinter("Annex");
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.selectPrinter("Office");
+        letPass(std::chrono::milliseconds(500));
+        const auto lines = systemLogLines();
+        EXPECT_EQ(std::ranges::count_if(lines,
+                      [](const std::string& line) {
+                          return line.find("printer Office: the PPD of queue Office is damaged: ") !=
+                                 std::string::npos;
+                      }),
+            1);
+    });
 }
 
 TEST_F(PaperOptionsTab, aMissingHostOrBundleLeavesTheApplicationAsItIs) {
