@@ -50,6 +50,7 @@ public:
 
     // What follows is one request to that scheduler, with this deadline over the whole of it.
     void begin(Clock::time_point deadline, const SchedulerAddress& address);
+    void disconnect();
     // Ends it: what reads or writes gives up at once. From any thread.
     void abort();
 
@@ -70,7 +71,6 @@ private:
     };
 
     bool connect(SchedulerProblem& problem);
-    void disconnect();
     bool isOver() const;
     bool isDead() const;
     SchedulerProblem problemWith(const std::string& what, ipp_status_t status) const;

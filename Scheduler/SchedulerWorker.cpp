@@ -140,10 +140,12 @@ struct SchedulerWorker::Threads {
             }
             ++idle;
             const bool isWoken = hasWork.wait_for(lock, kIdleTime) == std::cv_status::no_timeout;
+            if (!isWoken) {
+                connection.disconnect();
+                hasWork.wait(lock);
+            }
             --idle;
-            if (!isWoken && waiting.empty()) break;
         }
-        --count;
     }
 
     // Locked.

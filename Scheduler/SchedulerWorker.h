@@ -33,8 +33,8 @@ private:
     std::shared_ptr<Pending> pending_;
 };
 
-// At most kMostConnections threads with a connection each. They come with the requests and go, connections
-// and all, after kIdleTime without one. They take no signals, and the process ends without them.
+// At most kMostConnections threads with a connection each. They come with the requests and stay; a connection
+// goes after kIdleTime without one. They take no signals, and the process ends without them.
 class SchedulerWorker {
 public:
     static constexpr int kMostConnections = 4;

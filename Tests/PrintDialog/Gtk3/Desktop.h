@@ -53,6 +53,8 @@ struct Desktop {
         const std::filesystem::path& module = builtModule()) const;
 };
 
+// For an application in which GTK's print back end loses memory by itself.
+void doNotLookForLeaks();
 // What the process wrote to the system log so far, a line each. The log of the machine gets nothing of it.
 std::vector<std::string> systemLogLines();
 // What GTK complained of so far (warnings and criticals that the paper options' code or ours could be blamed
