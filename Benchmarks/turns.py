@@ -15,10 +15,11 @@ import tempfile
 import zlib
 from pathlib import Path
 
-from far_scheduler import A_PPD, ANY, GET_JOBS, PRINT_JOB, FarScheduler
+from far_scheduler import A_PPD, A_QUEUE, ANYTHING, GET_JOBS, PRINT_JOB, FarScheduler
 from startup import display
 
 RUNS = 7  # of each kind, in turn
+SECONDS_A_RUN = 60
 SECONDS = 3.0  # from the choice of the printer to the closing of the dialog
 PIECE = 158
 LARGE = 16 * 1024 * 1024
@@ -27,8 +28,8 @@ FAR = {"delay": 0.15}
 WAYS = {
     "near": {},
     "300 ms away": FAR,
-    "a byte a second": {"rate": 1},
-    "frozen": {"frozen": (ANY,)},
+    "a byte a second": {"slowed": ANYTHING},
+    "frozen at the queue": {"frozen": (A_QUEUE,)},
     "frozen at the jobs": {"frozen": (GET_JOBS,)},
     "frozen at the command job": {"frozen": (PRINT_JOB,)},
     "frozen at the PPD": {"frozen": (A_PPD,)},
@@ -75,7 +76,7 @@ def longest_turn(build, socket, way, module):
                        "CUPS_SERVER": f"127.0.0.1:{far.port}", **({"GTK3_MODULES": str(module)} if module else {})}
         try:
             run = subprocess.run([build / "Benchmarks/dialog-turns", "Orvan", trigger, str(SECONDS)], env=environment,
-                                 capture_output=True, text=True, timeout=120)
+                                 capture_output=True, text=True, timeout=SECONDS_A_RUN)
         finally:
             far.close()
     if run.returncode != 0 or "assword" in run.stderr:

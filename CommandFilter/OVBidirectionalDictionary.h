@@ -41,6 +41,7 @@ public:
         return pair != nullptr ? &pair->key : nullptr;
     }
 
+    // Of the given vocabulary; nothing here calls them.
     Enumerator keyEnumerator() const;
     Enumerator objectEnumerator() const;
 

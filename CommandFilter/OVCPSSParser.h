@@ -24,6 +24,8 @@ public:
     static const OVBidirectionalDictionary& trayMap();
     static const OVBidirectionalDictionary& coatingTypeMap();
 
+    // Of the given vocabulary; nothing here calls these: the
+    // status document's parser asks the maps.
     // The PPD keyword for the printer's. For the reverse, ask the map itself: keyForObject().
     const std::string* keyForCPSSSize(Keyword keyword) const { return sizeMap().objectForKey(keyword); }
     const std::string* keyForCPSSType(Keyword keyword) const { return typeMap().objectForKey(keyword); }

@@ -31,7 +31,7 @@ public:
     static std::unique_ptr<OVOVGParser> initWithData(
         std::string_view data, platform::Failure& error = platform::ignoredFailure());
 
-    // Writes nothing: there is no form of output for it.
+    // Writes nothing: there is no form of output for it. Of the given vocabulary; nothing here calls it.
     void writeToURL(std::string_view url) const;
     // May be called more than once; each call writes all entries again.
     void writeToTicket(Ticket& ticket) const;
@@ -61,7 +61,7 @@ public:
     std::string_view keyForType(Text type) const;
     std::string_view keyForSupply(Text supply) const;
     std::string_view keyForTray(Text tray) const;
-    // States are the same on both sides.
+    // States are the same on both sides. Of the given vocabulary; nothing here calls it.
     const platform::PropertyList* keyForState(const platform::PropertyList* state) const { return state; }
 
 private:

@@ -47,6 +47,7 @@ inline constexpr int kTXTTooShort = -5;
 inline constexpr int kTXTCapacityTooSmall = -6; // the position is at the data; nothing is said
 inline constexpr int kTXTDataInvalid = -7;
 
+// Of the given vocabulary; nothing here calls it.
 // The data as they are, with the length bytes of their strings. *capacity is the destination's size in bytes
 // and becomes the number of bytes stored; both are as they were when the record is of another type. A null
 // destination or capacity is an error of which nothing is said.

@@ -1,4 +1,5 @@
-// Trace lines in the system log: "BEGIN", "END" or "LOG", the object on whose behalf the line is written
+// Of the given vocabulary; nothing here calls what is here: trace lines in the system log, "BEGIN", "END" or
+// "LOG", the object on whose behalf the line is written
 // ("self(...)") when there is one, and the message.
 //
 // The object is a pointer to one of any class, or null. Format and arguments are those of

@@ -29,7 +29,8 @@ inline constexpr std::chrono::seconds kMaximumMulticastTime{6};
 // the query; nothing else is checked.
 int mDNS_res_query(const char* name, int queryClass, int type, std::span<std::uint8_t> answer);
 
-// The host's IPv4 address in dotted form, or the host as it was when it has none. No host, no result.
+// The host's IPv4 address in dotted form, or the host as it was when it has none. No host, no result. Of
+// the given vocabulary; nothing here calls it.
 std::optional<std::string> ResolveToIP(const std::optional<std::string>& host);
 
 } // namespace orvan

@@ -104,6 +104,10 @@ void PrinterQuestion::queueArrived(std::optional<OpenedQueue> opened, const std:
     channel_->dispatchCommands(commands);
 }
 
+bool PrinterQuestion::isStarting() const {
+    return isFetching_ || (printer_ != nullptr && printer_->isSubmitting());
+}
+
 bool PrinterQuestion::isWaiting() const {
     if (channel_ == nullptr) return isFetching_;
     const auto job = activeJob();
@@ -157,7 +161,8 @@ std::string PrinterQuestion::explain(std::chrono::duration<double> timeout) {
 }
 
 PrinterAnswers PrinterQuestion::end(std::chrono::duration<double> timeout) {
-    if (isFetching_) answers_.problem = schedulerName() + " does not answer";
+    if (isFetching_)
+        answers_.problem = wasInterrupted() ? "interrupted" : schedulerName() + " does not answer";
     if (channel_ != nullptr) {
         answers_.responses = std::move(collector_->responses);
         if (wasInterrupted())
@@ -179,8 +184,13 @@ std::vector<PrinterAnswers> askPrinters(
     std::deque<PrinterQuestion> questions; // which stay where they are
     for (const std::string& queue : queues)
         questions.emplace_back(queue, patience);
-    waitForPrinters([&] { return std::ranges::none_of(questions, &PrinterQuestion::isWaiting); }, timeout,
-        [&] { return whomItWaitsFor(questions); });
+    const auto waitFor = [&](bool (PrinterQuestion::*goesOn)() const, std::chrono::duration<double> time) {
+        waitForPrinters([&] { return std::ranges::none_of(questions, goesOn); }, time,
+            [&] { return whomItWaitsFor(questions); });
+    };
+    // Who does not wait for the printer still asks it.
+    waitFor(&PrinterQuestion::isStarting, patience.time());
+    waitFor(&PrinterQuestion::isWaiting, timeout);
     if (wasInterrupted()) std::ranges::for_each(questions, &PrinterQuestion::withdraw);
 
     std::vector<PrinterAnswers> answers;

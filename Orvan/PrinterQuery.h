@@ -36,6 +36,8 @@ public:
     PrinterQuestion& operator=(const PrinterQuestion&) = delete;
 
     const std::string& queue() const { return answers_.queue; }
+    // Whether the queue is being fetched, or the job handed over.
+    bool isStarting() const;
     // Whether the main loop has to run on. A command job that is held or was stopped is not waited for.
     bool isWaiting() const;
     // Why the scheduler took none; nothing when it did, or there was one already.

@@ -88,6 +88,20 @@ void readQueueAttribute(std::string_view name, ipp_attribute_t* attribute, Sched
             queue.reasons.push_back(std::move(reason));
 }
 
+// The name in a queue's URI.
+std::string queueOf(const std::string& uri) {
+    std::array<char, HTTP_MAX_URI> scheme{};
+    std::array<char, HTTP_MAX_URI> user{};
+    std::array<char, HTTP_MAX_URI> host{};
+    std::array<char, HTTP_MAX_URI> resource{};
+    constexpr int kSize = HTTP_MAX_URI;
+    int port = 0;
+    httpSeparateURI(HTTP_URI_CODING_ALL, uri.c_str(), scheme.data(), kSize, user.data(), kSize, host.data(),
+        kSize, &port, resource.data(), kSize);
+    const std::string path = resource.data();
+    return path.substr(path.rfind('/') + 1);
+}
+
 constexpr std::array<const char*, 5> kJobAttributes{
     "job-id", "job-name", "job-state", "job-printer-uri", "job-printer-state-message"};
 
@@ -97,8 +111,7 @@ void readJobAttribute(std::string_view name, ipp_attribute_t* attribute, QueueJo
     if (name == "job-state") job.state = static_cast<ipp_jstate_t>(ippGetInteger(attribute, 0));
     if (name == "job-printer-state-message") job.message = textOf(attribute);
     if (name != "job-printer-uri") return;
-    const std::string uri = textOf(attribute);
-    job.queue = uri.substr(uri.rfind('/') + 1);
+    job.queue = queueOf(textOf(attribute));
 }
 
 void addOptions(const IPPMessage& request, const platform::PMPrinter::Options& options) {

@@ -67,7 +67,7 @@ bool SchedulerPrinter::sendCommand(std::string_view text, const std::string& tit
 }
 
 void SchedulerPrinter::takeBack(SchedulerWorker::Duration time) {
-    platform::runMainLoopUntil([this] { return state_ != State::sending; }, time);
+    platform::runMainLoopUntil([this] { return !isSubmitting(); }, time);
     if (submittedJob_ != 0) cancelJob(queueName(), submittedJob_, time);
 }
 

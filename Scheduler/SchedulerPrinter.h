@@ -43,6 +43,8 @@ public:
 
     // The number of the last job that the scheduler took; 0 for none.
     int submittedJob() const { return submittedJob_; }
+    // Whether it has not said yet whether it takes one.
+    bool isSubmitting() const { return state_ == State::sending; }
     // Why it did not take the last one that was handed over; nothing when it did, or may yet.
     const platform::Failure& refusal() const { return refusal_; }
     // Told, once it is known, why the scheduler did not take a job.

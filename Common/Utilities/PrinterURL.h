@@ -15,6 +15,8 @@ namespace orvan {
 // A host that is the name of a discovered service ("Office Printer._ipp._tcp.local.") is no host for a
 // browser: the local network is asked for the host that offers the service, which takes up to
 // kMaximumMulticastTime (Common/RendezvousUtilities.h). When nobody answers, the device URI's host stays.
+//
+// Of the given vocabulary; nothing here calls it: commands know the device without a printer object.
 std::optional<std::string> GetPrinterURL(const platform::PMPrinter& printer);
 
 // The same for a device URI, whose percent escapes stand for the characters that they are.

@@ -6,7 +6,8 @@
 
 namespace orvan {
 
-bool RunningOn105OrLater();
+bool RunningOn105OrLater(); // Of the given vocabulary; nothing here calls it
+
 bool RunningOn107OrLater();
 bool RunningOn1010OrLater();
 

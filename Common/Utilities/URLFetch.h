@@ -34,7 +34,8 @@ struct FetchResult {
 
 FetchResult fetchDocument(const FetchRequest& request);
 
-// The same as bytes alone, with the limits that a FetchRequest has by itself. No URL: no bytes.
+// The same as bytes alone, with the limits that a FetchRequest has by itself. No URL: no bytes. These and the
+// next are of the given vocabulary; nothing here calls them.
 std::string GetURLWithAuthentication(const std::optional<std::string>& url,
     const std::optional<std::string>& user, const std::optional<std::string>& password);
 std::string GetURLWithAuthentication_CFNetwork(const std::optional<std::string>& url,
@@ -44,7 +45,8 @@ std::string GetURLWithAuthentication_CFNetwork(const std::optional<std::string>&
 std::string GetURLWithAuthentication_SSL(const std::optional<std::string>& url,
     const std::optional<std::string>& user, const std::optional<std::string>& password);
 
-// The bytes of an XML document, fetched without credentials; they are not parsed.
+// The bytes of an XML document, fetched without credentials; they are not parsed. Of the given vocabulary;
+// nothing here calls it.
 std::string MyXMLTreeCreateWithDataFromURL(const std::optional<std::string>& url);
 
 // Whether a stream's error code is one of those after which the fetch is made over HTTPS: from -9848 to

@@ -1,5 +1,6 @@
-// Finding things in XML documents. What is found belongs to the document and is good as long as it is; a null
-// node has nothing in it.
+// Finding things in XML documents. Of the given vocabulary; nothing here calls GetOVGValue,
+// XMLGetPropertyValue and removeColonFromString. What is found belongs to the document and is good as long as
+// it is; a null node has nothing in it.
 #pragma once
 
 #include "Formats/XMLDocument.h"
