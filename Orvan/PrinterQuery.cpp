@@ -1,6 +1,7 @@
 #include "Orvan/PrinterQuery.h"
 
 #include "BiDi/ResponseEntries.h"
+#include "CommandFilter/Program/PrinterAddress.h"
 #include "Common/Utilities/DeviceChecks.h"
 #include "Common/Utilities/ReleaseGates.h"
 #include "Orvan/Interruption.h"
@@ -141,6 +142,10 @@ std::string PrinterQuestion::explainQueue(std::chrono::duration<double> timeout)
     if (ppd == nullptr) return problem.value_or("");
     if (hasStoredChunks(*ppd, *channel_->supportedCommands()))
         return "what the printer's command filter answered cannot be decoded";
+    if (complaint.empty())
+        if (const AddressSearch search = findPrinterAddress(printer_->deviceURI(), ppd->record());
+            search.isNotOnNetwork)
+            return search.problem;
     return !complaint.empty()
                ? complaint
                : "the printer's command filter answered nothing; the scheduler's error log says why";

@@ -129,9 +129,9 @@ void runCommandFilter(const FilterCall& call) {
 
     const std::unique_ptr<ppd_file_t, ClosePPD> ppd(
         call.ppdFile.empty() ? nullptr : ppdOpenFile(call.ppdFile.c_str()));
-    platform::Failure problem;
-    const auto address = findPrinterAddress(call.deviceURI, ppd.get(), problem);
-    if (!address) return tellError(*problem);
+    const auto [address, problem, isNotOnNetwork] = findPrinterAddress(call.deviceURI, ppd.get());
+    if (isNotOnNetwork) return tellDebug("this queue's device has no network address");
+    if (!address) return tellError(problem);
 
     tellInfo("Asking the printer at " + address->shownURL + " for its status.");
     bool isOffline = false;

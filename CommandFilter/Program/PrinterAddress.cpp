@@ -5,6 +5,7 @@
 
 #include <cups/http.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <string_view>
@@ -14,6 +15,16 @@ namespace {
 
 constexpr const char* kDefaultPath = "/status.xml";
 constexpr int kHTTPPort = 80;
+constexpr int kHTTPSPort = 443;
+// The schemes of devices that have an address, and those of them that a print server's queues have as well.
+constexpr std::array<std::string_view, 7> kNetworkSchemes{
+    "dnssd", "http", "https", "ipp", "ipps", "lpd", "socket"};
+constexpr std::array<std::string_view, 4> kQueueSchemes{"http", "https", "ipp", "ipps"};
+
+template <std::size_t count>
+bool isOneOf(const std::array<std::string_view, count>& schemes, std::string_view scheme) {
+    return std::ranges::find(schemes, scheme) != schemes.end();
+}
 
 // The URL without a user's name and password; empty when it is too long.
 std::string withoutUser(const URIParts& url) {
@@ -54,41 +65,63 @@ std::optional<PrinterAddress> addressOfURL(const std::string& deviceURI, const s
     if (!url || (url->scheme != "http" && url->scheme != "https")) return std::nullopt;
     const std::optional<URIParts> device = separateURI(deviceURI);
     // The host of a discovered device is the name of a service.
-    const bool hasHost = device && device->scheme != "dnssd";
+    const bool hasHost = device && isOneOf(kNetworkSchemes, device->scheme) && device->scheme != "dnssd";
     return PrinterAddress{place, withoutUser(*url), hasHost ? device->host : url->host};
 }
 
+bool isLocalName(std::string_view host) {
+    if (host.ends_with('.')) host.remove_suffix(1);
+    return host.ends_with(".local") || host.find_first_not_of("0123456789.") == std::string_view::npos ||
+           host.find(':') != std::string_view::npos;
+}
+
 // One at a path of the device's host.
-std::optional<PrinterAddress> addressOfPath(const std::string& deviceURI, const std::string& path) {
+AddressSearch addressOfPath(const std::string& deviceURI, const std::string& path) {
+    const std::optional<URIParts> device = separateURI(deviceURI);
+    const std::string scheme = deviceURI.substr(0, deviceURI.find(':'));
+    if (!isOneOf(kNetworkSchemes, scheme))
+        return {std::nullopt,
+            "This queue's device has no network address: it is " + scheme +
+                ": (a printer that is asked has one). Give the queue the printer's address as its device, or "
+                "put the "
+                "whole URL of its status document into the PPD as OVNStatusDocument.",
+            true};
+    if (device && isOneOf(kQueueSchemes, scheme) &&
+        (device->resource.starts_with("/printers/") || device->resource.starts_with("/classes/")))
+        return {std::nullopt, "This queue prints through a queue of another print server, " + device->host +
+                                  ", which knows the printer. Ask there (orvan status -H " + device->host +
+                                  "), or give the queue the printer's own address as its device."};
     const std::optional<std::string> base = printerURLForDeviceURI(deviceURI);
     const std::optional<URIParts> server = base ? separateURI(*base) : std::nullopt;
-    if (!server) return std::nullopt;
-    const std::string url = *base + (path.starts_with('/') ? path : '/' + path);
-    return PrinterAddress{url, url, server->host};
+    if (!server || (scheme == "dnssd" && !isLocalName(server->host)))
+        return {std::nullopt, "The printer cannot be asked for its status, because it is a discovered "
+                              "printer that does not answer "
+                              "now, or its device has no host. Give the queue the printer's address as its "
+                              "device, or put the whole "
+                              "URL of its status document into the PPD as OVNStatusDocument."};
+    std::string origin = *base;
+    if (scheme == "https" || scheme == "ipps") origin.replace(0, std::string_view("http").size(), "https");
+    if (scheme == "https" && device->port != kHTTPSPort) origin += ':' + std::to_string(device->port);
+    const std::string url = origin + (path.starts_with('/') ? path : '/' + path);
+    return {PrinterAddress{url, url, server->host}, {}};
 }
 
 } // namespace
 
-std::optional<PrinterAddress> findPrinterAddress(
-    const std::string& deviceURI, ppd_file_t* ppd, platform::Failure& problem) {
+AddressSearch findPrinterAddress(const std::string& deviceURI, ppd_file_t* ppd) {
     const std::string place = attributeOf(ppd, "OVNStatusDocument");
-    std::optional<PrinterAddress> address;
-    if (isURL(place)) {
-        address = addressOfURL(deviceURI, place);
-        problem =
+    AddressSearch search;
+    if (isURL(place))
+        search = {addressOfURL(deviceURI, place),
             "The queue's PPD names no web address as OVNStatusDocument. Correct it, or take it out: then "
-            "the printer itself is asked.";
-    } else {
-        address = addressOfPath(deviceURI, place.empty() ? kDefaultPath : place);
-        problem =
-            "The printer cannot be asked for its status, because the queue's device has no network "
-            "address, or is a discovered printer that does not answer now. Give the queue the printer's "
-            "address as its device, or put the whole URL of its status document into the PPD as "
-            "OVNStatusDocument.";
-    }
-    if (!address) return std::nullopt;
-    if (const std::string agent = attributeOf(ppd, "OVNSNMPAgent"); !agent.empty()) setAgent(*address, agent);
-    return address;
+            "the printer itself is asked."};
+    else
+        search = addressOfPath(deviceURI, place.empty() ? kDefaultPath : place);
+    if (!search.address) return search;
+    search.problem.clear();
+    if (const std::string agent = attributeOf(ppd, "OVNSNMPAgent"); !agent.empty())
+        setAgent(*search.address, agent);
+    return search;
 }
 
 } // namespace orvan

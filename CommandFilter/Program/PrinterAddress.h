@@ -1,7 +1,6 @@
 // Where a queue's printer answers.
 #pragma once
 
-#include "Formats/Failure.h"
 #include "Platform/SNMPRequest.h"
 
 #include <cups/ppd.h>
@@ -18,15 +17,23 @@ struct PrinterAddress {
     int snmpPort = 161;
 };
 
-// The status document is at the device's host (of a discovered device, at the host that offers the service:
+// What came of looking for it.
+struct AddressSearch {
+    std::optional<PrinterAddress> address;
+    std::string problem; // for people: why there is none, and what to do
+    // The queue's device is not on the network, so there is nothing to complain of.
+    bool isNotOnNetwork = false;
+};
+
+// Asked are devices on the network: "socket", "lpd", "ipp", "ipps", "http", "https" and "dnssd"; an ipp or
+// http device that is a queue of another print server ("/printers/...") is not. The status document is at the
+// device's host (of a discovered device, at the host under "local" that offers the service:
 // Common/Utilities/PrinterURL.h), at the path that the PPD's "OVNStatusDocument" names ("/status.xml" without
-// it), or at the whole URL that stands there. The SNMP agent is the device's host, or
-// the document's when the device has none, unless the PPD's "OVNSNMPAgent" names another ("host" or
-// "host:port").
+// it), or at the whole URL that stands there. It is fetched over HTTPS from an "https" device, at the
+// device's port, and from an "ipps" device. The SNMP agent is the device's host, or the document's when the
+// device has none, unless the PPD's "OVNSNMPAgent" names another ("host" or "host:port").
 //
-// The PPD may be null. Blocks while a discovered device is looked for. Nothing, and a sentence for people in
-// `problem`, when that gives no address.
-std::optional<PrinterAddress> findPrinterAddress(
-    const std::string& deviceURI, ppd_file_t* ppd, platform::Failure& problem);
+// The PPD may be null. Blocks while a discovered device is looked for.
+AddressSearch findPrinterAddress(const std::string& deviceURI, ppd_file_t* ppd);
 
 } // namespace orvan

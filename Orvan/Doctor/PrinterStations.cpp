@@ -43,9 +43,9 @@ std::string contentsOf(const Ticket& ticket) {
 
 Finding QueueCheckup::examineAddress() {
     const OutputGuard guard; // from what discovery says of damaged replies
-    platform::Failure error;
-    address_ = findPrinterAddress(queue_->deviceURI, ppd_->record(), error);
-    if (!address_) return problem("the device " + queue_->deviceURI + " leads to no printer", *error);
+    AddressSearch search = findPrinterAddress(queue_->deviceURI, ppd_->record());
+    address_ = std::move(search.address);
+    if (!address_) return problem("the device " + queue_->deviceURI + " leads to no printer", search.problem);
     return ok("the status document is at " + address_->shownURL);
 }
 

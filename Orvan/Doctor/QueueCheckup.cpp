@@ -170,9 +170,8 @@ Finding QueueCheckup::whyNoEnd(const QueueJob& job) const {
         return problem("the command filter failed, so the scheduler stopped its job" + said, kErrorLog);
     return problem(job.state == IPP_JSTATE_HELD ? "the queue holds new jobs" + said
                                                 : "the command job did not end in time" + said,
-        job.state == IPP_JSTATE_HELD
-            ? "\"cupsenable --release " + name_ + "\" lets them go."
-            : "See what the next stations say, or wait longer (--timeout).");
+        job.state == IPP_JSTATE_HELD ? "\"cupsenable --release " + name_ + "\" lets them go."
+                                     : "See what the next stations say, or wait longer (--timeout).");
 }
 
 Finding QueueCheckup::whyNoJob(const std::string& refusal) {
@@ -202,6 +201,8 @@ Finding QueueCheckup::examineAnswers() const {
     }
     const std::string how =
         "See what the next stations say; the scheduler's error log has the filter's messages.";
+    if (findPrinterAddress(queue_->deviceURI, ppd->record()).isNotOnNetwork)
+        return notChecked("this queue's device has no network address");
     if (!complaint_.empty())
         return problem(
             "the command filter complains: " + complaint_ + (count > 0 ? " (earlier answers are kept)" : ""),

@@ -130,6 +130,8 @@ TEST(CommandFilter, FindsThePrinter) {
             "https://10.0.0.8/x 10.0.0.7 161"},
         {"file:///dev/null", "*OVNStatusDocument: \"http://10.0.0.8:8080/x\"\n",
             "http://10.0.0.8:8080/x 10.0.0.8 161"},
+        {"https://a:8443/ipp/print", "", "https://a:8443/status.xml a 161"},
+        {"ipps://a:631/ipp/print", "", "https://a/status.xml a 161"},
         {"socket://a", "*OVNSNMPAgent: \"b\"\n", "http://a/status.xml b 161"},
         {"socket://a", "*OVNSNMPAgent: \"b:1161\"\n", "http://a/status.xml b 1161"},
         {"socket://a", "*OVNSNMPAgent: \"fe80::2\"\n", "http://a/status.xml fe80::2 161"},
@@ -139,12 +141,18 @@ TEST(CommandFilter, FindsThePrinter) {
         DerivedPPD text;
         text.replace("*OVNStatusDocument: \"/status.xml\"\n", attributes);
         const PPDRecord ppd(ppdOpenFile(text.file().c_str()));
-        platform::Failure problem;
-        const auto address = findPrinterAddress(device, ppd.get(), problem);
-        ASSERT_TRUE(address) << device << problem.value_or("");
+        const auto [address, problem, isNotOnNetwork] = findPrinterAddress(device, ppd.get());
+        ASSERT_TRUE(address) << device << problem;
         EXPECT_EQ(address->documentURL + ' ' + address->snmpHost + ' ' + std::to_string(address->snmpPort),
             expected);
     }
+    // Whose authority is no host, or is one that is no printer.
+    for (const char* const device : {"usb://Orvan/4500", "implicitclass://Office/", "smb://server/q",
+             "serial:/dev/ttyS0", "bluetooth://0123", "hal:///x", "file:///dev/null"})
+        EXPECT_TRUE(findPrinterAddress(device, nullptr).isNotOnNetwork) << device;
+    const AddressSearch served = findPrinterAddress("ipp://server.example/printers/Office", nullptr);
+    EXPECT_FALSE(served.address || served.isNotOnNetwork);
+    EXPECT_NE(served.problem.find("a queue of another print server, server.example"), std::string::npos);
 }
 
 TEST(CommandFilter, SendsTheJobsCredentialsAndTellsNobody) {
@@ -197,7 +205,6 @@ TEST(CommandFilter, SaysWhereItCannotAsk) {
     const std::string host = unused.substr(0, unused.rfind('/'));
     const std::pair<FilterRun, const char*> cases[] = {
         {{.attributes = "*OVNStatusDocument: \"" + unused + "\"\n"}, "does not answer"},
-        {{.device = "file:///dev/null"}, "the queue's device has no network address"},
         {{.attributes = "*OVNStatusDocument: \"ftp://127.0.0.1/\"\n"}, "names no web address"},
         {{.attributes =
                  "*OVNStatusDocument: \"http://ann:secret@" + host.substr(host.find("//") + 2) + "/x\"\n"},
@@ -213,6 +220,9 @@ TEST(CommandFilter, SaysWhereItCannotAsk) {
         EXPECT_NE(report.only("ERROR").find(error), std::string::npos) << report.errors;
         EXPECT_EQ(report.errors.find("secret"), std::string::npos) << report.errors;
     }
+    // A device that is not on the network is nothing to complain of, and nobody is looked for.
+    const Report local = runFilter({.device = "usb://Orvan/4500"});
+    EXPECT_EQ(local.errors, "DEBUG: this queue's device has no network address\n");
     EXPECT_NE(Report(runProgram({ORVAN_COMMAND_FILTER, "--help"})).exitCode, 0);
     const Report nothing(runProgram({ORVAN_COMMAND_FILTER, "1", "a", "b", "1", "", "/no/such/job"}));
     EXPECT_EQ(nothing.exitCode, 0);

@@ -199,7 +199,8 @@ TEST_F(DoctorCommand, FindsFaultsOfThePrinter) {
     // What the filter complains of is the same fault, seen from the queue.
     const std::pair<std::string, std::string> complaint("answers", "the command filter complains: ");
     const std::pair<const char*, Problems> cases[] = {
-        {"NoAddress", {complaint, {"address", "the device file:///dev/null leads to no printer | "}}},
+        {"NoAddress",
+            {{"address", "leads to no printer | This queue's device has no network address: it is file:"}}},
         {"Wrong", {complaint, {"document", "something that is no status document"}}},
         {"Closed", {complaint, {"document", "wants a user name and a password"}}},
         {"Off", {complaint, {"ping", "127.0.0.1 is not there"}}},

@@ -53,7 +53,9 @@ protected:
         ppd.append("*cupsCommands: \"" + std::string(kPapersCommand) + " " + kStatusCommand + "\"\n" +
                    "*cupsFilter2: \"application/vnd.cups-command application/vnd.cups-raw 0 " + filter +
                    "\"\n");
-        ASSERT_EQ(system_->addQueue({.name = name, .ppdFile = ppd.file()}), std::nullopt);
+        ASSERT_EQ(
+            system_->addQueue({.name = name, .ppdFile = ppd.file(), .deviceURI = "socket://127.0.0.1:9"}),
+            std::nullopt);
     }
 
     ProgramEnd ask(const Words& arguments) const {
