@@ -1,6 +1,7 @@
 #include "Common/Utilities/DeviceChecks.h"
 #include "Orvan/Commands.h"
 #include "Orvan/CommonOptions.h"
+#include "Orvan/PropertyListJson.h"
 #include "PrintDialog/Host/DialogPPD.h"
 
 #include <nlohmann/json.hpp>
@@ -21,7 +22,7 @@ int check(const Arguments& arguments) {
     const std::string model = getDeviceModelNumber(ppd->record());
     if (arguments.has("--json")) {
         const nlohmann::ordered_json answer{{"schemaVersion", 1}, {"family", family}, {"modelNumber", model}};
-        std::cout << answer << '\n';
+        std::cout << jsonText(answer) << '\n';
     } else if (family == kPDEContextValid) {
         std::cout << "Orvan printer, model " << model << ": the paper options serve it (status " << family
                   << ").\n";

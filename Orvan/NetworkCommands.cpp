@@ -6,6 +6,7 @@
 #include "Orvan/Commands.h"
 #include "Orvan/CommonOptions.h"
 #include "Orvan/OutputGuard.h"
+#include "Orvan/PropertyListJson.h"
 #include "Orvan/SchedulerPatience.h"
 #include "Orvan/Terminal.h"
 #include "Scheduler/PrintScheduler.h"
@@ -54,7 +55,7 @@ int showURL(const Arguments& arguments) {
         return cannot("the device " + (queue.empty() ? *device : "of printer " + queue) +
                       " has no host on the network, or is a discovered printer that does not answer now");
     if (arguments.has("--json"))
-        std::cout << Json{{"schemaVersion", 1}, {"url", *url}} << '\n';
+        std::cout << jsonText(Json{{"schemaVersion", 1}, {"url", *url}}) << '\n';
     else
         std::cout << *url << '\n';
     return kDone;
@@ -86,8 +87,8 @@ int ping(const Arguments& arguments) {
     line.show({});
     const std::string problem = explainPing(result, host);
     if (arguments.has("--json"))
-        std::cout << Json{{"schemaVersion", 1}, {"host", host}, {"reachable", result == 0},
-                         {"problem", problem}}
+        std::cout << jsonText(Json{{"schemaVersion", 1}, {"host", host}, {"reachable", result == 0},
+                         {"problem", problem}})
                   << '\n';
     else if (result == 0)
         std::cout << host << " is reachable\n";

@@ -3,6 +3,7 @@
 #include "Orvan/CommonOptions.h"
 #include "Orvan/Interruption.h"
 #include "Orvan/PrinterQuery.h"
+#include "Orvan/PropertyListJson.h"
 #include "Orvan/StatusJobs.h"
 #include "Orvan/Waiting.h"
 #include "OrvanPaperOptions/Source/OptionRows.h"
@@ -84,7 +85,7 @@ void printJson(platform::PDEPanel& panel, platform::View& root) {
     const Json answer{{"schemaVersion", 1}, {"kind", panel.panelKind()}, {"name", panel.panelName()},
         {"supportedPPDOptionKeys", panel.supportedPPDOptionKeys()}, {"height", points(root.frame().height)},
         {"rows", std::move(rows)}, {"summary", panel.summaryInfo()}};
-    std::cout << answer << '\n';
+    std::cout << jsonText(answer) << '\n';
 }
 
 void printText(PanelSession& session, platform::View& root) {
@@ -194,7 +195,7 @@ int runPanel(const PanelArguments& arguments) {
     if (session != nullptr) return showPanel(*session, arguments);
     if (error) return cannot(*error);
 
-    if (arguments.json) std::cout << Json{{"schemaVersion", 1}, {"panel", nullptr}} << '\n';
+    if (arguments.json) std::cout << jsonText(Json{{"schemaVersion", 1}, {"panel", nullptr}}) << '\n';
     return cannot("the PPD has none of the panel's options, so there is no panel for it");
 }
 

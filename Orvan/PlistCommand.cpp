@@ -22,7 +22,7 @@ int convert(const Arguments& arguments) {
     else if (arguments.has("--binary"))
         std::cout << list->writeBinary();
     else
-        std::cout << jsonFromPropertyList(*list).dump(2) << '\n';
+        std::cout << jsonText(jsonFromPropertyList(*list), 2) << '\n';
     return kDone;
 }
 

@@ -33,4 +33,8 @@ Json jsonFromPropertyList(const platform::PropertyList& list) {
     return object;
 }
 
+std::string jsonText(const nlohmann::ordered_json& json, int indent) {
+    return json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
 } // namespace orvan

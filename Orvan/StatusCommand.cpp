@@ -81,8 +81,9 @@ void writeJSON(const Answers& answers, bool all) {
     if (!all) {
         const PrinterAnswers& printer = answers.front();
         if (printer.problem.empty())
-            std::cout << Json{{"schemaVersion", 1}, {"queue", printer.queue}, {"release", currentRelease()},
-                             {"complaint", printer.complaint}, {"responses", responsesIn(printer)}}
+            std::cout << jsonText(Json{{"schemaVersion", 1}, {"queue", printer.queue},
+                             {"release", currentRelease()}, {"complaint", printer.complaint},
+                             {"responses", responsesIn(printer)}})
                       << '\n';
         return;
     }
@@ -90,7 +91,8 @@ void writeJSON(const Answers& answers, bool all) {
     for (const PrinterAnswers& printer : answers)
         printers.push_back({{"queue", printer.queue}, {"problem", printer.problem},
             {"complaint", printer.complaint}, {"responses", responsesIn(printer)}});
-    std::cout << Json{{"schemaVersion", 1}, {"release", currentRelease()}, {"printers", std::move(printers)}}
+    std::cout << jsonText(Json{
+                     {"schemaVersion", 1}, {"release", currentRelease()}, {"printers", std::move(printers)}})
               << '\n';
 }
 
@@ -158,8 +160,8 @@ int papers(const QueryArguments& arguments) {
                       << onOneLine(paper.baseClass) << '\n';
     }
     if (arguments.json)
-        std::cout << Json{{"schemaVersion", 1}, {"queue", arguments.queue}, {"complaint", printer.complaint},
-                         {"papers", std::move(list)}}
+        std::cout << jsonText(Json{{"schemaVersion", 1}, {"queue", arguments.queue},
+                         {"complaint", printer.complaint}, {"papers", std::move(list)}})
                   << '\n';
     return kDone;
 }

@@ -188,13 +188,13 @@ void writeStatus(const std::vector<PropertyList>& responses, bool decorated, std
     for (const PropertyList& response : responses) {
         const PropertyList::Dictionary* const entries = response.asDictionary();
         if (entries == nullptr) {
-            out << onOneLine(jsonFromPropertyList(response).dump()) << '\n';
+            out << onOneLine(jsonText(jsonFromPropertyList(response))) << '\n';
             continue;
         }
         for (const auto& [key, value] : *entries)
             if (sectionFor(key, value) == nullptr)
-                out << onOneLine(headingFor(key)) << "\n  " << onOneLine(jsonFromPropertyList(value).dump())
-                    << '\n';
+                out << onOneLine(headingFor(key)) << "\n  "
+                    << onOneLine(jsonText(jsonFromPropertyList(value))) << '\n';
     }
 }
 

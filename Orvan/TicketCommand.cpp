@@ -52,7 +52,7 @@ int writeTicket(const Arguments& arguments) {
     if (json) {
         nlohmann::ordered_json answer{{"schemaVersion", 1}};
         answer.update(jsonFromPropertyList(list));
-        std::cout << answer.dump(2) << '\n';
+        std::cout << jsonText(answer, 2) << '\n';
     }
     if (plist) std::cout << list.writeXML();
     if (!json && !plist) writeStatus({list}, isDecorated(STDOUT_FILENO), std::cout);

@@ -1,4 +1,5 @@
 #include "Orvan/Doctor/Checkup.h"
+#include "Orvan/PropertyListJson.h"
 
 #include "Common/Utilities/OneLine.h"
 
@@ -63,7 +64,8 @@ void Checkup::end() const {
         stations.push_back(
             {{"station", station.name}, {"queue", station.queue}, {"state", wordFor(station.finding).text},
                 {"found", station.finding.found}, {"mend", station.finding.mend}});
-    std::cout << Json{{"schemaVersion", 1}, {"ok", allIsWell()}, {"stations", std::move(stations)}} << '\n';
+    std::cout << jsonText(Json{{"schemaVersion", 1}, {"ok", allIsWell()}, {"stations", std::move(stations)}})
+              << '\n';
 }
 
 bool Checkup::allIsWell() const {

@@ -115,18 +115,18 @@ TEST_F(QueryCommands, ShowWhatThePrinterAnswersByBothWays) {
 }
 
 TEST_F(QueryCommands, KeepControlCharactersFromTheTerminal) {
-    const std::string name = "a\tb\nc\033[2Jd\u009Be\177é";
+    const std::string name = "a\tb\nc\033[2J\u202Ed\u009Be\177é";
     answers_.write(
         kPapersCommand, "{customPaperTypes = ({name = \"" + name + "\"; type = 1; }); \"k\n\" = 1; }");
     std::filesystem::remove(answers_.path() / kStatusCommand);
     const Words where{"-q", "Filter", "--release", "10.6.8"};
     const auto with = [&where](Words words) { return joined(std::move(words), where); };
-    EXPECT_EQ(ask(with({"papers"})).output, "a b c [2Jd e é\t1\t\n");
+    EXPECT_EQ(ask(with({"papers"})).output, "a b c [2J d e é\t1\t\n");
     EXPECT_EQ(ask(with({"status"})).output,
-        "Custom papers\n  a b c [2Jd e é  type 1, base class unknown\nk \n  \"1\"\n");
+        "Custom papers\n  a b c [2J d e é  type 1, base class unknown\nk \n  \"1\"\n");
     const ProgramEnd panel = ask(with({"panel", "--set", "MediaType=CustomType1"}));
-    EXPECT_NE(panel.output.find("Paper Type: [a b c [2Jd e é]  of 14\n"), std::string::npos) << panel.output;
-    EXPECT_NE(panel.output.find("Paper Type: a b c [2Jd e é\n"), std::string::npos) << panel.output;
+    EXPECT_NE(panel.output.find("Paper Type: [a b c [2J d e é]  of 14\n"), std::string::npos) << panel.output;
+    EXPECT_NE(panel.output.find("Paper Type: a b c [2J d e é\n"), std::string::npos) << panel.output;
     const Json papers = answer(with({"papers", "--json"}));
     EXPECT_EQ(papers, (Json{{"schemaVersion", 1}, {"queue", "Filter"}, {"complaint", ""},
                           {"papers", {{{"name", name}, {"type", "1"}, {"baseClass", ""}}}}}));
@@ -167,6 +167,12 @@ TEST_F(QueryCommands, SayWhyThereIsNoAnswer) {
     std::filesystem::remove(answers_.path() / kPapersCommand);
     std::filesystem::remove(answers_.path() / kStatusCommand);
     expectRefusal(ask({"papers", "-q", "Silent"}), "answered nothing; the scheduler's error log says why");
+}
+
+TEST(FileCommands, AnswerInWholeJSONWhateverBytesArrive) {
+    const ProgramEnd end = orvan({"ping", "--json", "no\377host"});
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_EQ(Json::parse(end.output, nullptr, false)["host"], "no\uFFFDhost") << end.output;
 }
 
 TEST(FileCommands, CarryBlocksInChunks) {
