@@ -4,6 +4,7 @@
 #include "BiDi/ResponseEntries.h"
 #include "BiDi/ppdx.h"
 #include "Platform/Guarded.h"
+#include "Platform/LogLimit.h"
 #include "Platform/PMPrinter.h"
 #include "Platform/SystemLog.h"
 
@@ -25,6 +26,9 @@ void OrvanBiDi::deliverResponses(void* source, ChunkGetter getter) {
     // A copy, as the delegate may set others.
     const CommandList commands = _supportedCommands.value_or(CommandList());
     const auto queue = printer();
+    // Damage is for the log: the terminal is somebody else's.
+    platform::LogLimit log(platform::systemLog);
+    const PpdxMessages messages([&log](const std::string& line) { log.write(line); });
     std::size_t left = queue != nullptr ? queue->answerBudget() : kPpdxMaximumSize;
     for (const std::string& command : commands) {
         std::size_t size = 0;

@@ -9,7 +9,9 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <functional>
 #include <memory>
+#include <string>
 
 namespace orvan {
 
@@ -31,6 +33,22 @@ void ppdxWriteData(const char* name, const void* data, std::size_t size);
 // The same to a descriptor, each line in one write(2) unless the system takes less of it. Messages still go
 // to standard error. False, and errno says why, when a line could not be written; the rest is left out then.
 bool ppdxWriteDataToDescriptor(int descriptor, const char* name, const void* data, std::size_t size);
+
+// Where this thread's messages go while it exists, each without its line end, instead of to standard error.
+// The newest counts.
+class PpdxMessages {
+public:
+    using Sink = std::function<void(const std::string&)>;
+
+    explicit PpdxMessages(Sink sink);
+    PpdxMessages(const PpdxMessages&) = delete;
+    PpdxMessages& operator=(const PpdxMessages&) = delete;
+    ~PpdxMessages();
+
+private:
+    Sink sink_;
+    const Sink* before_;
+};
 
 // Looks an entry up: its value, zero-terminated and valid until the next call, or null when there is no such
 // entry. `source` is whatever the reader was given.

@@ -2,6 +2,7 @@
 
 #include "CommandFilter/LeadingInteger.h"
 #include "CommandFilter/OVGChildren.h"
+#include "Platform/LogLimit.h"
 #include "Platform/SystemLog.h"
 
 #include <array>
@@ -99,9 +100,10 @@ void OVOVGParser::fillDictionaryWithCustomTypes(Ticket& ticket, const Element& p
 
 void OVOVGParser::fillDictionaryWithSavedJobs(Ticket& ticket, const Element& printer) const {
     List jobs;
-    platform::systemLog("saved job " + printer.xmlText(kLoggedText));
+    platform::LogLimit log(platform::systemLog);
+    log.write("saved job " + printer.xmlText(kLoggedText));
     for (const Element* child = printer.firstChild(); child != nullptr; child = child->nextSibling()) {
-        platform::systemLog("child job " + child->xmlText(kLoggedText));
+        if (log.takesOne()) platform::systemLog("child job " + child->xmlText(kLoggedText));
         const bool arePersonal = child->name() == "personalJobs";
         if (!arePersonal && child->name() != "sharedJobs") continue;
         forEachElement(*child, [&](const Element& element) {

@@ -6,6 +6,7 @@
 #include "CommandFilter/Program/PrinterLevels.h"
 #include "CommandFilter/Program/StatusQuery.h"
 #include "Common/CommandJob.h"
+#include "Platform/LogLimit.h"
 
 #include <strings.h>
 
@@ -54,10 +55,11 @@ using Commands = std::vector<const CommandSpec*>;
 
 Commands knownCommands(const CommandFile& file) {
     Commands commands;
+    platform::LogLimit skipped(tellWarning);
     for (const std::string& name : file.commands) {
         const CommandSpec* const command = findCommand(name);
         if (command == nullptr)
-            tellWarning("The command " + name + " is not known to this printer and was skipped.");
+            skipped.write("The command " + name + " is not known to this printer and was skipped.");
         else if (std::ranges::find(commands, command) == commands.end())
             commands.push_back(command);
     }

@@ -220,6 +220,13 @@ TEST(CommandFilter, SaysWhereItCannotAsk) {
         EXPECT_NE(report.only("ERROR").find(error), std::string::npos) << report.errors;
         EXPECT_EQ(report.errors.find("secret"), std::string::npos) << report.errors;
     }
+    // Whatever a job asks for, the log stays readable.
+    std::string many;
+    for (int i = 0; i < 5000; ++i)
+        many += "com.orvan.Unknown" + std::to_string(i) + "\n";
+    const Report flooded = runFilter({.commands = many});
+    EXPECT_EQ(flooded.count("WARNING"), 101U);
+    EXPECT_NE(flooded.errors.find("WARNING: ... and 4900 more lines like that"), std::string::npos);
     // A device that is not on the network is nothing to complain of, and nobody is looked for.
     const Report local = runFilter({.device = "usb://Orvan/4500"});
     EXPECT_EQ(local.errors, "DEBUG: this queue's device has no network address\n");

@@ -9,7 +9,10 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <array>
+#include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace orvan {
 namespace {
@@ -213,6 +216,24 @@ TEST_F(AskedPrinterTest, IsNotHeardDuringCreation) {
     channel->setDelegate(delegate);
     channel->dispatchCommands(channel->supportedCommands());
     EXPECT_EQ(delegate->count, 1) << "there was something to hear";
+
+    // Damage says nothing on the application's terminal.
+    std::string damaged;
+    for (int i = 0; i < 300; ++i) {
+        std::array<char, 64> line{};
+        std::snprintf(line.data(), line.size(), "*%s%04x: \"AAAA\"\n", kCommand, i);
+        damaged += line.data();
+    }
+    DerivedPPD broken;
+    broken.append(damaged);
+    const std::filesystem::path whole = std::exchange(fake_->ppd, broken.file());
+    testing::internal::CaptureStderr();
+    const auto noisy = OrvanBiDi::initWithPDECallbackObject(dialog_);
+    noisy->setDelegate(delegate);
+    noisy->dispatchCommands(noisy->supportedCommands());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(delegate->count, 1);
+    fake_->ppd = whole;
 
     // More than a dialog decodes at once is left.
     fake_->budget = std::strlen(kThree) - 1;
