@@ -196,7 +196,8 @@ std::unique_ptr<FetchedPPD> ppdFile(
         return nullptr;
     }
     auto ppd = std::make_unique<FetchedPPD>(file);
-    return connection.fetchPPD(queue, descriptor.get(), problem) ? std::move(ppd) : nullptr;
+    if (!connection.fetchPPD(queue, descriptor.get(), problem)) return nullptr;
+    return ppd;
 }
 
 platform::PPDRecord ppdRecord(

@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdlib>
 
 // A forked process's leaks are those of threads that did not come along.
@@ -75,10 +76,10 @@ TEST(SchedulerWorkerTest, LetsGoOfWhatNobodyWaitsFor) {
     };
     bool isTold = false;
     {
-        std::vector<SchedulerRequest> requests;
-        for (int i = 0; i < SchedulerWorker::kMostConnections + 2; ++i)
-            requests.push_back(SchedulerWorker::shared().start<Nothing>("queue" + std::to_string(i), 100s,
-                question, [&isTold](std::optional<Nothing>) { isTold = true; }));
+        std::array<SchedulerRequest, SchedulerWorker::kMostConnections + 2> requests;
+        for (std::size_t i = 0; i < requests.size(); ++i)
+            requests.at(i) = SchedulerWorker::shared().start<Nothing>("queue" + std::to_string(i), 100s,
+                question, [&isTold](std::optional<Nothing>) { isTold = true; });
         EXPECT_TRUE(eventually([&] { return server.requestCount() == SchedulerWorker::kMostConnections; }));
     }
     // What follows about one of the queues would otherwise wait for the deadline.
