@@ -138,7 +138,7 @@ std::string PrinterQuestion::explainQueue(std::chrono::duration<double> timeout)
         patience_->ask([&](auto time) { return fetchQueuePPD(queue(), time, problem); });
     const std::string complaint =
         patience_->ask([this](auto time) { return complaintOfLastJob(queue(), time); });
-    if (patience_->isUsedUp()) return schedulerName() + " does not answer";
+    if (patience_->isUsedUp()) return schedulerSilence().text;
     if (ppd == nullptr) return problem.value_or("");
     if (hasStoredChunks(*ppd, *channel_->supportedCommands()))
         return "what the printer's command filter answered cannot be decoded";
@@ -166,8 +166,7 @@ std::string PrinterQuestion::explain(std::chrono::duration<double> timeout) {
 }
 
 PrinterAnswers PrinterQuestion::end(std::chrono::duration<double> timeout) {
-    if (isFetching_)
-        answers_.problem = wasInterrupted() ? "interrupted" : schedulerName() + " does not answer";
+    if (isFetching_) answers_.problem = wasInterrupted() ? "interrupted" : schedulerSilence().text;
     if (channel_ != nullptr) {
         answers_.responses = std::move(collector_->responses);
         if (wasInterrupted())

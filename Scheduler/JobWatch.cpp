@@ -58,25 +58,26 @@ void JobWatch::schedule() {
 void JobWatch::look() {
     if (const auto timer = std::exchange(timer_, nullptr)) timer->stop();
     if (!dropGone()) return;
-    using Jobs = std::optional<std::vector<QueueJob>>;
     const auto question = [](SchedulerConnection& connection) {
-        SchedulerProblem ignored;
-        return scheduler::jobs(connection, "", WhichJobs::active, ignored);
+        SeenJobs seen;
+        seen.jobs = scheduler::jobs(connection, "", WhichJobs::active, seen.problem)
+                        .value_or(std::vector<QueueJob>());
+        return seen;
     };
-    request_ =
-        SchedulerWorker::shared().start<Jobs>("", std::ranges::min(entries_, {}, &Entry::deadline).deadline,
-            question, [this, begin = Clock::now()](const std::optional<Jobs>& jobs) {
-                request_.reset();
-                tell(begin, jobs.value_or(std::nullopt));
-                schedule();
-            });
+    request_ = SchedulerWorker::shared().start<SeenJobs>("",
+        std::ranges::min(entries_, {}, &Entry::deadline).deadline, question,
+        [this, begin = Clock::now()](const std::optional<SeenJobs>& seen) {
+            request_.reset();
+            tell(begin, seen.value_or(SeenJobs{{}, schedulerSilence()}));
+            schedule();
+        });
 }
 
-void JobWatch::tell(Clock::time_point begin, const std::optional<std::vector<QueueJob>>& jobs) {
+void JobWatch::tell(Clock::time_point begin, const SeenJobs& seen) {
     const std::vector<Entry> entries = entries_; // a watcher may go, or come again
     for (const Entry& entry : entries)
         if (const auto watcher = entry.watcher.lock(); watcher != nullptr && entry.since <= begin)
-            watcher->seen(jobs);
+            watcher->seen(seen);
 }
 
 } // namespace orvan

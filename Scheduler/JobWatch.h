@@ -11,6 +11,12 @@
 
 namespace orvan {
 
+// This person's active jobs in all queues. Without an answer there are none, and `problem` says why.
+struct SeenJobs {
+    std::vector<QueueJob> jobs;
+    SchedulerProblem problem;
+};
+
 // Looks at this person's active jobs in all queues, for everybody who waits for one: every 100 ms for
 // somebody who has waited less than 5 s, every 0.5 s within the first minute, every 5 s from then on. Main
 // thread.
@@ -19,8 +25,8 @@ public:
     class Watcher {
     public:
         virtual ~Watcher() = default;
-        // What a look that began after watch() has seen; nothing when it was not answered in time.
-        virtual void seen(const std::optional<std::vector<QueueJob>>& jobs) = 0;
+        // What a look that began after watch() has seen.
+        virtual void seen(const SeenJobs& jobs) = 0;
     };
 
     // The process's one; never destroyed.
@@ -43,7 +49,7 @@ private:
     JobWatch() = default;
     void schedule();
     void look();
-    void tell(Clock::time_point begin, const std::optional<std::vector<QueueJob>>& jobs);
+    void tell(Clock::time_point begin, const SeenJobs& seen);
     bool dropGone();
 
     std::vector<Entry> entries_;

@@ -134,7 +134,7 @@ Answer waitFor(SchedulerWorker::Duration time, SchedulerProblem& problem,
         return result;
     });
     if (!told) {
-        problem = {SchedulerProblem::Kind::silent, schedulerName() + " does not answer"};
+        problem = schedulerSilence();
         return Answer();
     }
     problem = std::move(told->second);

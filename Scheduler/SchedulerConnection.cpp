@@ -40,6 +40,10 @@ std::string schedulerName() {
     return "the print scheduler at " + server + (hasUsualPort ? "" : ":" + std::to_string(ippPort()));
 }
 
+SchedulerProblem schedulerSilence() {
+    return {SchedulerProblem::Kind::silent, schedulerName() + " does not answer"};
+}
+
 SchedulerAddress SchedulerAddress::ofThisThread() {
     return {.server = cupsServer(), .port = ippPort(), .encryption = cupsEncryption(), .user = cupsUser()};
 }
@@ -98,7 +102,7 @@ bool SchedulerConnection::connect(SchedulerProblem& problem) {
     }
     if (http_ == nullptr) {
         if (isOver())
-            problem = {SchedulerProblem::Kind::silent, schedulerName() + " does not answer"};
+            problem = schedulerSilence();
         else
             problem = {errno == EACCES || errno == EPERM ? SchedulerProblem::Kind::forbidden
                                                          : SchedulerProblem::Kind::notThere,
@@ -134,7 +138,7 @@ SchedulerProblem SchedulerConnection::problemWith(const std::string& what, ipp_s
     if (wantsPassword_)
         return {Kind::wantsPassword,
             schedulerName() + " wants a password for " + what + " from user " + cupsUser()};
-    if (isOver()) return {Kind::silent, schedulerName() + " does not answer"};
+    if (isOver()) return schedulerSilence();
     if (status == IPP_STATUS_ERROR_NOT_FOUND)
         return {Kind::unknown, schedulerName() + " does not know it: " + cupsLastErrorString()};
     return {Kind::refuses, schedulerName() + " refuses: " + cupsLastErrorString()};

@@ -89,5 +89,7 @@ private:
 
 // For messages: this thread's scheduler and where it is.
 std::string schedulerName();
+// That it does not answer.
+SchedulerProblem schedulerSilence();
 
 } // namespace orvan

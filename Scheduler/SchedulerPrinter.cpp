@@ -22,7 +22,7 @@ std::vector<std::string> titlesOf(const std::vector<QueueJob>& jobs) {
 class SchedulerPrinter::Watcher final : public JobWatch::Watcher {
 public:
     explicit Watcher(SchedulerPrinter& printer) : printer_(&printer) {}
-    void seen(const std::optional<std::vector<QueueJob>>& jobs) override { printer_->seen(jobs); }
+    void seen(const SeenJobs& jobs) override { printer_->seen(jobs); }
 
 private:
     SchedulerPrinter* printer_; // which owns this
@@ -59,9 +59,8 @@ bool SchedulerPrinter::sendCommand(std::string_view text, const std::string& tit
         queueName(), options_.deadline, send, [this](const std::optional<Sent>& sent) {
             submittedJob_ = sent ? sent->first.value_or(0) : 0;
             if (submittedJob_ != 0) return watch();
-            refusal_ = sent ? sent->second.text : schedulerName() + " does not answer";
+            refused(sent ? sent->second.text : schedulerSilence().text);
             fetchPPD();
-            if (onRefusal_) onRefusal_(*refusal_);
         });
     return true;
 }
@@ -93,9 +92,14 @@ bool SchedulerPrinter::isJobGone() const {
     return sentTitle_.empty() ? !std::ranges::all_of(titles_, isHere) : !isHere(sentTitle_);
 }
 
-void SchedulerPrinter::seen(const std::optional<std::vector<QueueJob>>& jobs) {
-    // No answer is no job.
-    fetched_.activeJobs = jobs.value_or(std::vector<QueueJob>());
+void SchedulerPrinter::refused(const std::string& why) {
+    refusal_ = why;
+    if (onRefusal_) onRefusal_(why);
+}
+
+void SchedulerPrinter::seen(const SeenJobs& seen) {
+    if (!seen.problem.text.empty() && !sentTitle_.empty()) refused(seen.problem.text);
+    fetched_.activeJobs = seen.jobs;
     std::erase_if(fetched_.activeJobs, [this](const QueueJob& job) { return job.queue != queueName(); });
     if (isJobGone()) {
         JobWatch::shared().unwatch(*watcher_);

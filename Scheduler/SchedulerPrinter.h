@@ -45,9 +45,10 @@ public:
     int submittedJob() const { return submittedJob_; }
     // Whether it has not said yet whether it takes one.
     bool isSubmitting() const { return state_ == State::sending; }
-    // Why it did not take the last one that was handed over; nothing when it did, or may yet.
+    // Why it did not take the last one that was handed over, or does not tell what became of it; nothing when
+    // all went well so far.
     const platform::Failure& refusal() const { return refusal_; }
-    // Told, once it is known, why the scheduler did not take a job.
+    // Told the same as soon as it is known.
     void setRefusalHandler(std::function<void(const std::string&)> handler) {
         onRefusal_ = std::move(handler);
     }
@@ -68,7 +69,8 @@ private:
     class Watcher;
 
     void watch();
-    void seen(const std::optional<std::vector<QueueJob>>& jobs);
+    void seen(const SeenJobs& seen);
+    void refused(const std::string& why);
     void fetchPPD();
 
     bool isJobGone() const;

@@ -31,7 +31,7 @@ Opening open(SchedulerConnection& connection, const std::string& name) {
 }
 
 QueueFailure silence() {
-    return {schedulerName() + " does not answer", true};
+    return {schedulerSilence().text, true};
 }
 
 } // namespace

@@ -64,7 +64,11 @@ extern "C" __attribute__((visibility("default"))) const char* __asan_default_opt
 }
 extern "C" const char* __lsan_default_suppressions();
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
-    return "leak:libfontconfig\nleak:g_strdupv\n";
+    // In later releases also the graphics driver, and the dialog's own option widgets and styles.
+    return glib_check_version(2, 76, 0) != nullptr
+               ? "leak:libfontconfig\nleak:g_strdupv\n"
+               : "leak:libfontconfig\nleak:g_strdupv\nleak:libGLX_mesa\n"
+                 "leak:gtk_printer_option_widget_set_source\nleak:g_slice_alloc0\n";
 }
 extern "C" int __lsan_is_turned_off();
 extern "C" __attribute__((visibility("default"))) int __lsan_is_turned_off() {
