@@ -9,25 +9,48 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdio>
+#include <cstring>
 
 namespace platform {
 namespace {
 
 constexpr off_t kMaximumDomainSize = off_t{1024} * 1024;
 
-bool isTrustworthy(const struct stat& file) {
-    return S_ISREG(file.st_mode) && (file.st_uid == geteuid() || file.st_uid == 0) &&
-           (file.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+std::string octal(mode_t mode) {
+    std::array<char, 8> text{};
+    std::snprintf(text.data(), text.size(), "%04o", mode & 07777U);
+    return text.data();
 }
 
-// Nothing when the file is not trustworthy, too large, or cannot be read.
-std::optional<std::string> readDomainFile(const std::string& path) {
+// Why the file is not used; nothing when it is.
+Failure whyNot(const struct stat& file, const std::string& path) {
+    const std::string prefix = path + " is not used: ";
+    if (!S_ISREG(file.st_mode)) return prefix + "it is no regular file";
+    if (file.st_uid != geteuid() && file.st_uid != 0) return prefix + "it belongs to somebody else";
+    if ((file.st_mode & (S_IRWXG | S_IRWXO)) != 0)
+        return prefix + "others may read or change it (mode " + octal(file.st_mode) + "; \"chmod 600 " +
+               path + "\")";
+    if (file.st_size > kMaximumDomainSize) return prefix + "it is larger than 1 MiB";
+    return std::nullopt;
+}
+
+// Nothing when there is none, or it is not used.
+std::optional<std::string> readDomainFile(const std::string& path, Failure& problem) {
     // O_NONBLOCK is for a pipe in the file's place, which would make open wait.
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!file) {
+        if (errno != ENOENT && errno != ENOTDIR) problem = path + " cannot be read: " + std::strerror(errno);
+        return std::nullopt;
+    }
     struct stat status {};
-    if (!file || ::fstat(file.get(), &status) != 0 || !isTrustworthy(status)) return std::nullopt;
-    if (status.st_size > kMaximumDomainSize) return std::nullopt;
+    if (::fstat(file.get(), &status) != 0) return std::nullopt;
+    if (const Failure reason = whyNot(status, path)) {
+        problem = reason;
+        return std::nullopt;
+    }
 
     // A file that grows meanwhile is cut, and hardly a property list then.
     std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
@@ -75,13 +98,16 @@ std::string persistentDomainPath(std::string_view domain) {
     return std::string(g_get_user_config_dir()) + "/orvan/" + std::string(domain) + ".plist";
 }
 
-std::optional<PropertyList::Dictionary> persistentDomainForName(std::string_view domain) {
+std::optional<PropertyList::Dictionary> persistentDomainForName(std::string_view domain, Failure& problem) {
     const std::string path = persistentDomainPath(domain);
     if (path.empty()) return std::nullopt;
-    const std::optional<std::string> bytes = readDomainFile(path);
+    const std::optional<std::string> bytes = readDomainFile(path, problem);
     if (!bytes) return std::nullopt;
     std::optional<PropertyList> list = PropertyList::read(*bytes);
-    if (!list || list->asDictionary() == nullptr) return std::nullopt;
+    if (!list || list->asDictionary() == nullptr) {
+        problem = path + " is not used: it is no property list with a dictionary";
+        return std::nullopt;
+    }
     return std::move(*list->asDictionary());
 }
 

@@ -1,6 +1,7 @@
 // The settings of the person at whose desktop the process runs.
 #pragma once
 
+#include "Formats/Failure.h"
 #include "Formats/PropertyList.h"
 
 #include <optional>
@@ -23,12 +24,12 @@ std::string fullUserName();
 std::string persistentDomainPath(std::string_view domain);
 
 // A named persistent domain: what is in its file, a property list in any form whose root is a dictionary. It
-// is read afresh with each call. Nothing when there is no such file, or none that can be read.
+// is read afresh with each call. Nothing when there is no such file, or none that is used; `problem` then
+// says why a file that is there is not.
 //
-// Domains hold passwords, so the file should be of mode 0600. A file that somebody else could have written
-// counts as absent: one that belongs neither to this process's user nor to root, or that group or others may
-// write. One that others may only read is taken, since refusing it would hide nothing any more. It counts as
-// absent, too, when it is not a regular file or has more than 1 MiB.
-std::optional<PropertyList::Dictionary> persistentDomainForName(std::string_view domain);
+// Domains hold passwords. So a file is used when it belongs to this process's user or to root and nobody else
+// may read or write it (mode 0600). It has to be a regular file of no more than 1 MiB.
+std::optional<PropertyList::Dictionary> persistentDomainForName(
+    std::string_view domain, Failure& problem = ignoredFailure());
 
 } // namespace platform

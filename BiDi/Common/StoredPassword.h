@@ -1,6 +1,8 @@
 // The password that a person stored for printers.
 #pragma once
 
+#include "Formats/Failure.h"
+
 #include <string>
 #include <string_view>
 
@@ -10,7 +12,10 @@ namespace orvan {
 inline constexpr std::string_view kPasswordDomain = "com.orvan.qbv.print.pde.cocoa.OrvanJobType";
 inline constexpr std::string_view kPasswordKey = "defaultPassword";
 
-// "" when none is stored, or what is stored is no text.
+// "" when none is stored, or when what is there is not used; `problem` then says why: its file and the
+// reason.
+std::string storedPassword(platform::Failure& problem);
+// The same with a line in the system log, once. Main thread.
 std::string storedPassword();
 
 } // namespace orvan

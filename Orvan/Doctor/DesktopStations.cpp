@@ -1,7 +1,9 @@
 #include "Orvan/Doctor/DesktopStations.h"
 
+#include "BiDi/Common/StoredPassword.h"
 #include "Orvan/Commands.h"
 #include "Platform/Bundle.h"
+#include "Platform/UserDefaults.h"
 #include "PrintDialog/Host/AdministratorSettings.h"
 #include "PrintDialog/Host/HostNames.h"
 #include "PrintDialog/Host/InstalledFiles.h"
@@ -71,6 +73,18 @@ bool isNamed(const char* modules) {
     return modules != nullptr && std::string_view(modules).find(kModule) != std::string_view::npos;
 }
 
+// What goes with the questions of this person.
+Finding examinePassword() {
+    platform::Failure reason;
+    const bool isStored = !storedPassword(reason).empty();
+    const std::string file = platform::persistentDomainPath(kPasswordDomain);
+    if (reason)
+        return problem(*reason, "A file of mode 0600 that is yours, with the text \"" +
+                                    std::string(kPasswordKey) + "\" in a property list.");
+    return ok(isStored ? "one is stored in " + file + ", key " + std::string(kPasswordKey) + ", for you alone"
+                       : "none is stored (" + file + ", key " + std::string(kPasswordKey) + ")");
+}
+
 Finding examineSession() {
     if (isSwitchedOff())
         return problem(
@@ -110,6 +124,7 @@ constexpr ArgumentSpec kOpenModuleArguments[]{
 
 void examineDesktop(Checkup& checkup) {
     checkup.setQueue({});
+    checkup.look("password", examinePassword);
     checkup.look("bundle", examineBundle);
     checkup.look("module", examineModule);
     checkup.look("session", examineSession);

@@ -105,7 +105,7 @@ TEST_F(DoctorCommand, FindsNothingWhereAllIsWell) {
     }
     EXPECT_EQ(stations,
         (std::vector<std::string>{"scheduler", "queue", "PPD", "command filter", "earlier job", "command job",
-            "answers", "address", "ping", "document", "bundle", "module", "session"}));
+            "answers", "address", "ping", "document", "password", "bundle", "module", "session"}));
     EXPECT_EQ(answer["stations"][1]["queue"], "Office");
     EXPECT_EQ(answer["stations"][9]["found"],
         "fetched and read: 4 trays, 4 supplies, 5 custom papers, 3 stored jobs");
@@ -114,7 +114,7 @@ TEST_F(DoctorCommand, FindsNothingWhereAllIsWell) {
         {{"DISPLAY", std::nullopt}, {"WAYLAND_DISPLAY", std::nullopt}, {"GTK3_MODULES", std::nullopt}});
     EXPECT_EQ(text.exitCode, 0) << text.output;
     EXPECT_EQ(text.errors, "");
-    EXPECT_EQ(std::ranges::count(text.output, '\n'), 13) << text.output;
+    EXPECT_EQ(std::ranges::count(text.output, '\n'), 14) << text.output;
     EXPECT_NE(text.output.find("\nok           command job     "), std::string::npos) << text.output;
     EXPECT_NE(text.output.find("\nnot checked  session         this is no desktop session. Ask "),
         std::string::npos)
@@ -239,7 +239,7 @@ TEST(Doctor, FindsFaultsOfTheDesktop) {
         Environment variables = environment;
         variables.insert({{"CUPS_SERVER", "/no/such/socket"}, {"LC_ALL", "C.UTF-8"}, {"LANGUAGE", ""}});
         const Json answer = examine(variables, {"-q", "Office"}, 1, tree.at("bin/orvan"));
-        EXPECT_EQ(answer["stations"].size(), 4U);
+        EXPECT_EQ(answer["stations"].size(), 5U);
         Problems all{{"scheduler", "cannot reach the print scheduler at /no/such/socket"}};
         all.insert(all.end(), problems.begin(), problems.end());
         expectProblems(answer, all);
