@@ -86,8 +86,8 @@ bool readList(const std::string& bytes) {
 
 // Later releases of the library tell how it went and the format as well.
 template <typename Result, typename... Format>
-void readByPeer(
-    Result (*read)(const char*, std::uint32_t, plist_t*, Format*...), const std::string& bytes, plist_t* list) {
+void readByPeer(Result (*read)(const char*, std::uint32_t, plist_t*, Format*...), const std::string& bytes,
+    plist_t* list) {
     read(bytes.data(), static_cast<std::uint32_t>(bytes.size()), list, static_cast<Format*>(nullptr)...);
 }
 

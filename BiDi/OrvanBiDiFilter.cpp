@@ -5,6 +5,7 @@
 #include "BiDi/Common/StoredPassword.h"
 #include "Formats/Unicode.h"
 #include "Platform/PMPrinter.h"
+#include "Platform/SystemLog.h"
 #include "Platform/UserDefaults.h"
 
 #include <unistd.h>
@@ -94,10 +95,14 @@ void OrvanBiDi::dispatchToFilter(const std::string& job) {
     task.arguments = {"", "", "", "", *program};
     task.environment = commandFilterEnvironment();
     task.input = job;
+    platform::Failure problem;
     _commandFilterTask = platform::Task::launch(
-        std::move(task), [channel = weak_from_this()](const platform::TaskOutput& output) {
+        std::move(task),
+        [channel = weak_from_this()](const platform::TaskOutput& output) {
             if (const auto self = channel.lock()) self->commandFilterTerminated(output);
-        });
+        },
+        problem);
+    if (problem) platform::systemLog("the printer's command filter: " + *problem);
 }
 
 } // namespace orvan

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -55,6 +56,7 @@ public:
     SpawnSettings(const FileDescriptor& standardInput, const FileDescriptor& standardError) {
         ::posix_spawn_file_actions_init(&actions_);
         ::posix_spawn_file_actions_adddup2(&actions_, standardInput.get(), STDIN_FILENO);
+        ::posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         ::posix_spawn_file_actions_adddup2(&actions_, standardError.get(), STDERR_FILENO);
         ::posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
         ::posix_spawnattr_init(&attributes_);
@@ -105,6 +107,22 @@ int spawn(const TaskDescription& description, const SpawnSettings& settings, pid
         vectorOf(arguments).data(), vectorOf(environment).data());
 }
 
+bool isChangedByOthers(const struct stat& status) {
+    return (status.st_uid != 0 && status.st_uid != ::geteuid()) ||
+           (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+}
+
+// Whether somebody other than root and this process's user could have put the program there. One that cannot
+// be looked at is the system's to refuse.
+bool isOfOthers(const std::string& program) {
+    struct stat file {};
+    struct stat folder {};
+    const std::string parent = program.substr(0, program.rfind('/') + 1);
+    return (::stat(program.c_str(), &file) == 0 && isChangedByOthers(file)) ||
+           (::stat(parent.c_str(), &folder) == 0 && isChangedByOthers(folder) &&
+               (folder.st_mode & S_ISVTX) == 0);
+}
+
 bool fail(Failure& error, const std::string& program, const std::string& why) {
     error = "cannot start \"" + program + "\": " + why;
     return false;
@@ -116,6 +134,8 @@ bool spawnChild(
     const TaskDescription& description, ChildPipes* pipes, FileDescriptor* process, Failure& error) {
     const std::string& program = description.program;
     if (!program.starts_with('/')) return fail(error, program, "its path is not absolute");
+    if (isOfOthers(program))
+        return fail(error, program, "others than you and root may change it or its folder");
     Pipe input;
     Pipe output;
     if (!input.open() || !output.open() || !setNonBlocking(input.writer) || !setNonBlocking(output.reader))

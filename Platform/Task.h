@@ -34,7 +34,8 @@ inline constexpr std::size_t kMaximumTaskOutput = std::size_t{32} * 1024 * 1024;
 // application.
 TaskDescription::Environment defaultTaskEnvironment();
 
-// One process. Standard output is inherited; no other descriptor is, and no blocked or ignored signal.
+// One process. What it writes to standard output is dropped; it inherits no descriptor and no blocked or
+// ignored signal. A program is run when nobody but root and this process's user may change it or its folder.
 //
 // One thread: everything is done on the thread that launches the task, by its thread-default main context
 // (GLib), which has to run for the task to get on.

@@ -130,10 +130,17 @@ TEST(Task, SaysWhatDoesNotStart) {
     std::ofstream(folder / "plain") << "#!/bin/sh\n";
     std::ofstream(folder / "orphan") << "#!/no/such/interpreter\n";
     fs::permissions(folder / "orphan", fs::perms::owner_all);
+    // What others could have put there.
+    fs::create_directories(folder / "loose");
+    for (const fs::path& program : {folder / "shared", folder / "loose/program"})
+        std::ofstream(program) << "#!/bin/sh\n";
+    fs::permissions(folder / "shared", fs::perms(0775));
+    fs::permissions(folder / "loose/program", fs::perms(0755));
+    fs::permissions(folder / "loose", fs::perms(0777));
     const std::ptrdiff_t descriptors = openDescriptors();
-    for (const std::string& program :
-        {std::string(), std::string("sh"), std::string("./plain"), (folder / "plain").string(),
-            (folder / "orphan").string(), (folder / "missing").string(), folder.string()}) {
+    for (const std::string& program : {std::string(), std::string("sh"), std::string("./plain"),
+             (folder / "plain").string(), (folder / "orphan").string(), (folder / "missing").string(),
+             folder.string(), (folder / "shared").string(), (folder / "loose/program").string()}) {
         platform::Failure error;
         bool wasToldEnd = false;
         EXPECT_EQ(Task::launch(
