@@ -73,6 +73,10 @@ public:
 
     void proceed(std::chrono::milliseconds slice);
     void take(std::string& bytes, std::size_t maximum);
+    std::string redirectURL() const {
+        const char* const url = information<const char*>(CURLINFO_REDIRECT_URL, nullptr);
+        return url != nullptr ? url : "";
+    }
     std::string server() const;
     HTTPTransferFailure failure() const;
 
@@ -269,6 +273,10 @@ HTTPRead HTTPStream::readEnd() {
 
 long HTTPStream::responseStatus() const {
     return transfer_->responseStatus();
+}
+
+std::string HTTPStream::redirectURL() const {
+    return transfer_->redirectURL();
 }
 
 std::string HTTPStream::server() const {

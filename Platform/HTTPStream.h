@@ -97,6 +97,9 @@ public:
     // The status code of the last response whose header has come, of a redirect as well; 0 before the first.
     long responseStatus() const;
 
+    // Where the last response leads that was a redirect and is not followed; "" for none.
+    std::string redirectURL() const;
+
     // The server that is asked, after redirects the last one: "host:port".
     std::string server() const;
 

@@ -6,6 +6,13 @@
 #include "Common/Utilities/HostContact.h"
 #include "Common/Utilities/URIParts.h"
 #include "Common/Utilities/URLFetch.h"
+#include "Platform/HTTPStream.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
 
 namespace orvan {
 namespace {
@@ -54,6 +61,32 @@ std::string whyNoTicket(
            "). Check the address: the queue's device, or OVNStatusDocument in its PPD.";
 }
 
+// Whether a redirect stays with the printer, and with TLS where that was used.
+bool staysThere(const URIParts& from, const URIParts& to) {
+    return strcasecmp(from.host.c_str(), to.host.c_str()) == 0 &&
+           (from.scheme != "https" || to.scheme == "https");
+}
+
+// Fetches the document; redirects are followed as long as they stay with the printer.
+FetchResult fetchFromPrinter(FetchRequest request, std::vector<std::string>& trace) {
+    const auto deadline = std::chrono::steady_clock::now() + request.maximumTime;
+    for (int count = 0;; ++count) {
+        request.maximumTime = std::max(
+            std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()),
+            std::chrono::milliseconds{0});
+        FetchResult result = fetchDocument(request);
+        const auto from = separateURI(request.url.value_or(""));
+        const auto to = result.redirect.empty() ? std::nullopt : separateURI(result.redirect);
+        if (!from || !to || count == platform::HTTPStream::kMaximumRedirects) return result;
+        if (!staysThere(*from, *to)) {
+            result.problem = "it leads to " + to->scheme + "://" + to->host + ", which is not asked";
+            return result;
+        }
+        trace.push_back("The document is at " + to->scheme + "://" + to->host + to->resource + ".");
+        request.url = result.redirect;
+    }
+}
+
 } // namespace
 
 StatusAnswer askForDocument(const PrinterAddress& address, const Credentials& credentials) {
@@ -67,7 +100,8 @@ StatusAnswer askForDocument(const PrinterAddress& address, const Credentials& cr
     request.password = credentials.password;
     request.maximumSize = platform::XMLDocument::kMaximumSize + 1;
     request.maximumTime = kMaximumTime;
-    const FetchResult result = fetchDocument(request);
+    request.followsRedirects = false;
+    const FetchResult result = fetchFromPrinter(std::move(request), answer.trace);
     answer.trace.push_back(address.shownURL + " answered HTTP " + std::to_string(result.status) + " with " +
                            std::to_string(result.bytes.size()) + " bytes");
     if (result.bytes.empty() && result.status == 0) {

@@ -73,6 +73,7 @@ Outcome Fetch::run(const std::string& url, const Way& way) {
     } else {
         transfer(*stream, way);
         outcome_.result.status = stream->responseStatus();
+        outcome_.result.redirect = stream->redirectURL();
         stream->close();
     }
     return std::move(outcome_);
@@ -148,7 +149,7 @@ std::string overHTTPS(std::string url) {
 }
 
 Outcome withoutURL() {
-    return {{{}, 0, "there is no URL"}, std::nullopt};
+    return {{{}, 0, "there is no URL", {}}, std::nullopt};
 }
 
 Outcome fetchOverTLS(const FetchRequest& request, Clock::time_point deadline) {
@@ -166,7 +167,7 @@ Outcome fetchOverTLS(const FetchRequest& request, Clock::time_point deadline) {
 Outcome fetch(const FetchRequest& request) {
     if (!request.url) return withoutURL();
     const Clock::time_point deadline = Clock::now() + request.maximumTime;
-    Outcome outcome = Fetch(request, deadline).run(*request.url, {{}, true, false});
+    Outcome outcome = Fetch(request, deadline).run(*request.url, {{}, request.followsRedirects, false});
     if (!outcome.readError || !isTLSErrorCode(outcome.readError->code)) return outcome;
     return fetchOverTLS(request, deadline);
 }

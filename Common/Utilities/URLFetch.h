@@ -24,12 +24,14 @@ struct FetchRequest {
     std::optional<std::string> password = std::nullopt;
     std::size_t maximumSize = std::size_t{16} << 20U; // bytes
     std::chrono::milliseconds maximumTime = std::chrono::minutes{2};
+    bool followsRedirects = true;
 };
 
 struct FetchResult {
-    std::string bytes;   // the body as far as it came, whatever the status
-    long status = 0;     // of the last response, RFC 9110 section 15; 0 when there was none
-    std::string problem; // for people, a clause; empty when the whole answer came
+    std::string bytes;    // the body as far as it came, whatever the status
+    long status = 0;      // of the last response, RFC 9110 section 15; 0 when there was none
+    std::string problem;  // for people, a clause; empty when the whole answer came
+    std::string redirect; // the URL that a redirect leads to which was not followed
 };
 
 FetchResult fetchDocument(const FetchRequest& request);

@@ -185,6 +185,7 @@ TEST(CommandFilter, LeavesOldAnswersWhenThePrinterGivesNone) {
         {"cut", "did not give its whole status", "-offline-report"},
         {"stall", "did not give its whole status", "-offline-report"},
         {"silent", "does not answer", "+offline-report"},
+        {"redirect-away", "it leads to http://localhost, which is not asked", "-offline-report"},
     };
     for (const auto& [kind, error, state] : cases) {
         SCOPED_TRACE(kind);
@@ -196,6 +197,14 @@ TEST(CommandFilter, LeavesOldAnswersWhenThePrinterGivesNone) {
         EXPECT_EQ(report.only("STATE"), state);
         EXPECT_NE(report.only("ERROR").find(error), std::string::npos) << report.errors;
     }
+}
+
+TEST(CommandFilter, FollowsThePrinterToAnotherPath) {
+    const SimulatedPrinter printer({"--misbehave", "redirect"});
+    const Report report = runFilter({.attributes = addressOf(printer), .commands = "com.orvan.DeviceStatus"});
+    EXPECT_TRUE(report.answer("com.orvan.DeviceStatus")) << report.errors;
+    EXPECT_NE(report.errors.find("DEBUG: The document is at http://127.0.0.1/"), std::string::npos)
+        << report.errors;
 }
 
 TEST(CommandFilter, SaysWhereItCannotAsk) {
