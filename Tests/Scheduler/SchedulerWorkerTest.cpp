@@ -51,7 +51,7 @@ TEST(SchedulerWorkerTest, TellsApartWhyThereIsNoAnswer) {
     for (const Case& test :
         {Case{{"/", kWantsPassword}, 100s, Kind::wantsPassword, "wants a password for CUPS-Get-Printers"},
             {{"/", "", Then::silence}, 0.3s, Kind::silent, "does not answer"},
-            {{"/", wholeAnswer(std::string(9000, 'x')), Then::close, 50}, 0.3s, Kind::silent,
+            {{"/", wholeAnswer(std::string(9000, 'x')), Then::close, 2000}, 0.3s, Kind::silent,
                 "does not answer"},
             {{"/", "HTTP/1.1 403 Forbidden\r\nContent-Length: 0\r\n\r\n"}, 100s, Kind::refuses,
                 "refuses: "}}) {
@@ -80,17 +80,18 @@ TEST(SchedulerWorkerTest, LetsGoOfWhatNobodyWaitsFor) {
         for (std::size_t i = 0; i < requests.size(); ++i)
             requests.at(i) = SchedulerWorker::shared().start<Nothing>("queue" + std::to_string(i), 100s,
                 question, [&isTold](std::optional<Nothing>) { isTold = true; });
-        EXPECT_TRUE(eventually([&] { return server.requestCount() == SchedulerWorker::kMostConnections; }));
+        EXPECT_TRUE(eventually([&] { return server.requestCount() >= SchedulerWorker::kMostConnections; }));
     }
     // What follows about one of the queues would otherwise wait for the deadline.
     EXPECT_EQ(SchedulerWorker::shared().wait<int>("queue0", 50s, [](SchedulerConnection&) { return 7; }), 7);
     EXPECT_FALSE(isTold);
 
-    // Who waits is told at the deadline, on the main loop.
+    // Who waits is told at the deadline, on the main loop: that there is no answer, or by the connection that
+    // it has given up.
     std::optional<Nothing> answer = true;
     const SchedulerRequest late = SchedulerWorker::shared().start<Nothing>(
         "", 0.2s, question, [&](std::optional<Nothing> told) { answer = told; });
-    EXPECT_TRUE(platform::runMainLoopUntil([&] { return !answer; }, 100s));
+    EXPECT_TRUE(platform::runMainLoopUntil([&] { return !answer.value_or(false); }, 100s));
 }
 
 TEST(SchedulerWorkerTest, HoldsUpNeitherTheEndOfAProcessNorAFork) {

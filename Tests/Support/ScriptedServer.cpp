@@ -100,7 +100,9 @@ void ScriptedServer::serve(int connection) {
         const ssize_t size = recv(connection, piece.data(), piece.size(), 0);
         if (size <= 0) return;
         request.append(piece.data(), static_cast<std::size_t>(size));
-        if (!request.starts_with("GET ") && !request.starts_with("POST ")) { // TLS, for example
+        const std::string_view method = std::string_view(request).substr(0, request.find(' '));
+        if (!std::string_view("GET").starts_with(method) &&
+            !std::string_view("POST").starts_with(method)) { // TLS, for example
             sendBytes(connection, "HTTP/1.1 400 Bad Request\r\n\r\n");
             return;
         }
