@@ -1,5 +1,6 @@
 """A print scheduler at a distance, or one that misbehaves: a proxy in front of a real one's socket."""
 
+import contextlib
 import queue
 import socket
 import threading
@@ -57,8 +58,9 @@ class FarScheduler:
                 state["frozen"] |= any(request in data for request in self.frozen)
                 state["slowed"] |= any(request in data for request in self.slowed)
                 if any(request in data for request in self.refused):
-                    client.sendall(REFUSAL)
-                    client.shutdown(socket.SHUT_RDWR)
+                    with contextlib.suppress(OSError):  # the client may have gone
+                        client.sendall(REFUSAL)
+                        client.shutdown(socket.SHUT_RDWR)
                     data = b""
             line.put((time.monotonic() + self.delay, data))
             if not data:
