@@ -142,10 +142,8 @@ std::string PrinterQuestion::explainQueue(std::chrono::duration<double> timeout)
     if (ppd == nullptr) return problem.value_or("");
     if (hasStoredChunks(*ppd, *channel_->supportedCommands()))
         return "what the printer's command filter answered cannot be decoded";
-    if (complaint.empty())
-        if (const AddressSearch search = findPrinterAddress(printer_->deviceURI(), ppd->record());
-            search.isNotOnNetwork)
-            return search.problem;
+    if (complaint.empty() && !isOnNetwork(printer_->deviceURI(), ppd->record()))
+        return findPrinterAddress(printer_->deviceURI(), ppd->record()).problem;
     return !complaint.empty()
                ? complaint
                : "the printer's command filter answered nothing; the scheduler's error log says why";
@@ -193,8 +191,9 @@ std::vector<PrinterAnswers> askPrinters(
             [&] { return whomItWaitsFor(questions); });
     };
     // Who does not wait for the printer still asks it.
+    const auto start = std::chrono::steady_clock::now();
     waitFor(&PrinterQuestion::isStarting, patience.time());
-    waitFor(&PrinterQuestion::isWaiting, timeout);
+    waitFor(&PrinterQuestion::isWaiting, timeout - (std::chrono::steady_clock::now() - start));
     if (wasInterrupted()) std::ranges::for_each(questions, &PrinterQuestion::withdraw);
 
     std::vector<PrinterAnswers> answers;

@@ -255,7 +255,10 @@ std::optional<int> sendCommand(SchedulerConnection& connection, const std::strin
     addOptions(request, all);
     const IPPMessage answer = connection.print(std::move(request), queue, text, problem);
     if (answer == nullptr) return std::nullopt;
-    return ippGetInteger(ippFindAttribute(answer.get(), "job-id", IPP_TAG_INTEGER), 0);
+    if (ipp_attribute_t* const number = ippFindAttribute(answer.get(), "job-id", IPP_TAG_INTEGER))
+        return ippGetInteger(number, 0);
+    problem = {SchedulerProblem::Kind::refuses, schedulerName() + " names no job"};
+    return std::nullopt;
 }
 
 } // namespace scheduler

@@ -62,7 +62,7 @@ public:
     // never repeated, so that there are not two jobs.
     IPPMessage print(
         IPPMessage request, const std::string& queue, std::string_view document, SchedulerProblem& problem);
-    // The queue's PPD, into the descriptor. `what` it is goes into messages.
+    // The queue's PPD, into the descriptor.
     bool fetchPPD(const std::string& queue, int descriptor, SchedulerProblem& problem);
 
 private:

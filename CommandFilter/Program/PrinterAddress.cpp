@@ -69,6 +69,10 @@ std::optional<PrinterAddress> addressOfURL(const std::string& deviceURI, const s
     return PrinterAddress{place, withoutUser(*url), hasHost ? device->host : url->host};
 }
 
+std::string schemeOf(const std::string& uri) {
+    return uri.substr(0, uri.find(':'));
+}
+
 bool isLocalName(std::string_view host) {
     if (host.ends_with('.')) host.remove_suffix(1);
     return host.ends_with(".local") || host.find_first_not_of("0123456789.") == std::string_view::npos ||
@@ -78,7 +82,7 @@ bool isLocalName(std::string_view host) {
 // One at a path of the device's host.
 AddressSearch addressOfPath(const std::string& deviceURI, const std::string& path) {
     const std::optional<URIParts> device = separateURI(deviceURI);
-    const std::string scheme = deviceURI.substr(0, deviceURI.find(':'));
+    const std::string scheme = schemeOf(deviceURI);
     if (!isOneOf(kNetworkSchemes, scheme))
         return {std::nullopt,
             "This queue's device has no network address: it is " + scheme +
@@ -107,6 +111,10 @@ AddressSearch addressOfPath(const std::string& deviceURI, const std::string& pat
 }
 
 } // namespace
+
+bool isOnNetwork(const std::string& deviceURI, ppd_file_t* ppd) {
+    return isURL(attributeOf(ppd, "OVNStatusDocument")) || isOneOf(kNetworkSchemes, schemeOf(deviceURI));
+}
 
 AddressSearch findPrinterAddress(const std::string& deviceURI, ppd_file_t* ppd) {
     const std::string place = attributeOf(ppd, "OVNStatusDocument");

@@ -17,6 +17,10 @@ struct PrinterAddress {
     int snmpPort = 161;
 };
 
+// Whether the queue's device, or the document that its PPD names, is on the network at all. Looks for
+// nothing; the PPD may be null.
+bool isOnNetwork(const std::string& deviceURI, ppd_file_t* ppd);
+
 // What came of looking for it.
 struct AddressSearch {
     std::optional<PrinterAddress> address;

@@ -201,7 +201,7 @@ Finding QueueCheckup::examineAnswers() const {
     }
     const std::string how =
         "See what the next stations say; the scheduler's error log has the filter's messages.";
-    if (findPrinterAddress(queue_->deviceURI, ppd->record()).isNotOnNetwork)
+    if (!isOnNetwork(queue_->deviceURI, ppd->record()))
         return notChecked("this queue's device has no network address");
     if (!complaint_.empty())
         return problem(

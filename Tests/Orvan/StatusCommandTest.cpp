@@ -2,12 +2,14 @@
 #include "Tests/Orvan/Program.h"
 #include "Tests/Support/CommandQueue.h"
 #include "Tests/Support/DerivedPPD.h"
+#include "Tests/Support/ScriptedServer.h"
 #include "Tests/Support/SimulatedPrinter.h"
 #include "Tests/Support/Terminal.h"
 
 #include <nlohmann/json.hpp>
 
 #include <string>
+#include <tuple>
 
 namespace orvan {
 namespace {
@@ -152,6 +154,22 @@ TEST_F(StatusCommand, AsksTheSchedulerThatIsNamed) {
         expectRefusal(orvan(arguments), words, exitCode);
     ASSERT_EQ(system_->deleteQueue("Office"), std::nullopt);
     expectRefusal(orvan({"status", "--all"}), "no queue of an Orvan printer");
+}
+
+// Nobody is asked for a password, and nothing takes longer than the time-out.
+TEST(StatusOfSchedulers, IsARefusalThatSaysWhy) {
+    constexpr const char* kWantsPassword =
+        "HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"CUPS\"\r\nContent-Length: 0\r\n\r\n";
+    const std::tuple<ScriptedAnswer, const char*, const char*> cases[] = {
+        {{"/", kWantsPassword}, "100", "wants a password for Get-Printer-Attributes from user "},
+        {{"/", "", ScriptedAnswer::Then::silence}, "1", "does not answer"},
+    };
+    for (const auto& [answer, timeout, words] : cases) {
+        const ScriptedServer server({answer});
+        expectRefusal(orvan({"status", "-q", "Office", "-H", "127.0.0.1:" + std::to_string(server.port()),
+                          "--timeout", timeout}),
+            words);
+    }
 }
 
 } // namespace

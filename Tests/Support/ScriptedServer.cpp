@@ -133,11 +133,13 @@ void ScriptedServer::send(int connection, const ScriptedAnswer& answer, const st
 
 void ScriptedServer::follow(int connection, ScriptedAnswer::Then then) {
     const std::string flood(65536, 'x');
+    std::array<char, 4096> rest{};
     switch (then) {
     case ScriptedAnswer::Then::close:
         return;
     case ScriptedAnswer::Then::silence:
-        while (!ends_ && !isReadable(connection)) {
+        // The client may go on with its request; only its end ends this.
+        while (!ends_ && (!isReadable(connection) || recv(connection, rest.data(), rest.size(), 0) > 0)) {
         }
         return;
     case ScriptedAnswer::Then::flood:
