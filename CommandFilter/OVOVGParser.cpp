@@ -101,9 +101,12 @@ void OVOVGParser::fillDictionaryWithCustomTypes(Ticket& ticket, const Element& p
 void OVOVGParser::fillDictionaryWithSavedJobs(Ticket& ticket, const Element& printer) const {
     List jobs;
     platform::LogLimit log(platform::systemLog);
-    log.write("saved job " + printer.xmlText(kLoggedText));
+    const auto logNode = [&log](const char* what, const platform::XMLNode& node) {
+        if (log.takesOne()) platform::systemLogContent(what, [&node] { return node.xmlText(kLoggedText); });
+    };
+    logNode("saved job", printer);
     for (const Element* child = printer.firstChild(); child != nullptr; child = child->nextSibling()) {
-        if (log.takesOne()) platform::systemLog("child job " + child->xmlText(kLoggedText));
+        logNode("child job", *child);
         const bool arePersonal = child->name() == "personalJobs";
         if (!arePersonal && child->name() != "sharedJobs") continue;
         forEachElement(*child, [&](const Element& element) {

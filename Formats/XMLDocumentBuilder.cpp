@@ -1,6 +1,8 @@
 #include "Formats/ExpatParser.h"
 #include "Formats/XMLDocument.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <climits>
 
@@ -15,6 +17,7 @@ public:
         XML_SetElementHandler(parser, &XMLDocumentBuilder::onStart, &XMLDocumentBuilder::onEnd);
         XML_SetCharacterDataHandler(parser, &XMLDocumentBuilder::onText);
         XML_SetCommentHandler(parser, &XMLDocumentBuilder::onComment);
+        XML_SetXmlDeclHandler(parser, &XMLDocumentBuilder::onDeclaration);
         XML_SetStartDoctypeDeclHandler(parser, &XMLDocumentBuilder::onDoctype);
         XML_SetSkippedEntityHandler(parser, &XMLDocumentBuilder::onSkippedEntity);
         document_.nodes_.reserve(size / kBytesOfNode);
@@ -47,6 +50,9 @@ private:
         of(self).text({text, static_cast<std::size_t>(length)});
     }
     static void XMLCALL onComment(void* self, const XML_Char* text) { of(self).comment(text); }
+    static void XMLCALL onDeclaration(void* self, const XML_Char*, const XML_Char* encoding, int) {
+        of(self).isLatin1_ = encoding != nullptr && strcasecmp(encoding, "ISO-8859-1") == 0;
+    }
     static void XMLCALL onDoctype(
         void* self, const XML_Char*, const XML_Char*, const XML_Char*, int hasInternalSubset) {
         if (hasInternalSubset != 0)
@@ -67,6 +73,13 @@ private:
 
     // Of the characters up to the space, a document can have only white space (XML 1.0 section 2.2).
     static bool isWhiteSpace(char c) { return static_cast<unsigned char>(c) <= ' '; }
+    // Expat takes three letters of ISO 8859-1 in names that XML 1.0 section 2.3 does not: U+00AA, U+00B5 and
+    // U+00BA. In UTF-8 it knows better.
+    bool isName(std::string_view name) const {
+        return !isLatin1_ || (name.find("\xC2\xAA") == std::string_view::npos &&
+                                 name.find("\xC2\xB5") == std::string_view::npos &&
+                                 name.find("\xC2\xBA") == std::string_view::npos);
+    }
     static std::uint32_t small(std::size_t value) { return static_cast<std::uint32_t>(value); }
 
     XMLNode& addNode(XMLNode::Kind kind) {
@@ -86,6 +99,7 @@ private:
         if (failed()) return;
         endText();
         if (open_.size() >= XMLDocument::kMaximumDepth) return fail("elements nest too deep");
+        if (!isName(name)) return fail(XML_ErrorString(XML_ERROR_INVALID_TOKEN));
         XMLNode& node = addNode(XMLNode::Kind::element);
         open_.push_back(small(document_.nodes_.size() - 1));
         node.nameStart_ = small(document_.names_.size());
@@ -98,6 +112,7 @@ private:
             ++node.attributeCount_;
             const std::string_view attributeName = attributes[0];
             const std::string_view value = attributes[1];
+            if (!isName(attributeName)) return fail(XML_ErrorString(XML_ERROR_INVALID_TOKEN));
             document_.attributes_.push_back(
                 {small(document_.names_.size()), small(attributeName.size()), small(value.size())});
             document_.names_.append(attributeName).append(value);
@@ -161,6 +176,7 @@ private:
     std::vector<std::uint32_t> open_; // the elements that are not closed yet
     std::size_t textStart_ = 0; // of the characters that are no node yet, the last of the document's texts
     bool textIsBlank_ = true;
+    bool isLatin1_ = false; // as it declares itself
 };
 
 std::shared_ptr<const XMLDocument> XMLDocument::parse(std::string_view bytes, Failure& error) {

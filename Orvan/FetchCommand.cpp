@@ -1,5 +1,5 @@
-#include "Common/Utilities/OneLine.h"
 #include "Common/Utilities/URLFetch.h"
+#include "Formats/OneLine.h"
 #include "Orvan/Commands.h"
 #include "Orvan/PasswordPrompt.h"
 #include "Orvan/Terminal.h"
@@ -15,8 +15,9 @@ namespace {
 constexpr const char* kPasswordVariable = "ORVAN_PASSWORD";
 
 std::optional<std::string> passwordFor(const std::optional<std::string>& user) {
+    if (!user) return std::nullopt;
     if (const char* const password = std::getenv(kPasswordVariable)) return password;
-    return user ? askForPassword("Password of " + onOneLine(*user) + ": ") : std::nullopt;
+    return askForPassword("Password of " + platform::onOneLine(*user) + ": ");
 }
 
 // What is wrong with the answer, for people; empty when it is a document.
@@ -37,9 +38,12 @@ int writeDocument(const Arguments& arguments) {
     const std::optional<std::string> user = arguments.optionalText("--user");
     FetchRequest request{arguments.text("URL"), user, passwordFor(user)};
     const FetchResult result = fetch(request);
+    if (!result.uncheckedCertificate.empty())
+        std::cerr << "orvan: certificate not checked: nobody vouches for it; its SHA-256 fingerprint is "
+                  << result.uncheckedCertificate << '\n';
     std::cout.write(result.bytes.data(), static_cast<std::streamsize>(result.bytes.size()));
     const std::string problem = problemOf(result);
-    return problem.empty() ? kDone : cannot(onOneLine(problem));
+    return problem.empty() ? kDone : cannot(platform::onOneLine(problem));
 }
 
 // The URL is not repeated, for the same reason for which it is refused. RFC 3986 section 3.2: what stands
@@ -68,8 +72,8 @@ const Command kFetchCommand{
     .name = "fetch",
     .text = "Get a document from a printer's web server",
     .arguments = kFetchArguments,
-    .footer = "The password is that of the environment variable ORVAN_PASSWORD; without it, it is asked "
-              "for.\nA certificate that cannot be checked is accepted.\n"
+    .footer = "The password of the user is that of the environment variable ORVAN_PASSWORD; without it, it "
+              "is asked for.\nA certificate that cannot be checked is accepted, with a line that says so.\n"
               "Examples:\n"
               "  orvan fetch \"$(orvan url -q Office)/status.xml\" | orvan ticket -\n"
               "  orvan fetch http://printer.example/status.xml --user admin > status.xml",

@@ -1,4 +1,4 @@
-#include "Common/Utilities/OneLine.h"
+#include "Formats/OneLine.h"
 #include "Orvan/Commands.h"
 #include "Orvan/CommonOptions.h"
 #include "Orvan/Interruption.h"
@@ -95,16 +95,16 @@ void printText(PanelSession& session, platform::View& root) {
         const ShownRow row = ShownRow::of(root, spec);
         if (row.label == nullptr || row.popUp == nullptr || row.popUp->isHidden()) continue;
         const platform::MenuItem* const item = row.popUp->itemAtIndex(row.popUp->indexOfSelectedItem());
-        std::cout << "  " << onOneLine(row.label->stringValue()) << ' ';
+        std::cout << "  " << platform::onOneLine(row.label->stringValue()) << ' ';
         if (!row.popUp->isEnabled())
             std::cout << "(not available)\n";
         else
-            std::cout << '[' << onOneLine(item != nullptr ? item->title : "") << "]  of "
+            std::cout << '[' << platform::onOneLine(item != nullptr ? item->title : "") << "]  of "
                       << row.popUp->items().size() << '\n';
     }
     std::cout << "\nSummary\n";
     for (const auto& [title, value] : session.summary())
-        std::cout << "  " << onOneLine(title) << ": " << onOneLine(value) << '\n';
+        std::cout << "  " << platform::onOneLine(title) << ": " << platform::onOneLine(value) << '\n';
 }
 
 // Picks the choice through its pop-up. Answers what is wrong, or nothing.

@@ -1,5 +1,5 @@
 // "orvan status" and "orvan papers": what printers answer through their queues.
-#include "Common/Utilities/OneLine.h"
+#include "Formats/OneLine.h"
 #include "Orvan/Commands.h"
 #include "Orvan/CommonOptions.h"
 #include "Orvan/Interruption.h"
@@ -61,11 +61,11 @@ std::optional<Answers> ask(const QueryArguments& arguments) {
 int complain(const Answers& answers) {
     int code = kDone;
     for (const PrinterAnswers& printer : answers) {
-        if (!printer.problem.empty()) code = cannot(onOneLine(printer.problem));
+        if (!printer.problem.empty()) code = cannot(platform::onOneLine(printer.problem));
         if (!printer.complaint.empty())
             std::cerr << "orvan: printer " << printer.queue
-                      << " was asked in vain, its earlier answers follow: " << onOneLine(printer.complaint)
-                      << '\n';
+                      << " was asked in vain, its earlier answers follow: "
+                      << platform::onOneLine(printer.complaint) << '\n';
     }
     return code;
 }
@@ -156,8 +156,8 @@ int papers(const QueryArguments& arguments) {
         if (arguments.json)
             list.push_back({{"name", paper.name}, {"type", paper.type}, {"baseClass", paper.baseClass}});
         else
-            std::cout << onOneLine(paper.name) << '\t' << onOneLine(paper.type) << '\t'
-                      << onOneLine(paper.baseClass) << '\n';
+            std::cout << platform::onOneLine(paper.name) << '\t' << platform::onOneLine(paper.type) << '\t'
+                      << platform::onOneLine(paper.baseClass) << '\n';
     }
     if (arguments.json)
         std::cout << jsonText(Json{{"schemaVersion", 1}, {"queue", arguments.queue},

@@ -2,7 +2,7 @@
 
 #include "CommandFilter/Program/PrinterLevels.h"
 #include "CommandFilter/TicketVocabulary.h"
-#include "Common/Utilities/OneLine.h"
+#include "Formats/OneLine.h"
 #include "Orvan/PropertyListJson.h"
 #include "Orvan/Terminal.h"
 
@@ -30,7 +30,7 @@ std::string textAsItIs(const PropertyList& record, std::string_view key) {
 }
 
 std::string text(const PropertyList& record, std::string_view key) {
-    return onOneLine(textAsItIs(record, key));
+    return platform::onOneLine(textAsItIs(record, key));
 }
 
 // What the sections are written with.
@@ -76,7 +76,7 @@ std::string orElse(const std::string& value, const char* otherwise) {
 std::string paperName(const std::string& mediaType, const Papers& papers) {
     if (!mediaType.starts_with(kCustomType)) return mediaType;
     const auto paper = std::ranges::find(papers, mediaType.substr(kCustomType.size()), &CustomPaper::type);
-    return paper != papers.end() && !paper->name.empty() ? onOneLine(paper->name) : mediaType;
+    return paper != papers.end() && !paper->name.empty() ? platform::onOneLine(paper->name) : mediaType;
 }
 
 void writeTray(const PropertyList& tray, const Style& style, std::ostream& out) {
@@ -112,7 +112,7 @@ void writeColorMode(const PropertyList& mode, const Style&, std::ostream& out) {
     if (properties == nullptr) return;
     const char* separator = "";
     for (const auto& [name, value] : *properties) {
-        out << separator << onOneLine(name) << ": " << text(mode, name);
+        out << separator << platform::onOneLine(name) << ": " << text(mode, name);
         separator = ", ";
     }
 }
@@ -188,13 +188,13 @@ void writeStatus(const std::vector<PropertyList>& responses, bool decorated, std
     for (const PropertyList& response : responses) {
         const PropertyList::Dictionary* const entries = response.asDictionary();
         if (entries == nullptr) {
-            out << onOneLine(jsonText(jsonFromPropertyList(response))) << '\n';
+            out << platform::onOneLine(jsonText(jsonFromPropertyList(response))) << '\n';
             continue;
         }
         for (const auto& [key, value] : *entries)
             if (sectionFor(key, value) == nullptr)
-                out << onOneLine(headingFor(key)) << "\n  "
-                    << onOneLine(jsonText(jsonFromPropertyList(value))) << '\n';
+                out << platform::onOneLine(headingFor(key)) << "\n  "
+                    << platform::onOneLine(jsonText(jsonFromPropertyList(value))) << '\n';
     }
 }
 

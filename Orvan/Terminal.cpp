@@ -1,6 +1,6 @@
 #include "Orvan/Terminal.h"
 
-#include "Common/Utilities/OneLine.h"
+#include "Formats/OneLine.h"
 #include "Formats/TextEncoding.h"
 
 #include <sys/ioctl.h>
@@ -45,7 +45,7 @@ ProgressLine::ProgressLine() {
 
 void ProgressLine::show(const std::string& text) {
     if (width_ == 0 || (text.empty() && shownWidth == 0)) return;
-    const std::string line(platform::prefixOfUTF8(onOneLine(text), width_));
+    const std::string line(platform::prefixOfUTF8(platform::onOneLine(text), width_));
     const std::string blanks(shownWidth - std::min(shownWidth, line.size()), ' ');
     std::fprintf(stderr, "\r%s%s%s", line.c_str(), blanks.c_str(), line.empty() ? "\r" : "");
     std::fflush(stderr);

@@ -3,9 +3,13 @@
 #include "Platform/HTTPStreamError.h"
 
 #include <curl/curl.h>
+#include <openssl/ssl.h>
+#include <openssl/x509.h>
 
 #include <algorithm>
 #include <array>
+#include <exception>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -50,6 +54,22 @@ std::string serverOf(const std::string& text) {
 }
 
 } // namespace
+
+// "AB:CD:..." of a certificate; "" when there is none.
+std::string fingerprintOf(const X509* certificate) {
+    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
+    unsigned size = 0;
+    if (certificate == nullptr || X509_digest(certificate, EVP_sha256(), digest.data(), &size) != 1)
+        return {};
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string text;
+    for (const unsigned byte : std::span(digest).first(size)) {
+        if (!text.empty()) text += ':';
+        text += kDigits[byte >> 4U];
+        text += kDigits[byte & 15U];
+    }
+    return text;
+}
 
 // libcurl's side of a stream.
 class HTTPStream::Transfer {
@@ -99,9 +119,12 @@ private:
     bool setCredentials(const HTTPRequest& request);
     bool setTLS(const TLSSettings& tls);
     void end(CURLcode result);
+    static CURLcode prepareTLS(CURL*, void* context, void* transfer);
+    static int examine(X509_STORE_CTX* store, void* transfer);
     static std::size_t receive(char* bytes, std::size_t, std::size_t size, void* receiver);
 
     std::string url_;
+    TLSSettings tls_;
     std::array<char, CURL_ERROR_SIZE> details_{};
     std::string buffer_; // what has come and is not read
     std::unique_ptr<CURLM, CleanUpMulti> multi_;
@@ -137,8 +160,32 @@ bool HTTPStream::Transfer::setTLS(const TLSSettings& tls) {
     if (!set(CURLOPT_SSL_VERIFYHOST, tls.verifiesPeerName ? 2L : 0L)) return false;
     if (tls.validatesCertificateChain) return true;
     // Whom one speaks with is not checked, so a short key or an old version takes nothing away.
+    if (tls.takesCertificate) {
+        tls_ = tls;
+        if (!set(CURLOPT_SSL_CTX_FUNCTION, &prepareTLS) || !set(CURLOPT_SSL_CTX_DATA, this)) return false;
+    }
     return set(CURLOPT_SSL_VERIFYPEER, 0L) && set(CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_0}) &&
            set(CURLOPT_SSL_CIPHER_LIST, "DEFAULT:@SECLEVEL=0");
+}
+
+// The question takes the place of OpenSSL's own checks, and has their weight: a refusal ends the handshake.
+CURLcode HTTPStream::Transfer::prepareTLS(CURL*, void* context, void* transfer) {
+    auto* const tls = static_cast<SSL_CTX*>(context);
+    SSL_CTX_set_verify(tls, SSL_VERIFY_PEER, nullptr);
+    SSL_CTX_set_cert_verify_callback(tls, &examine, transfer);
+    return CURLE_OK;
+}
+
+int HTTPStream::Transfer::examine(X509_STORE_CTX* store, void* self) {
+    const auto& transfer = *static_cast<const Transfer*>(self);
+    try {
+        const std::string fingerprint = fingerprintOf(X509_STORE_CTX_get0_cert(store));
+        if (!fingerprint.empty() && transfer.tls_.takesCertificate(transfer.server(), fingerprint)) return 1;
+    } catch (const std::exception&) {
+        // libcurl and OpenSSL know no exceptions.
+    }
+    X509_STORE_CTX_set_error(store, X509_V_ERR_APPLICATION_VERIFICATION);
+    return 0;
 }
 
 bool HTTPStream::Transfer::start() {

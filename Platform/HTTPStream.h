@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,6 +28,10 @@ struct TLSSettings {
     // of old devices.
     bool validatesCertificateChain = true;
     bool verifiesPeerName = true;
+    // Asked before anything is sent, when the chain is not validated: whether the certificate of the server
+    // ("host:port") is taken, by its SHA-256 fingerprint ("AB:CD:..."). Otherwise the read fails. Null takes
+    // all.
+    std::function<bool(const std::string& server, const std::string& fingerprint)> takesCertificate = nullptr;
 };
 
 enum class HTTPStreamStatus : std::int8_t {

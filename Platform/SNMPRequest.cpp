@@ -7,7 +7,15 @@
 #include <net-snmp/net-snmp-includes.h>
 // clang-format on
 
+#include <netdb.h>
+#include <sys/random.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <charconv>
+#include <cstring>
 #include <memory>
 #include <span>
 #include <system_error>
@@ -85,10 +93,63 @@ std::optional<PropertyList> valueOf(const netsnmp_variable_list& variable) {
     }
 }
 
-Session openSession(const SNMPRequest& request, const std::string& peer) {
+// Those of the objects that are in the message.
+PropertyList::Dictionary valuesIn(const netsnmp_pdu& message, const std::vector<std::string>& objects) {
+    PropertyList::Dictionary values;
+    for (const std::string& object : objects) {
+        const auto identifier = identifierFrom(object);
+        for (const netsnmp_variable_list* v = message.variables; v != nullptr; v = v->next_variable)
+            if (identifier && std::ranges::equal(std::span(v->name, v->name_length), *identifier))
+                if (auto value = valueOf(*v)) values.insert_or_assign(object, *std::move(value));
+    }
+    return values;
+}
+
+struct FreeAddresses {
+    void operator()(addrinfo* list) const { freeaddrinfo(list); }
+};
+using Addresses = std::unique_ptr<addrinfo, FreeAddresses>;
+
+// Null when there is none.
+Addresses addressesOf(const SNMPRequest& request) {
+    addrinfo wanted{};
+    wanted.ai_socktype = SOCK_DGRAM;
+    addrinfo* found = nullptr;
+    if (getaddrinfo(request.host.c_str(), std::to_string(request.port).c_str(), &wanted, &found) != 0)
+        return nullptr;
+    return Addresses(found);
+}
+
+// The one to ask: agents that are known by a name have an IPv4 address as a rule.
+const addrinfo& chosenOf(const addrinfo& list) {
+    for (const addrinfo* address = &list; address != nullptr; address = address->ai_next)
+        if (address->ai_family == AF_INET) return *address;
+    return list;
+}
+
+// As the library takes it.
+std::string peerName(const addrinfo& address, int port) {
+    std::array<char, NI_MAXHOST> host{};
+    if (getnameinfo(
+            address.ai_addr, address.ai_addrlen, host.data(), host.size(), nullptr, 0, NI_NUMERICHOST) != 0)
+        return {};
+    const std::string end = ":" + std::to_string(port);
+    return address.ai_family == AF_INET6 ? "udp6:[" + std::string(host.data()) + "]" + end
+                                         : "udp:" + std::string(host.data()) + end;
+}
+
+// From the system, so that nobody who does not see the question can answer it.
+long unpredictableIdentifier() {
+    std::uint32_t bits = 0;
+    if (getrandom(&bits, sizeof bits, 0) != sizeof bits) return 0;
+    return static_cast<long>(bits >> 1U);
+}
+
+// Null when there is none. Its socket hears nobody but the agent.
+Session openSession(const SNMPRequest& request, const addrinfo& address) {
     netsnmp_session description;
     snmp_sess_init(&description);
-    std::string name = peer;
+    std::string name = peerName(address, request.port);
     std::string community = request.community;
     description.peername = name.data();
     description.version = SNMP_VERSION_1;
@@ -96,7 +157,12 @@ Session openSession(const SNMPRequest& request, const std::string& peer) {
     description.community_len = community.size();
     description.timeout = std::chrono::microseconds(request.patience).count();
     description.retries = request.retries;
-    return Session(snmp_sess_open(&description));
+    Session session(snmp_sess_open(&description));
+    const netsnmp_transport* const transport =
+        session != nullptr ? snmp_sess_transport(session.get()) : nullptr;
+    if (transport == nullptr || connect(transport->sock, address.ai_addr, address.ai_addrlen) != 0)
+        return nullptr;
+    return session;
 }
 
 } // namespace
@@ -110,32 +176,42 @@ std::optional<PropertyList::Dictionary> getSNMPObjects(const SNMPRequest& reques
         return std::nullopt;
     };
     Message question(snmp_pdu_create(SNMP_MSG_GET));
-    std::vector<Identifier> identifiers;
     for (const std::string& object : request.objects) {
         const auto identifier = identifierFrom(object);
         if (!identifier) return fail("cannot be asked for \"" + object + "\", which is no identifier");
         snmp_add_null_var(question.get(), identifier->data(), identifier->size());
-        identifiers.push_back(*identifier);
     }
     prepareLibrary();
-    const Session session = openSession(request, (isIPv6 ? "udp6:" : "udp:") + address);
-    if (session == nullptr) return fail("has no address; check the name");
+    const Addresses addresses = addressesOf(request);
+    if (addresses == nullptr) return fail("has no address; check the name");
+    const Session session = openSession(request, chosenOf(*addresses));
+    if (session == nullptr) return fail(std::string("cannot be reached: ") + std::strerror(errno));
+    question->reqid = unpredictableIdentifier();
 
     netsnmp_pdu* received = nullptr;
+    errno = 0;
     const int status = snmp_sess_synch_response(session.get(), question.release(), &received);
     const Message answer(received);
-    if (status == STAT_TIMEOUT) return fail("does not answer; check that SNMP is on, and the community name");
+    // The host has said that nobody listens there.
+    if (status == STAT_TIMEOUT || (status != STAT_SUCCESS && errno == ECONNREFUSED))
+        return fail("does not answer; check that SNMP is on, and the community name");
     if (status != STAT_SUCCESS || answer == nullptr) return fail("could not be asked");
     if (answer->errstat != SNMP_ERR_NOERROR)
         return fail(std::string("answers an error: ") + snmp_errstring(static_cast<int>(answer->errstat)));
 
-    PropertyList::Dictionary values;
-    for (const netsnmp_variable_list* v = answer->variables; v != nullptr; v = v->next_variable)
-        for (std::size_t i = 0; i < identifiers.size(); ++i)
-            if (std::ranges::equal(std::span(v->name, v->name_length), identifiers[i]))
-                if (auto value = valueOf(*v)) values.insert_or_assign(request.objects[i], *std::move(value));
+    PropertyList::Dictionary values = valuesIn(*answer, request.objects);
     if (values.size() < request.objects.size()) return fail("does not say what was asked");
     return values;
+}
+
+PropertyList::Dictionary readSNMPAnswer(std::string_view bytes, const std::vector<std::string>& objects) {
+    prepareLibrary();
+    const Message message(snmp_pdu_create(SNMP_MSG_RESPONSE));
+    std::string copy(bytes); // which the library may write to
+    std::size_t size = copy.size();
+    const bool isRead =
+        snmp_pdu_parse(message.get(), reinterpret_cast<u_char*>(copy.data()), &size) == SNMPERR_SUCCESS;
+    return isRead ? valuesIn(*message, objects) : PropertyList::Dictionary();
 }
 
 } // namespace platform

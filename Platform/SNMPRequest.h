@@ -7,6 +7,7 @@
 #include <chrono>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace platform {
@@ -22,11 +23,17 @@ struct SNMPRequest {
 };
 
 // Asks for the objects with one GetRequest of SNMP version 1 and blocks until the answer or the last try's
-// end. Answers the values under the identifiers as they were asked for: whole numbers as integers, octet
-// strings as text when they are UTF-8 and as data otherwise, object identifiers in dotted decimal. Nothing,
-// and a sentence for people in `problem`, when there is no answer or the agent does not know one of them.
+// end, and while a name is looked up. Only what comes from the agent's address and port, with the question's
+// request identifier, which is random, is an answer. Answers the values under the identifiers as they were
+// asked for: whole numbers as integers, octet strings as text when they are UTF-8 and as data otherwise,
+// object identifiers in dotted decimal. Nothing, and a sentence for people in `problem`, when there is no
+// answer or the agent does not know one of them.
 //
 // Reads no configuration of net-snmp's and writes no file. One thread at a time in a process.
 std::optional<PropertyList::Dictionary> getSNMPObjects(const SNMPRequest& request, Failure& problem);
+
+// The values of the objects that an answer's PDU (RFC 1157, section 4.1.3, in BER) has, as above; those that
+// it does not have, or that cannot be read, are not there.
+PropertyList::Dictionary readSNMPAnswer(std::string_view bytes, const std::vector<std::string>& objects);
 
 } // namespace platform

@@ -1,6 +1,6 @@
 #include "CommandFilter/Program/FilterMessages.h"
 
-#include "Common/Utilities/OneLine.h"
+#include "Formats/OneLine.h"
 #include "Formats/TextEncoding.h"
 
 #include <unistd.h>
@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kMaximumLine = 2046;
 
 void tell(std::string_view kind, const std::string& text) {
-    std::string line = std::string(kind) + ": " + onOneLine(text);
+    std::string line = std::string(kind) + ": " + platform::onOneLine(text);
     line = platform::prefixOfUTF8(line, kMaximumLine - 1);
     line += '\n';
     // A scheduler that reads no more has nobody to tell.

@@ -89,7 +89,8 @@ FetchResult fetchFromPrinter(FetchRequest request, std::vector<std::string>& tra
 
 } // namespace
 
-StatusAnswer askForDocument(const PrinterAddress& address, const Credentials& credentials) {
+StatusAnswer askForDocument(
+    const PrinterAddress& address, const Credentials& credentials, const KnownCertificates& certificates) {
     StatusAnswer answer;
     const std::string where = "The printer at " + address.shownURL;
     if (isAbsent(address, where, answer)) return answer;
@@ -101,7 +102,21 @@ StatusAnswer askForDocument(const PrinterAddress& address, const Credentials& cr
     request.maximumSize = platform::XMLDocument::kMaximumSize + 1;
     request.maximumTime = kMaximumTime;
     request.followsRedirects = false;
+    CertificateVerdict verdict;
+    request.examineCertificate = [&](const std::string& server, const std::string& fingerprint) {
+        verdict = certificates.examine(server, fingerprint);
+        return verdict.refusal;
+    };
     const FetchResult result = fetchFromPrinter(std::move(request), answer.trace);
+    if (verdict.refusal) {
+        answer.isOther = verdict.isOther;
+        answer.problem = where + " was not asked: " + *verdict.refusal + '.';
+        return answer;
+    }
+    if (!result.uncheckedCertificate.empty())
+        answer.trace.push_back(
+            "Its certificate is one that nobody vouches for, with the SHA-256 fingerprint " +
+            result.uncheckedCertificate + ".");
     answer.trace.push_back(address.shownURL + " answered HTTP " + std::to_string(result.status) + " with " +
                            std::to_string(result.bytes.size()) + " bytes");
     if (result.bytes.empty() && result.status == 0) {

@@ -1,6 +1,7 @@
 // The questions that the command filter asks a printer. They write nothing anywhere: whoever asks, tells.
 #pragma once
 
+#include "CommandFilter/Program/KnownCertificates.h"
 #include "CommandFilter/Program/PrinterAddress.h"
 #include "CommandFilter/TicketVocabulary.h"
 
@@ -18,6 +19,8 @@ struct StatusAnswer {
     std::string problem;
     // Not even a refusal came.
     bool isOffline = false;
+    // It shows another certificate than the one that is remembered, so it was not asked.
+    bool isOther = false;
     // What happened on the way, for a log: sentences without passwords.
     std::vector<std::string> trace;
 };
@@ -30,9 +33,12 @@ struct Credentials {
 // Fetches and reads the status document. Its host is contacted first (Common/Utilities/HostContact.h); when
 // that is not there, nothing is fetched.
 //
+// A certificate that nobody vouches for is taken when it is the one that is remembered, or the first.
+//
 // Blocks, for at most half a minute and as long as the resolver takes for the host's name; for an absent
 // printer that has an address, for four seconds.
-StatusAnswer askForDocument(const PrinterAddress& address, const Credentials& credentials);
+StatusAnswer askForDocument(const PrinterAddress& address, const Credentials& credentials,
+    const KnownCertificates& certificates = KnownCertificates());
 
 // Asks the SNMP agent for the job-accounting object, in one community of the scheduler's configuration after
 // the other. Blocks, for three seconds a community.

@@ -1,6 +1,7 @@
 // commandtoorvan: the command filter of Orvan printers, run by the print scheduler as filter(7) says.
 #include "CommandFilter/Program/CommandFilter.h"
 #include "CommandFilter/Program/FilterMessages.h"
+#include "CommandFilter/Program/KnownCertificates.h"
 
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -14,10 +15,12 @@
 #include <iostream>
 #include <iterator>
 #include <optional>
+#include <string_view>
 
 namespace {
 
 constexpr int kUsageError = 1;
+constexpr std::string_view kAccept = "--accept-certificate";
 
 // A command file has a line a command.
 constexpr std::size_t kMaximumJob = std::size_t{1} << 20U;
@@ -54,9 +57,12 @@ void refuseCoreFiles() {
 // Whatever happens to the job's questions, the exit code is 0: the scheduler would keep a job of a failed
 // filter, and each later question would wait for it.
 int main(int count, char** arguments) {
+    if (count == 3 && std::string_view(arguments[1]) == kAccept)
+        return orvan::acceptCertificate(arguments[2]);
     if (count < 6 || count > 7) {
-        std::cerr << "ERROR: commandtoorvan is a filter of the print scheduler: commandtoorvan job-id user "
-                     "title copies options [file]\n";
+        std::cerr
+            << "ERROR: commandtoorvan is a filter of the print scheduler: commandtoorvan job-id user "
+               "title copies options [file]; for root: commandtoorvan --accept-certificate HOST[:PORT]\n";
         return kUsageError;
     }
     refuseCoreFiles();

@@ -149,7 +149,7 @@ std::string overHTTPS(std::string url) {
 }
 
 Outcome withoutURL() {
-    return {{{}, 0, "there is no URL", {}}, std::nullopt};
+    return {{{}, 0, "there is no URL", {}, {}}, std::nullopt};
 }
 
 Outcome fetchOverTLS(const FetchRequest& request, Clock::time_point deadline) {
@@ -158,8 +158,17 @@ Outcome fetchOverTLS(const FetchRequest& request, Clock::time_point deadline) {
     // makes no difference here when the credentials join the request, only how the stream is read.
     std::int32_t version = kTenFive;
     platform::Gestalt(platform::kGestaltSystemVersion, &version);
-    const Way way{{false, false}, false, version < kTenFive};
+    std::string certificate;
+    platform::Failure refusal;
+    const auto takes = [&](const std::string& server, const std::string& fingerprint) {
+        certificate = fingerprint;
+        if (request.examineCertificate) refusal = request.examineCertificate(server, fingerprint);
+        return !refusal;
+    };
+    const Way way{{false, false, takes}, false, version < kTenFive};
     Outcome outcome = Fetch(request, deadline).run(overHTTPS(*request.url), way);
+    outcome.result.uncheckedCertificate = certificate;
+    if (refusal) outcome.result.problem = *refusal;
     outcome.overTLS = true;
     return outcome;
 }

@@ -9,9 +9,12 @@
 // is dropped.
 #pragma once
 
+#include "Formats/Failure.h"
+
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -25,13 +28,19 @@ struct FetchRequest {
     std::size_t maximumSize = std::size_t{16} << 20U; // bytes
     std::chrono::milliseconds maximumTime = std::chrono::minutes{2};
     bool followsRedirects = true;
+    // Asked before anything is sent, when the fetch is made without checks: why the certificate of the server
+    // ("host:port"), by its SHA-256 fingerprint ("AB:CD:..."), is not taken. Nothing takes it, and so does no
+    // function.
+    std::function<platform::Failure(const std::string& server, const std::string& fingerprint)>
+        examineCertificate = nullptr;
 };
 
 struct FetchResult {
-    std::string bytes;    // the body as far as it came, whatever the status
-    long status = 0;      // of the last response, RFC 9110 section 15; 0 when there was none
-    std::string problem;  // for people, a clause; empty when the whole answer came
-    std::string redirect; // the URL that a redirect leads to which was not followed
+    std::string bytes;                // the body as far as it came, whatever the status
+    long status = 0;                  // of the last response, RFC 9110 section 15; 0 when there was none
+    std::string problem;              // for people, a clause; empty when the whole answer came
+    std::string redirect;             // the URL that a redirect leads to which was not followed
+    std::string uncheckedCertificate; // the fingerprint of the one that nobody vouches for; "" for none
 };
 
 FetchResult fetchDocument(const FetchRequest& request);

@@ -1,7 +1,7 @@
 #include "Orvan/Doctor/Checkup.h"
 #include "Orvan/PropertyListJson.h"
 
-#include "Common/Utilities/OneLine.h"
+#include "Formats/OneLine.h"
 
 #include <nlohmann/json.hpp>
 
@@ -36,9 +36,9 @@ void writeLine(const std::string& station, const Finding& finding) {
     const std::string verdict = word.text;
     std::cout << colored(verdict, word.color, isDecorated(STDOUT_FILENO))
               << std::string(kVerdictWidth - verdict.size(), ' ') << std::left << std::setw(kStationWidth)
-              << station << onOneLine(finding.found);
+              << station << platform::onOneLine(finding.found);
     if (!finding.mend.empty())
-        std::cout << (finding.found.ends_with(".)") ? " " : ". ") << onOneLine(finding.mend);
+        std::cout << (finding.found.ends_with(".)") ? " " : ". ") << platform::onOneLine(finding.mend);
     std::cout << std::endl;
 }
 

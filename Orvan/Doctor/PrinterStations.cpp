@@ -68,6 +68,7 @@ Finding QueueCheckup::examineDocument() const {
     if (!address_) return notChecked(kNeedsAddress);
     if (!isThere_) return notChecked("the printer has to be there first");
     const StatusAnswer answer = askForDocument(*address_, storedCredentials());
+    if (answer.isOther) return problem("the printer shows another certificate than before", answer.problem);
     if (!answer.ticket) return problem("the printer gives no status document", answer.problem);
     return ok("fetched and read: " + contentsOf(*answer.ticket));
 }

@@ -92,7 +92,16 @@ TEST(OVOVGParser, ReadsCustomPaperTypesAndStoredJobs) {
 
 TEST(OVOVGParser, LogsStoredJobs) {
     logLines.clear();
-    ticketOf(printer("storedJobs", "<a b='c'/><personalJobs>x</personalJobs>"));
+    unsetenv("ORVAN_TRACE");
+    const std::string jobs = printer("storedJobs", "<a b='c'/><personalJobs>x</personalJobs>");
+    ticketOf(jobs);
+    EXPECT_EQ(logLines, (std::vector<std::string>{"orvan: saved job (not shown without ORVAN_TRACE)",
+                            "orvan: child job (not shown without ORVAN_TRACE)",
+                            "orvan: child job (not shown without ORVAN_TRACE)"}));
+    logLines.clear();
+    setenv("ORVAN_TRACE", "1", 1);
+    ticketOf(jobs);
+    unsetenv("ORVAN_TRACE");
     EXPECT_EQ(
         logLines, (std::vector<std::string>{
                       "orvan: saved job <printer><a b=\"c\"/><personalJobs>x</personalJobs></printer>",

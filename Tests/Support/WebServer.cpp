@@ -5,6 +5,8 @@
 
 #include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
 #include <stdexcept>
 
 namespace orvan {
@@ -15,7 +17,7 @@ constexpr const char* kConfiguration = R"(
 daemon off; master_process off; pid nginx.pid; error_log error.log;
 events {}
 http {
-    access_log off;
+    log_format brief "$request $remote_user"; access_log requests.log brief;
     client_body_temp_path body; proxy_temp_path proxy; fastcgi_temp_path fastcgi; uwsgi_temp_path uwsgi;
     scgi_temp_path scgi;
     server {
@@ -49,15 +51,35 @@ WebServer::WebServer(const std::string& document) {
     std::string configuration = kConfiguration;
     replace(configuration, "$MODERN", modernPort_);
     replace(configuration, "$OLD", oldPort_);
-    const std::string file = folder_.write("nginx.conf", configuration);
+    folder_.write("nginx.conf", configuration);
     folder_.write("users", "user:{PLAIN}secret\n");
     folder_.write("documents/status.xml", document);
+    serve();
+}
+
+void WebServer::becomeAnother() {
+    process_.reset();
+    std::filesystem::remove(folder_.path() / "requests.log");
+    serve();
+}
+
+void WebServer::serve() {
     certify("modern", "rsa:2048");
     certify("old", "rsa:1024");
     const std::string prefix = folder_.path();
+    const std::string file = prefix + "/nginx.conf";
     process_ = std::make_unique<BackgroundProcess>(
         std::vector<std::string>{kNginx, "-p", prefix, "-c", file, "-e", prefix + "/error.log"});
     waitUntilServing();
+}
+
+std::string WebServer::log() const {
+    std::ifstream stream(folder_.path() / "requests.log");
+    std::string log;
+    // What waitUntilServing asks is not counted.
+    for (std::string line; std::getline(stream, line);)
+        if (!line.ends_with("HTTP/1.1 -")) log += line + '\n';
+    return log;
 }
 
 std::string WebServer::modern() const {

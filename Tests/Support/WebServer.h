@@ -24,7 +24,14 @@ public:
     // document.
     std::string old(const std::string& path) const;
 
+    // The same documents, places and users behind certificates of another key, as somebody else would have it
+    // who takes the server's address.
+    void becomeAnother();
+    // The requests of the present server.
+    std::string log() const;
+
 private:
+    void serve();
     void certify(const std::string& name, const std::string& key) const;
     void waitUntilServing() const;
 

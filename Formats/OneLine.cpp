@@ -1,9 +1,9 @@
-#include "Common/Utilities/OneLine.h"
+#include "Formats/OneLine.h"
 
 #include <algorithm>
 #include <array>
 
-namespace orvan {
+namespace platform {
 namespace {
 
 constexpr unsigned char kDelete = 0x7F;
@@ -45,4 +45,4 @@ std::string onOneLine(std::string_view text) {
     return line;
 }
 
-} // namespace orvan
+} // namespace platform

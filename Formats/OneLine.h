@@ -4,10 +4,10 @@
 #include <string>
 #include <string_view>
 
-namespace orvan {
+namespace platform {
 
 // The UTF-8 text with a space for each control character (C0, DEL and C1) and each bidirectional override or
 // isolate, so that it cannot break a line or a table, steer the terminal, or show words in another order.
 std::string onOneLine(std::string_view text);
 
-} // namespace orvan
+} // namespace platform
