@@ -36,15 +36,10 @@ constexpr std::size_t kCapacityStep = 2048;
 // Most responses never outgrow it.
 constexpr std::size_t kFirstReserve = std::size_t{96} * 1024;
 
-thread_local const PpdxMessages::Sink* messages = nullptr; // null is standard error
-
 void reportZlib(const char* function, int code, const char* message) {
     const std::string line = std::string("ERROR: ") + function + " returned " + std::to_string(code) + " (" +
                              (message != nullptr ? message : "(null)") + ")";
-    if (messages != nullptr)
-        (*messages)(line);
-    else
-        std::fprintf(stderr, "%s\n", line.c_str());
+    if (!PpdxMessages::take(line)) std::fprintf(stderr, "%s\n", line.c_str());
 }
 
 // The name and one number; the keyword of an entry. Keeps the name and rewrites the digits only.
@@ -308,12 +303,6 @@ private:
 };
 
 } // namespace
-
-PpdxMessages::PpdxMessages(Sink sink) : sink_(std::move(sink)), before_(std::exchange(messages, &sink_)) {}
-
-PpdxMessages::~PpdxMessages() {
-    messages = before_;
-}
 
 void ppdxWriteData(const char* name, const void* data, std::size_t size) {
     ppdxWriteDataToDescriptor(STDERR_FILENO, name, data, size);

@@ -7,9 +7,10 @@
 // the value "" (two quote characters) ends the sequence.
 #pragma once
 
+#include "Formats/MessageSink.h"
+
 #include <cstddef>
 #include <cstdlib>
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -34,21 +35,8 @@ void ppdxWriteData(const char* name, const void* data, std::size_t size);
 // to standard error. False, and errno says why, when a line could not be written; the rest is left out then.
 bool ppdxWriteDataToDescriptor(int descriptor, const char* name, const void* data, std::size_t size);
 
-// Where this thread's messages go while it exists, each without its line end, instead of to standard error.
-// The newest counts.
-class PpdxMessages {
-public:
-    using Sink = std::function<void(const std::string&)>;
-
-    explicit PpdxMessages(Sink sink);
-    PpdxMessages(const PpdxMessages&) = delete;
-    PpdxMessages& operator=(const PpdxMessages&) = delete;
-    ~PpdxMessages();
-
-private:
-    Sink sink_;
-    const Sink* before_;
-};
+// Takes this thread's messages while it exists, instead of standard error.
+using PpdxMessages = platform::MessageSink<struct PpdxReader>;
 
 // Looks an entry up: its value, zero-terminated and valid until the next call, or null when there is no such
 // entry. `source` is whatever the reader was given.

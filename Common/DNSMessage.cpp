@@ -15,8 +15,12 @@ constexpr std::size_t kSRVDataBeforeTarget = 6;
 
 constexpr const char* kRanOff = "decode error, ran off the buffer";
 
+void say(const char* message) {
+    if (!DNSMessages::take(message)) std::puts(message);
+}
+
 int fail(int code, const char* message) {
-    std::puts(message);
+    say(message);
     return code;
 }
 
@@ -31,7 +35,7 @@ struct Record {
 // Leaves the position at the data when the record has so much as a length of them.
 RecordFault readRecord(std::size_t* position, DNSBytes message, Record* record) {
     if (*position >= message.size()) {
-        std::puts(kRanOff);
+        say(kRanOff);
         return RecordFault::outside;
     }
     if (decode_name(position, message, nullptr) != 0) return RecordFault::name;
@@ -40,7 +44,7 @@ RecordFault readRecord(std::size_t* position, DNSBytes message, Record* record) 
     constexpr std::size_t kClassAndTime = 6;
     DNSCursor cursor(message, *position);
     if (cursor.left() < kLeast) {
-        std::puts("decode error, packet too short for type, class, ttl, and length");
+        say("decode error, packet too short for type, class, ttl, and length");
         return RecordFault::tooShort;
     }
     record->type = cursor.number().value_or(0);
@@ -50,7 +54,7 @@ RecordFault readRecord(std::size_t* position, DNSBytes message, Record* record) 
     const std::optional<DNSBytes> data = cursor.bytes(length);
     const bool isWhole = data && (record->type != kDNSTypeSRV || length >= kSRVDataBeforeTarget);
     if (!isWhole) {
-        std::puts("decode error, packet too short for reported rr length");
+        say("decode error, packet too short for reported rr length");
         return RecordFault::data;
     }
     record->data = *data;
@@ -135,7 +139,8 @@ int skip_question(std::size_t* position, DNSBytes message) {
     constexpr std::size_t kTypeAndClass = 4;
     DNSCursor cursor(message, *position);
     if (!cursor.bytes(kTypeAndClass)) {
-        std::fputs("decode error, packet too short for type and class", stdout);
+        constexpr const char* kMessage = "decode error, packet too short for type and class";
+        if (!DNSMessages::take(kMessage)) std::fputs(kMessage, stdout);
         return kQuestionTooShort;
     }
     *position = cursor.position();

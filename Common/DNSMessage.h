@@ -1,18 +1,23 @@
 // The parts of a DNS message: names and questions (RFC 1035), SRV records (RFC 2782), TXT records.
 //
 // Every reader gets the whole message and the position, a byte's number in it, at which its part begins, and
-// leaves the position behind the part. It answers 0 or what is wrong; then it has said so in a line on
-// standard output, and the position is where the reading had come to. No reader looks outside the message,
-// whatever the position, and each takes a time that the message's size bounds. Callable from any thread.
+// leaves the position behind the part. It answers 0 or what is wrong; then it has said so in a line (to
+// DNSMessages, or on standard output), and the position is where the reading had come to. No reader looks
+// outside the message, whatever the position, and each takes a time that the message's size bounds. Callable
+// from any thread.
 #pragma once
 
 #include "Common/DNSCursor.h"
+#include "Formats/MessageSink.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
 namespace orvan {
+
+// Takes this thread's messages while it exists, instead of standard output.
+using DNSMessages = platform::MessageSink<struct DNSReader>;
 
 inline constexpr std::size_t kDNSHeaderSize = 12;
 inline constexpr std::uint16_t kDNSClassIN = 1;

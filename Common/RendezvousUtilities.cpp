@@ -4,6 +4,7 @@
 #include "Platform/FileDescriptor.h"
 #include "Platform/Gestalt.h"
 #include "Platform/HostLookup.h"
+#include "Platform/LinkDatagram.h"
 
 #include <arpa/inet.h>
 #include <arpa/nameser.h>
@@ -125,9 +126,10 @@ private:
             const int ready = ::poll(&waiting, 1, static_cast<int>(std::min(left, kWait).count()));
             if (ready < 0) return ready;
             if (ready == 0) return std::nullopt;
-            const ssize_t length = ::recv(socket_.get(), answer_.data(), answer_.size(), 0);
-            if (length <= 0) return -1;
-            if (isAnswer(static_cast<std::size_t>(length))) return static_cast<int>(length);
+            const auto length = platform::receiveFromLink(socket_.get(), kPort, answer_);
+            if (!length) continue; // anybody's
+            if (*length <= 0) return -1;
+            if (isAnswer(static_cast<std::size_t>(*length))) return static_cast<int>(*length);
         }
     }
 

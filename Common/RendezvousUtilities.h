@@ -25,8 +25,9 @@ inline constexpr std::chrono::seconds kMaximumMulticastTime{6};
 // the C library's resolver reads, so a dot or backslash inside a label has a backslash before it. Names under
 // "local" are asked for on every IPv4 interface that is marked for multicast and is not point-to-point, three
 // times; all others, and all on releases whose own resolver knows "local" (10.2.3), go to res_query(3) and
-// what it answers is answered; that may be more than the buffer's size. The answer's questions are those of
-// the query; nothing else is checked.
+// what it answers is answered; that may be more than the buffer's size. An answer by multicast comes from the
+// port of multicast DNS and an address on the link, and its questions are those of the query; nothing else is
+// checked.
 int mDNS_res_query(const char* name, int queryClass, int type, std::span<std::uint8_t> answer);
 
 // The host's IPv4 address in dotted form, or the host as it was when it has none. No host, no result. Of

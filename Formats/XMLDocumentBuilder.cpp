@@ -26,6 +26,9 @@ public:
     }
 
     std::shared_ptr<const XMLDocument> build(std::string_view bytes, std::string& error) {
+        // XML 1.0 appendix F.1: UTF-16, with a byte order mark or without
+        isUTF8_ =
+            bytes.substr(0, 2).find_first_of(std::string_view("\0\xFE\xFF", 3)) == std::string_view::npos;
         const auto status = XML_Parse(parser_, bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
         if (status != XML_STATUS_OK && error_.empty()) fail(XML_ErrorString(XML_GetErrorCode(parser_)));
         if (!error_.empty()) {
@@ -51,7 +54,7 @@ private:
     }
     static void XMLCALL onComment(void* self, const XML_Char* text) { of(self).comment(text); }
     static void XMLCALL onDeclaration(void* self, const XML_Char*, const XML_Char* encoding, int) {
-        of(self).isLatin1_ = encoding != nullptr && strcasecmp(encoding, "ISO-8859-1") == 0;
+        if (encoding != nullptr && strcasecmp(encoding, "UTF-8") != 0) of(self).isUTF8_ = false;
     }
     static void XMLCALL onDoctype(
         void* self, const XML_Char*, const XML_Char*, const XML_Char*, int hasInternalSubset) {
@@ -73,12 +76,12 @@ private:
 
     // Of the characters up to the space, a document can have only white space (XML 1.0 section 2.2).
     static bool isWhiteSpace(char c) { return static_cast<unsigned char>(c) <= ' '; }
-    // Expat takes three letters of ISO 8859-1 in names that XML 1.0 section 2.3 does not: U+00AA, U+00B5 and
-    // U+00BA. In UTF-8 it knows better.
+    // In other encodings than UTF-8, expat takes three characters in names that XML 1.0 section 2.3 does not:
+    // U+00AA, U+00B5 and U+00BA.
     bool isName(std::string_view name) const {
-        return !isLatin1_ || (name.find("\xC2\xAA") == std::string_view::npos &&
-                                 name.find("\xC2\xB5") == std::string_view::npos &&
-                                 name.find("\xC2\xBA") == std::string_view::npos);
+        return isUTF8_ || (name.find("\xC2\xAA") == std::string_view::npos &&
+                              name.find("\xC2\xB5") == std::string_view::npos &&
+                              name.find("\xC2\xBA") == std::string_view::npos);
     }
     static std::uint32_t small(std::size_t value) { return static_cast<std::uint32_t>(value); }
 
@@ -176,7 +179,7 @@ private:
     std::vector<std::uint32_t> open_; // the elements that are not closed yet
     std::size_t textStart_ = 0; // of the characters that are no node yet, the last of the document's texts
     bool textIsBlank_ = true;
-    bool isLatin1_ = false; // as it declares itself
+    bool isUTF8_ = true;
 };
 
 std::shared_ptr<const XMLDocument> XMLDocument::parse(std::string_view bytes, Failure& error) {

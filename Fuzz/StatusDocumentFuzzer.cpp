@@ -18,6 +18,7 @@ void promise(bool kept) {
 
 // Without the system log.
 extern "C" void syslog(int, const char*, ...) {}
+extern "C" void __syslog_chk(int, int, const char*, ...) {} // NOLINT(bugprone-reserved-identifier)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto parser = OVOVGParser::initWithData({reinterpret_cast<const char*>(data), size});

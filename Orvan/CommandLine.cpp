@@ -4,8 +4,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <map>
 #include <string>
 #include <utility>
@@ -14,7 +14,7 @@
 namespace orvan {
 
 int cannot(const std::string& message) {
-    std::fprintf(stderr, "orvan: %s\n", message.c_str());
+    std::cerr << "orvan: " + message + '\n';
     return kNotDone;
 }
 

@@ -5,7 +5,7 @@
 #include "Common/Utilities/URIParts.h"
 #include "Orvan/Commands.h"
 #include "Orvan/CommonOptions.h"
-#include "Orvan/OutputGuard.h"
+#include "Orvan/DiscoveryMessages.h"
 #include "Orvan/PropertyListJson.h"
 #include "Orvan/SchedulerPatience.h"
 #include "Orvan/Terminal.h"
@@ -38,10 +38,10 @@ std::optional<std::string> deviceOf(const std::string& queue, platform::Failure&
 }
 
 std::optional<std::string> lookUp(const std::string& device) {
-    const OutputGuard guard; // from what discovery says of damaged replies
+    const DiscoveryMessages messages;
     ProgressLine line;
     line.show("Looking for the printer");
-    return printerURLForDeviceURI(device);
+    return reachableURLForDeviceURI(device);
 }
 
 int showURL(const Arguments& arguments) {

@@ -10,7 +10,7 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdio>
+#include <iostream>
 
 namespace orvan {
 namespace {
@@ -58,7 +58,7 @@ std::optional<std::string> askForPassword(const std::string& question) {
     if (tcgetattr(STDIN_FILENO, &shown) != 0) return std::nullopt;
     for (;;) {
         const SilentTerminal silence(shown);
-        std::fprintf(stderr, "%s", question.c_str());
+        std::cerr << question << std::flush;
         if (!silence.waitForLine()) continue;
         std::array<char, kLongestLine> line{};
         const ssize_t size = read(STDIN_FILENO, line.data(), line.size());

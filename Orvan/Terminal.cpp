@@ -7,8 +7,8 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <string_view>
 
 namespace orvan {
@@ -47,8 +47,7 @@ void ProgressLine::show(const std::string& text) {
     if (width_ == 0 || (text.empty() && shownWidth == 0)) return;
     const std::string line(platform::prefixOfUTF8(platform::onOneLine(text), width_));
     const std::string blanks(shownWidth - std::min(shownWidth, line.size()), ' ');
-    std::fprintf(stderr, "\r%s%s%s", line.c_str(), blanks.c_str(), line.empty() ? "\r" : "");
-    std::fflush(stderr);
+    std::cerr << '\r' + line + blanks + (line.empty() ? "\r" : "") << std::flush;
     shownWidth = line.size();
 }
 

@@ -1,6 +1,7 @@
 #include "Orvan/Command.h"
 #include "Orvan/CommandLine.h"
 #include "Orvan/Interruption.h"
+#include "Orvan/TerminalEncoding.h"
 
 #include <poll.h>
 #include <unistd.h>
@@ -21,6 +22,8 @@ bool hasNoReader() {
 
 int main(int argc, char** argv) {
     std::setlocale(LC_ALL, "");
+    const orvan::TerminalEncoding output(std::cout, STDOUT_FILENO);
+    const orvan::TerminalEncoding errors(std::cerr, STDERR_FILENO);
     try {
         const int code = orvan::runCommandLine(argc, argv, ORVAN_VERSION);
         std::cout.flush();

@@ -7,6 +7,17 @@ add_library(OrvanFlags INTERFACE)
 # What a shared object needs is what it calls, not what its rooms may call: applications open them.
 target_link_options(OrvanFlags INTERFACE -Wl,--as-needed)
 target_compile_options(OrvanFlags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+# As distributions harden their packages: whatever is compiled here has it, in builds that people run.
+if(CMAKE_BUILD_TYPE MATCHES "Rel" AND NOT ORVAN_FUZZ)
+    target_compile_options(OrvanFlags INTERFACE -fstack-protector-strong -fstack-clash-protection -Wformat
+        -Werror=format-security -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|i.86")
+        target_compile_options(OrvanFlags INTERFACE -fcf-protection)
+    elseif(CMAKE_SYSTEM_PROCESSOR STREQUAL "aarch64")
+        target_compile_options(OrvanFlags INTERFACE -mbranch-protection=standard)
+    endif()
+    target_link_options(OrvanFlags INTERFACE -Wl,-z,relro -Wl,-z,now)
+endif()
 if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # A source that is compiled together with others is taken for a header.
     target_compile_options(OrvanFlags INTERFACE -Wno-subobject-linkage)

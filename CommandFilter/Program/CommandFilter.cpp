@@ -6,6 +6,7 @@
 #include "CommandFilter/Program/PrinterLevels.h"
 #include "CommandFilter/Program/StatusQuery.h"
 #include "Common/CommandJob.h"
+#include "Common/DNSMessage.h"
 #include "Platform/LogLimit.h"
 
 #include <strings.h>
@@ -121,6 +122,13 @@ bool answerFromAgent(const Commands& commands, const PrinterAddress& address, co
     return false;
 }
 
+// What discovery says of damaged replies is for the scheduler's log.
+AddressSearch findAddress(const FilterCall& call, ppd_file_t* ppd) {
+    platform::LogLimit log(tellDebug);
+    const DNSMessages messages([&log](const std::string& message) { log.write(message); });
+    return findPrinterAddress(call.deviceURI, ppd);
+}
+
 } // namespace
 
 void runCommandFilter(const FilterCall& call) {
@@ -131,7 +139,7 @@ void runCommandFilter(const FilterCall& call) {
 
     const std::unique_ptr<ppd_file_t, ClosePPD> ppd(
         call.ppdFile.empty() ? nullptr : ppdOpenFile(call.ppdFile.c_str()));
-    const auto [address, problem, isNotOnNetwork] = findPrinterAddress(call.deviceURI, ppd.get());
+    const auto [address, problem, isNotOnNetwork] = findAddress(call, ppd.get());
     if (isNotOnNetwork) return tellDebug("this queue's device has no network address");
     if (!address) return tellError(problem);
 

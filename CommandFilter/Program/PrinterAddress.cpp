@@ -73,12 +73,6 @@ std::string schemeOf(const std::string& uri) {
     return uri.substr(0, uri.find(':'));
 }
 
-bool isLocalName(std::string_view host) {
-    if (host.ends_with('.')) host.remove_suffix(1);
-    return host.ends_with(".local") || host.find_first_not_of("0123456789.") == std::string_view::npos ||
-           host.find(':') != std::string_view::npos;
-}
-
 // One at a path of the device's host.
 AddressSearch addressOfPath(const std::string& deviceURI, const std::string& path) {
     const std::optional<URIParts> device = separateURI(deviceURI);
@@ -95,9 +89,9 @@ AddressSearch addressOfPath(const std::string& deviceURI, const std::string& pat
         return {std::nullopt, "This queue prints through a queue of another print server, " + device->host +
                                   ", which knows the printer. Ask there (orvan status -H " + device->host +
                                   "), or give the queue the printer's own address as its device."};
-    const std::optional<std::string> base = printerURLForDeviceURI(deviceURI);
+    const std::optional<std::string> base = reachableURLForDeviceURI(deviceURI);
     const std::optional<URIParts> server = base ? separateURI(*base) : std::nullopt;
-    if (!server || (scheme == "dnssd" && !isLocalName(server->host)))
+    if (!server)
         return {std::nullopt, "The printer cannot be asked for its status, because it is a discovered "
                               "printer that does not answer "
                               "now, or its device has no host. Give the queue the printer's address as its "

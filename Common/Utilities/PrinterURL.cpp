@@ -6,6 +6,7 @@
 #include "Formats/TextEncoding.h"
 
 #include <arpa/inet.h>
+#include <strings.h>
 
 #include <algorithm>
 #include <array>
@@ -53,6 +54,23 @@ std::optional<std::string> urlOfHost(const std::string& host) {
     return std::string(kScheme) + host;
 }
 
+bool isService(std::string_view host) {
+    return host.find("._tcp.") != std::string_view::npos || host.find("._udp.") != std::string_view::npos;
+}
+
+bool isAddress(const std::string& host) {
+    in6_addr address{};
+    return ::inet_pton(AF_INET, host.c_str(), &address) == 1 ||
+           ::inet_pton(AF_INET6, host.substr(0, host.find('%')).c_str(), &address) == 1;
+}
+
+bool isUnderLocal(std::string_view host) {
+    if (host.ends_with('.')) host.remove_suffix(1);
+    constexpr std::string_view kLocal = ".local";
+    return host.size() > kLocal.size() &&
+           ::strcasecmp(std::string(host.substr(host.size() - kLocal.size())).c_str(), kLocal.data()) == 0;
+}
+
 } // namespace
 
 std::optional<std::string> serviceHostInAnswer(DNSBytes message) {
@@ -77,6 +95,17 @@ std::optional<std::string> serviceHostInAnswer(DNSBytes message) {
 std::optional<std::string> printerURLForDeviceURI(const std::string& deviceURI) {
     const std::optional<URIParts> device = separateURI(deviceURI);
     return device ? urlOfHost(CheckForLocalHost(*device)) : std::nullopt;
+}
+
+std::optional<std::string> reachableURLForDeviceURI(const std::string& deviceURI) {
+    const std::optional<URIParts> device = separateURI(deviceURI);
+    std::optional<std::string> url = printerURLForDeviceURI(deviceURI);
+    const std::optional<URIParts> found = url ? separateURI(*url) : std::nullopt;
+    if (!device || !found) return std::nullopt;
+    if (device->scheme != "dnssd" && !isService(device->host)) return url;
+    const bool isKept = found->host == device->host && isAddress(found->host);
+    if (!isKept && (isService(found->host) || !isUnderLocal(found->host))) return std::nullopt;
+    return url;
 }
 
 std::optional<std::string> GetPrinterURL(const platform::PMPrinter& printer) {

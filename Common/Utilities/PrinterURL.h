@@ -22,6 +22,10 @@ std::optional<std::string> GetPrinterURL(const platform::PMPrinter& printer);
 // The same for a device URI, whose percent escapes stand for the characters that they are.
 std::optional<std::string> printerURLForDeviceURI(const std::string& deviceURI);
 
+// The same for who is about to ask the printer: nothing as well for a discovered printer that nobody speaks
+// for now, or whose host is not under "local", where alone multicast DNS has a say (RFC 6762, section 3).
+std::optional<std::string> reachableURLForDeviceURI(const std::string& deviceURI);
+
 // The target of a DNS message's first answer, as it stands there, with its final dot ("printer.local.").
 // Nothing when that is no SRV record or no ASCII, or when the message cannot be read as far.
 std::optional<std::string> serviceHostInAnswer(DNSBytes message);

@@ -3,8 +3,8 @@
 #include "CommandFilter/Program/StatusQuery.h"
 #include "Common/Utilities/HostContact.h"
 #include "Common/Utilities/URIParts.h"
+#include "Orvan/DiscoveryMessages.h"
 #include "Orvan/Doctor/QueueCheckup.h"
-#include "Orvan/OutputGuard.h"
 #include "Platform/UserDefaults.h"
 
 #include <array>
@@ -42,7 +42,7 @@ std::string contentsOf(const Ticket& ticket) {
 } // namespace
 
 Finding QueueCheckup::examineAddress() {
-    const OutputGuard guard; // from what discovery says of damaged replies
+    const DiscoveryMessages messages;
     AddressSearch search = findPrinterAddress(queue_->deviceURI, ppd_->record());
     address_ = std::move(search.address);
     if (!address_) return problem("the device " + queue_->deviceURI + " leads to no printer", search.problem);

@@ -1,26 +1,24 @@
 #include "PrintDialog/Host/InstalledFiles.h"
 
 #include <dlfcn.h>
+#include <sys/auxv.h>
 
 #include <system_error>
 
 namespace orvan {
 
 std::filesystem::path privateFolder() {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(&privateFolder), &info) == 0 || info.dli_fname == nullptr)
-        return {};
     std::error_code status;
-    // A program knows itself by the name it was started with; the kernel knows better.
-    std::filesystem::path self = std::filesystem::canonical(info.dli_fname, status);
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", status);
-    if (self.extension() != ".so") self = program;
-
-    for (std::filesystem::path folder = self.parent_path();; folder = folder.parent_path()) {
-        std::filesystem::path candidate = folder / "lib" / "orvan";
-        if (std::filesystem::is_directory(candidate, status)) return candidate;
-        if (folder == folder.parent_path()) return {};
-    }
+    Dl_info self{};
+    Dl_info program{};
+    const auto* const headers = reinterpret_cast<const void*>(getauxval(AT_PHDR));
+    if (dladdr(reinterpret_cast<const void*>(&privateFolder), &self) == 0 || dladdr(headers, &program) == 0)
+        return {};
+    if (self.dli_fbase != program.dli_fbase)
+        return std::filesystem::canonical(self.dli_fname, status).parent_path();
+    // The kernel knows the program's place; its own name for itself is whatever it was started with.
+    const auto folder = std::filesystem::read_symlink("/proc/self/exe", status).parent_path();
+    return (folder / ORVAN_PRIVATE_FROM_PROGRAM).lexically_normal();
 }
 
 std::filesystem::path paperOptionsBundleFolder() {

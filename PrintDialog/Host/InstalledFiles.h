@@ -5,9 +5,10 @@
 
 namespace orvan {
 
-// The folder lib/orvan of the tree that the running code belongs to: found from the place of the shared
-// object or program that contains the caller, so that an installed tree, a build tree and a copy of either
-// all work.
+// The folder lib/orvan of the tree that the running code belongs to, an installed one or a build tree: where
+// the shared object is that contains the caller, or, for a program, in the one place beside its own folder
+// that the build has fixed. Nothing is searched for, and the working directory and the environment have no
+// say.
 std::filesystem::path privateFolder();
 
 // The plug-in bundle in it.

@@ -2,7 +2,7 @@
 #include "CommandFilter/OVCPSSParser.h"
 #include "CommandFilter/OVSNMPParser.h"
 #include "Orvan/PropertyListJson.h"
-#include "Tests/Common/SystemLog.h"
+#include "Tests/Support/SystemLog.h"
 
 #include <gtest/gtest.h>
 

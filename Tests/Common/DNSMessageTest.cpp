@@ -86,6 +86,22 @@ TEST(DNSMessage, decodesNames) {
     }
 }
 
+TEST(DNSMessage, saysWhatIsWrongToWhoeverListens) {
+    std::vector<std::string> said;
+    testing::internal::CaptureStdout();
+    {
+        const DNSMessages outer([&said](const std::string& message) { said.push_back("outer " + message); });
+        std::size_t position = 0;
+        skip_question(&position, bytes(name("a.") + "12"));
+        const DNSMessages inner([&said](const std::string& message) { said.push_back(message); });
+        position = 9;
+        skip_question(&position, bytes(name("a.")));
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(said, (std::vector<std::string>{"outer decode error, packet too short for type and class",
+                        "decode error, ran off the buffer"}));
+}
+
 TEST(DNSMessage, decodesServiceRecords) {
     const std::string owner = name("x.");
     const std::string good = record(owner, kDNSTypeSRV, srv(name("host.local.")));

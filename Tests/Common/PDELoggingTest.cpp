@@ -1,5 +1,6 @@
 #include "Common/PDELogging.h"
-#include "Tests/Common/SystemLog.h"
+#include "Platform/SystemLog.h"
+#include "Tests/Support/SystemLog.h"
 
 #include <gtest/gtest.h>
 
@@ -54,6 +55,12 @@ TEST(PDELogging, expandsFormatsAsPrintfDoes) {
     EXPECT_EQ(logged("%*d|%-*s|%.*s", 4, 7, 3, "a", 2, std::string("abc")), "orvan: LOG    7|a  |ab");
     EXPECT_EQ(logged("%@ %@ %@ %p", 5, 0.5, std::string_view("text"), static_cast<const void*>(nullptr)),
         "orvan: LOG 5 0.5 text (nil)");
+}
+
+TEST(PDELogging, keepsALineOneLine) {
+    platform::systemLog(std::string("a\nb\0c\x1B[2J\xC2\x9B", 11));
+    EXPECT_EQ(lastLine(), "orvan: a b c [2J ");
+    EXPECT_EQ(logged("it ends\n"), "orvan: LOG it ends");
 }
 
 TEST(PDELogging, survivesFormatsThatDoNotFitTheirArguments) {

@@ -118,11 +118,41 @@ TEST(PrinterURL, takesTheFirstAnswerToItsQuestion) {
 
 TEST(PrinterURL, endsInAFloodOfOthersAnswers) {
     const std::string answer = inOwnNetwork({}, [] {
-        const Responder flood([](const std::string&) { return std::vector{kOtherAnswer}; }, true);
+        const Responder flood(
+            [](const std::string&) { return std::vector{kOtherAnswer}; }, Responder::Manner::overAndOver);
         return urlOrNone("dnssd://Office._ipp._tcp.local/");
     });
     ORVAN_SKIP_WITHOUT_NETWORK(answer);
     EXPECT_EQ(answer, "http://Office._ipp._tcp.local");
+}
+
+// Anybody can send a datagram to the port that a question came from.
+TEST(PrinterURL, hearsOnlyMulticastDNSOfTheLink) {
+    const auto ask = [](const char* spoofed, Responder::Manner manner) {
+        return inOwnNetwork({}, [=] {
+            const Responder attacker(
+                [=](const std::string& query) { return std::vector{answerTo(query, spoofed)}; }, manner);
+            return reachableURLForDeviceURI("dnssd://Office._ipp._tcp.local/").value_or("none");
+        });
+    };
+    using Manner = Responder::Manner;
+    const std::tuple<const char*, Manner, const char*> cases[] = {
+        {"a.local.", Manner::once, "http://a.local."},
+        {"a.LOCAL.", Manner::once, "http://a.LOCAL."},
+        {"a.local.", Manner::fromAnotherPort, "none"},
+        {"a.local.attacker.example.", Manner::once, "none"},
+        {"192.0.2.9.", Manner::once, "none"},
+        {"local.", Manner::once, "none"},
+        {"Other._ipp._tcp.local.", Manner::once, "none"},
+    };
+    for (const auto& [spoofed, manner, url] : cases) {
+        const std::string answer = ask(spoofed, manner);
+        ORVAN_SKIP_WITHOUT_NETWORK(answer);
+        EXPECT_EQ(answer, url) << spoofed;
+    }
+    EXPECT_EQ(reachableURLForDeviceURI("dnssd://192.0.2.9/"), "http://192.0.2.9");
+    EXPECT_EQ(reachableURLForDeviceURI("dnssd://printer.example/"), std::nullopt);
+    EXPECT_EQ(reachableURLForDeviceURI("ipp://printer.example/"), "http://printer.example");
 }
 
 TEST(RendezvousUtilities, resolvesHosts) {

@@ -2,6 +2,7 @@
 #include "Tests/Support/CommandQueue.h"
 #include "Tests/Support/DerivedPPD.h"
 #include "Tests/Support/SimulatedPrinter.h"
+#include "Tests/Support/WebServer.h"
 
 #include <nlohmann/json.hpp>
 
@@ -207,6 +208,33 @@ TEST_F(DoctorCommand, FindsFaultsOfThePrinter) {
     };
     for (const auto& [queue, problems] : cases)
         expectProblems(examine({"-q", queue}, 1), problems);
+}
+
+TEST_F(DoctorCommand, FindsAnotherCertificate) {
+    if (!WebServer::isInstalled()) GTEST_SKIP() << "nginx is not installed";
+    WebServer server("<status><storedJobs/></status>");
+    const TempFolder cache;
+    addQueue("Office2", "commandtoorvan", server.old("/status.xml"), printer_.snmpAgent());
+    Environment variables = environment();
+    variables["CUPS_CACHEDIR"] = cache.path();
+    const auto certificates = [&variables] {
+        Json answer = orvan::examine(variables, {"-q", "Office2"}, 1);
+        std::vector<std::string> said;
+        for (const Json& one : answer["stations"])
+            if (std::string text = one.dump(); text.find("certificate") != std::string::npos)
+                said.push_back(text);
+        return said;
+    };
+    EXPECT_EQ(certificates(), std::vector<std::string>());
+    server.becomeAnother();
+    const auto said = certificates();
+    ASSERT_EQ(said.size(), 2U); // the filter's complaint, and the doctor's own look
+    for (const std::string& one : said) {
+        const std::size_t first = one.find("fingerprint is ");
+        ASSERT_NE(first, std::string::npos) << one;
+        EXPECT_EQ(one.find(" now and was "), first + 15 + 95) << one;
+    }
+    EXPECT_NE(said.back().find("the printer shows another certificate than before"), std::string::npos);
 }
 
 // Without a scheduler the desktop is looked at all the same.

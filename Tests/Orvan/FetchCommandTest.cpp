@@ -2,6 +2,7 @@
 #include "Tests/Orvan/Program.h"
 #include "Tests/Support/ScriptedServer.h"
 #include "Tests/Support/Terminal.h"
+#include "Tests/Support/WebServer.h"
 
 #include <sys/wait.h>
 
@@ -45,6 +46,18 @@ TEST(FetchCommand, WritesWhatCameAndSaysWhatIsWrong) {
         expectEnd(end, exitCode, output, words);
         EXPECT_EQ(end.errors.find("secret"), std::string::npos) << end.errors;
     }
+}
+
+TEST(FetchCommand, SaysWhoseCertificateIsNotChecked) {
+    if (!WebServer::isInstalled()) GTEST_SKIP() << "nginx is not installed";
+    const WebServer server("status");
+    const ProgramEnd end = orvan({"fetch", server.old("/status.xml")});
+    EXPECT_EQ(end.exitCode, 0);
+    EXPECT_EQ(end.output, "status");
+    const std::string said =
+        "orvan: certificate not checked: nobody vouches for it; its SHA-256 fingerprint is ";
+    EXPECT_TRUE(end.errors.starts_with(said)) << end.errors;
+    EXPECT_EQ(end.errors.size(), said.size() + 95 + 1) << end.errors;
 }
 
 TEST(FetchCommand, AsksForThePasswordInSilence) {

@@ -253,11 +253,47 @@ TEST(FileCommands, ShowThePanelWithAnswersFromFiles) {
     EXPECT_EQ(customPapers({}), "");
     EXPECT_EQ(customPapers({"--response", one}), "One CustomType1 ");
     EXPECT_EQ(customPapers({"--response", two, "--response", one}), "Two CustomType22 One CustomType1 ");
+    EXPECT_EQ(customPapers({"--response",
+                  folder.write("umlaut", "{customPaperTypes=({name=\"B\u00FCtten\";type=1;});}")}),
+        "B\u00FCtten CustomType1 ");
     EXPECT_TRUE(
         customPapers({"--response", one, "--release", "10.10"}).starts_with("Custom Type 1 CustomType1 "));
     expectRefusal(with({"--response", folder.path() / "none"}), "none: No such file");
     expectRefusal(with({"--response", folder.write("broken", "(")}), "broken is no property list: ");
     expectRefusal(with({"--response", one, "--set", "MediaType=CustomType2"}), "no choice CustomType2");
+}
+
+// The program's own files are where it was built or installed, whatever lies on the way there.
+TEST(FileCommands, TakeThePlugInFromNowhereElse) {
+    namespace fs = std::filesystem;
+    const TempFolder folder;
+    const fs::path build = fs::path(ORVAN_PROGRAM).parent_path().parent_path();
+    for (const char* const decoy : {"lib", "a/lib", "a/b/bin/lib", "cwd/lib"}) {
+        fs::create_directories(folder.path() / decoy);
+        fs::copy(build / "lib/orvan", folder.path() / decoy / "orvan", fs::copy_options::recursive);
+    }
+    fs::create_directories(folder.path() / "a/b/bin");
+    const fs::path program = folder.path() / "a/b/bin/orvan";
+    fs::copy(ORVAN_PROGRAM, program);
+    const std::string there = "cd " + (folder.path() / "cwd").string() + " && exec -a lib/orvan/x.so " +
+                              program.string() + " panel --ppd " + ORVAN_DRIVER_PPD;
+    const ProgramEnd end = runProgram({"/bin/bash", "-c", there});
+    expectRefusal(end, "cannot open the bundle: " + (folder.path() / "a/b/lib/orvan").string());
+}
+
+TEST(FileCommands, SpeakTheTerminalsEncoding) {
+    const TempFolder folder;
+    const std::string answer = folder.write("one", "{customPaperTypes=({name=\"B\u00FCtten\";type=1;});}");
+    const Words command{ORVAN_PROGRAM, "panel", "--ppd", ORVAN_DRIVER_PPD, "--response", answer, "--set",
+        "MediaType=CustomType1"};
+    const std::pair<const char*, const char*> cases[] = {{"C", "[B?tten]"}, {"C.UTF-8", "[B\u00FCtten]"}};
+    for (const auto& [locale, shown] : cases) {
+        Terminal terminal(command, {{"LC_ALL", locale}});
+        const std::string text = terminal.shownUntilEnd();
+        EXPECT_NE(text.find(shown), std::string::npos) << text;
+    }
+    const ProgramEnd piped = runProgram(command, {{"LC_ALL", "C"}});
+    EXPECT_NE(piped.output.find("[B\u00FCtten]"), std::string::npos) << piped.output;
 }
 
 } // namespace

@@ -82,8 +82,8 @@ TEST_F(StatusCommand, TakesItsJobBackWhenInterrupted) {
         SCOPED_TRACE(command);
         BackgroundProcess program({ORVAN_PROGRAM, command, "-q", "Silent", "--timeout", "100"}, [this] {
             changeEnvironment(environment());
-            std::freopen("/dev/null", "w", stdout);
-            std::freopen("/dev/null", "w", stderr);
+            static_cast<void>(!std::freopen("/dev/null", "w", stdout));
+            static_cast<void>(!std::freopen("/dev/null", "w", stderr));
         });
         EXPECT_TRUE(eventually([this] { return count("Silent", IPP_JSTATE_PROCESSING) > 0; }));
         EXPECT_EQ(program.end(SIGINT), 128 + SIGINT);

@@ -7,10 +7,18 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <array>
+#include <atomic>
+#include <cstdio>
 #include <memory>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
 
 namespace orvan {
 namespace {
@@ -48,9 +56,8 @@ protected:
             });
         request_.objects = {"1.3.6.1.2.1.1.5.0"};
         platform::Failure problem;
-        for (int i = 0; i < 300 && !platform::getSNMPObjects(request_, problem); ++i) {
-        }
-        ASSERT_EQ(problem.value_or("").find("could not"), std::string::npos) << problem.value_or("");
+        ASSERT_TRUE(eventually([&] { return platform::getSNMPObjects(request_, problem).has_value(); }))
+            << problem.value_or("");
         request_.patience = std::chrono::minutes(1);
     }
 
@@ -103,6 +110,95 @@ TEST_F(SNMPRequests, SayWhyThereIsNoAnswer) {
             problemWith(object, community, host, std::string_view(words).starts_with("answers"));
         EXPECT_NE(problem.find(words), std::string::npos) << problem;
     }
+}
+
+// Its length is below 128.
+std::string ber(char type, const std::string& content) {
+    return std::string(1, type) + static_cast<char>(content.size()) + content;
+}
+
+// Answers 42 to every question of 1.3.6.1.2.1.1.5.0, from its own port or from another one.
+class ScriptedAgent {
+public:
+    explicit ScriptedAgent(bool isStranger)
+        : isStranger_(isStranger), socket_(::socket(AF_INET, SOCK_DGRAM, 0)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        if (bind(socket_.get(), reinterpret_cast<sockaddr*>(&address), size) != 0) std::perror("bind");
+        getsockname(socket_.get(), reinterpret_cast<sockaddr*>(&address), &size);
+        port_ = ntohs(address.sin_port);
+        thread_ = std::thread([this] { serve(); });
+    }
+    ScriptedAgent(const ScriptedAgent&) = delete;
+    ScriptedAgent& operator=(const ScriptedAgent&) = delete;
+    ~ScriptedAgent() {
+        isOver_ = true;
+        thread_.join();
+    }
+
+    int port() const { return port_; }
+    std::vector<std::string> identifiers() const { return identifiers_; } // of the requests; when nobody asks
+
+private:
+    void serve() {
+        while (!isOver_) {
+            pollfd waiting{socket_.get(), POLLIN, 0};
+            if (poll(&waiting, 1, 10) <= 0) continue;
+            std::array<char, 512> bytes{};
+            sockaddr_in from{};
+            socklen_t size = sizeof from;
+            auto* const sender = reinterpret_cast<sockaddr*>(&from);
+            const ssize_t length = recvfrom(socket_.get(), bytes.data(), bytes.size(), 0, sender, &size);
+            // Behind the community there is the PDU, which begins with the identifier.
+            const std::string question(bytes.data(), static_cast<std::size_t>(length));
+            const std::size_t pdu = question.find('\xA0');
+            const std::string identifier =
+                question.substr(pdu + 2, static_cast<std::size_t>(question[pdu + 3]) + 2);
+            identifiers_.push_back(identifier);
+            const std::string object = ber(0x30, std::string("\6\10\x2B\6\1\2\1\1\5\0\2\1\x2A", 13));
+            const std::string none = ber(2, std::string(1, 0));
+            const std::string answer = ber(
+                0x30, none + ber(4, "public") + ber('\xA2', identifier + none + none + ber(0x30, object)));
+            sendto(
+                isStranger_ ? stranger_.get() : socket_.get(), answer.data(), answer.size(), 0, sender, size);
+        }
+    }
+
+    bool isStranger_;
+    platform::FileDescriptor socket_;
+    platform::FileDescriptor stranger_{::socket(AF_INET, SOCK_DGRAM, 0)};
+    int port_ = 0;
+    std::vector<std::string> identifiers_;
+    std::atomic<bool> isOver_ = false;
+    std::thread thread_;
+};
+
+TEST(SNMPAnswers, CountFromTheAgentAlone) {
+    platform::SNMPRequest request{.host = "127.0.0.1", .objects = {"1.3.6.1.2.1.1.5.0"}};
+    platform::Failure problem;
+    const ScriptedAgent agent(false);
+    request.port = agent.port();
+    request.patience = std::chrono::minutes(1);
+    for (int i = 0; i < 8; ++i)
+        ASSERT_EQ(platform::getSNMPObjects(request, problem).value_or(platform::PropertyList::Dictionary()),
+            (platform::PropertyList::Dictionary{{"1.3.6.1.2.1.1.5.0", 42}}))
+            << problem.value_or("");
+    // Nobody can tell the next one from the last: their last bytes do not count up.
+    int steps = 0;
+    const std::vector<std::string> seen = agent.identifiers();
+    for (std::size_t i = 1; i < seen.size(); ++i)
+        steps += static_cast<unsigned char>(seen[i].back() - seen[i - 1].back()) == 1 ? 1 : 0;
+    EXPECT_EQ(std::set(seen.begin(), seen.end()).size(), 8U);
+    EXPECT_LT(steps, 5);
+
+    const ScriptedAgent spoofed(true);
+    request.port = spoofed.port();
+    request.patience = std::chrono::milliseconds(300);
+    EXPECT_FALSE(platform::getSNMPObjects(request, problem));
+    EXPECT_NE(problem->find("does not answer"), std::string::npos) << *problem;
+    EXPECT_FALSE(spoofed.identifiers().empty());
 }
 
 } // namespace

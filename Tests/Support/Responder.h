@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <string>
@@ -23,9 +24,11 @@ class Responder {
 public:
     using Answers = std::function<std::vector<std::string>(const std::string& query)>;
 
-    explicit Responder(Answers answers, bool repeats = false)
+    enum class Manner : std::uint8_t { once, overAndOver, fromAnotherPort };
+
+    explicit Responder(Answers answers, Manner manner = Manner::once)
         : answers_(std::move(answers)),
-          repeats_(repeats),
+          manner_(manner),
           socket_(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
         const ip_mreq group{mDNS_addr.sin_addr, {htonl(INADDR_LOOPBACK)}};
         sockaddr_in any = mDNS_addr;
@@ -60,14 +63,16 @@ private:
                 answers = answers_({query.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))});
             }
             for (const std::string& answer : answers)
-                ::sendto(socket_.get(), answer.data(), answer.size(), 0, address, size);
-            if (!repeats_) answers.clear();
+                ::sendto(manner_ == Manner::fromAnotherPort ? stranger_.get() : socket_.get(), answer.data(),
+                    answer.size(), 0, address, size);
+            if (manner_ != Manner::overAndOver) answers.clear();
         }
     }
 
     Answers answers_;
-    bool repeats_;
+    Manner manner_;
     platform::FileDescriptor socket_;
+    platform::FileDescriptor stranger_{::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
     std::atomic<bool> stop_ = false;
     std::atomic<int> queries_ = 0;
     std::thread thread_;

@@ -1,19 +1,18 @@
 #include "Tests/PrintDialog/Gtk3/Desktop.h"
 
 #include "Tests/Support/DerivedPPD.h"
+#include "Tests/Support/SystemLog.h"
 
 #include <glib.h>
 #include <gtest/gtest.h>
 
 #include <sys/prctl.h>
 #include <sys/wait.h>
-#include <syslog.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 
@@ -23,11 +22,6 @@ namespace {
 constexpr unsigned kPatience = 600;
 
 bool leaksAreGTKs = false;
-
-std::vector<std::string>& log() {
-    static std::vector<std::string> lines;
-    return lines;
-}
 
 std::vector<std::string>& complaints() {
     static std::vector<std::string> lines;
@@ -43,17 +37,6 @@ GLogWriterOutput keepComplaint(GLogLevelFlags level, const GLogField* fields, gs
 }
 
 } // namespace
-
-// The program's own symbol comes before the C library's, for everything that it loads as well.
-extern "C" __attribute__((visibility("default"))) void syslog(int, const char* format, ...) {
-    std::array<char, 1024> line{};
-    va_list arguments;
-    va_start(arguments, format);
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it has just been set
-    std::vsnprintf(line.data(), line.size(), format, arguments);
-    va_end(arguments);
-    log().emplace_back(line.data());
-}
 
 // What GTK's print back end and the font library leave behind by themselves, dialog or not. Whole call stacks
 // are needed to tell these from leaks of ours.
@@ -83,7 +66,7 @@ void doNotLookForLeaks() {
 }
 
 std::vector<std::string> systemLogLines() {
-    return log();
+    return logLines;
 }
 std::vector<std::string> gtkComplaints() {
     return complaints();
@@ -101,7 +84,7 @@ std::unique_ptr<Display> Display::start(std::string* problem) {
         prctl(PR_SET_PDEATHSIG, SIGTERM);
         close(pipe[0]);
         const std::string number = std::to_string(pipe[1]);
-        std::freopen("/dev/null", "w", stderr);
+        static_cast<void>(!std::freopen("/dev/null", "w", stderr));
         execlp("Xvfb", "Xvfb", "-displayfd", number.c_str(), "-screen", "0", "1280x1024x24", "-nolisten",
             "tcp", "-noreset", nullptr);
         _exit(127);

@@ -1,0 +1,21 @@
+// What discovery says of damaged replies, for standard error.
+#pragma once
+
+#include "Common/DNSMessage.h"
+#include "Formats/OneLine.h"
+
+#include <iostream>
+
+namespace orvan {
+
+// Takes this thread's messages while it exists.
+class DiscoveryMessages {
+private:
+    DNSMessages messages_{[](const std::string& message) {
+        const std::size_t start = message.find_first_not_of('\n');
+        if (start != std::string::npos)
+            std::cerr << "orvan: " << platform::onOneLine(message.substr(start)) << '\n';
+    }};
+};
+
+} // namespace orvan
