@@ -18,7 +18,7 @@ const std::string* ifPresent(const std::optional<std::string>& text) {
 } // namespace
 
 const std::string* PDEChoice::userTitle() {
-    if (!userTitle_) userTitle_ = platform::decodeUTF8(fieldText(choice_->text));
+    if (!userTitle_) userTitle_ = titleIn(choice_->text);
     return ifPresent(userTitle_);
 }
 

@@ -14,6 +14,16 @@ std::span<ppd_choice_t> records(const ppd_option_t& option) {
 
 } // namespace
 
+std::optional<std::string> titleIn(std::string_view field, std::size_t fieldSize) {
+    auto title = platform::decodeUTF8(field);
+    if (title || field.size() + 1 < fieldSize) return title;
+    constexpr auto isContinuation = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80; };
+    while (!field.empty() && isContinuation(field.back()))
+        field.remove_suffix(1);
+    if (!field.empty()) field.remove_suffix(1);
+    return platform::decodeUTF8(field);
+}
+
 std::unique_ptr<PDEChoiceList> ArrayFromPPDOption(const ppd_option_t* option) {
     if (option == nullptr) return nullptr;
     auto list = std::make_unique<PDEChoiceList>();
@@ -46,7 +56,7 @@ bool HasOptionKey(const ppd_option_t* option, std::string_view choiceKeyword) {
 }
 
 std::optional<std::string> CreateOptionTitle(const ppd_option_t& option) {
-    return platform::decodeUTF8(fieldText(option.text));
+    return titleIn(option.text);
 }
 
 } // namespace orvan

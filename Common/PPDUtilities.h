@@ -20,6 +20,14 @@ std::string_view fieldText(const char (&field)[size]) {
     return {field, ::strnlen(field, size)};
 }
 
+// The title in a record's field. libcups cuts what does not fit, perhaps inside a character: that character
+// is left out. Nothing for a text that is not UTF-8.
+std::optional<std::string> titleIn(std::string_view field, std::size_t fieldSize);
+template <std::size_t size>
+std::optional<std::string> titleIn(const char (&field)[size]) {
+    return titleIn(fieldText(field), size);
+}
+
 // One new wrapper for each of the option's choice records, in PPD order; null for a null option.
 std::unique_ptr<PDEChoiceList> ArrayFromPPDOption(const ppd_option_t* option);
 

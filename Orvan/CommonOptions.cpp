@@ -1,6 +1,6 @@
 #include "Orvan/CommonOptions.h"
 
-#include "Orvan/PrinterQuery.h"
+#include "Platform/Gestalt.h"
 
 #include <algorithm>
 
@@ -28,7 +28,8 @@ std::string checkRelease(const std::string& release) {
                             release.find_first_not_of("0123456789.") == std::string::npos &&
                             release.front() != '.' && release.back() != '.' &&
                             release.find("..") == std::string::npos && std::ranges::count(release, '.') <= 2;
-    return wellFormed ? "" : "\"" + release + "\" is not a release such as " + kDefaultRelease;
+    return wellFormed ? ""
+                      : "\"" + release + "\" is not a release such as " + platform::kDefaultSystemRelease;
 }
 
 std::chrono::duration<double> timeoutIn(const Arguments& arguments) {

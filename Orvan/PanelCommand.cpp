@@ -1,3 +1,4 @@
+#include "BiDi/StoredAnswers.h"
 #include "Formats/OneLine.h"
 #include "Orvan/Commands.h"
 #include "Orvan/CommonOptions.h"
@@ -8,6 +9,7 @@
 #include "Orvan/Waiting.h"
 #include "OrvanPaperOptions/Source/OptionRows.h"
 #include "Platform/Input.h"
+#include "PrintDialog/Host/HostText.h"
 #include "PrintDialog/Host/InstalledFiles.h"
 #include "PrintDialog/Host/PanelSession.h"
 #include "PrintDialog/Host/QueuePPD.h"
@@ -62,13 +64,14 @@ Json pointJson(const platform::View* view) {
     return Json::array({points(origin.x), points(origin.y)});
 }
 
-Json rowJson(const ShownRow& row) {
+Json rowJson(PanelSession& session, const ShownRow& row) {
     Json items = Json::array();
     Json selected = nullptr;
     if (row.popUp != nullptr) {
-        for (const platform::MenuItem& item : row.popUp->items())
+        const ShownPopUp shown = session.shown(*row.popUp);
+        for (const ShownItem& item : shown.items)
             items.push_back({{"title", item.title}, {"keyword", item.keyword}});
-        if (row.popUp->indexOfSelectedItem() >= 0) selected = row.popUp->indexOfSelectedItem();
+        if (shown.selected >= 0) selected = shown.selected;
     }
     return {{"row", row.spec.row}, {"keyword", row.spec.keyword},
         {"label", row.label != nullptr ? row.label->stringValue() : ""},
@@ -78,13 +81,17 @@ Json rowJson(const ShownRow& row) {
         {"selected", std::move(selected)}};
 }
 
-void printJson(platform::PDEPanel& panel, platform::View& root) {
+void printJson(PanelSession& session, platform::View& root) {
+    platform::PDEPanel& panel = session.panel();
+    Json summary = Json::object();
+    for (const auto& [title, value] : session.summary())
+        summary[title] = value;
     Json rows = Json::array();
     for (const OptionRowSpec& spec : kOptionRows)
-        rows.push_back(rowJson(ShownRow::of(root, spec)));
+        rows.push_back(rowJson(session, ShownRow::of(root, spec)));
     const Json answer{{"schemaVersion", 1}, {"kind", panel.panelKind()}, {"name", panel.panelName()},
         {"supportedPPDOptionKeys", panel.supportedPPDOptionKeys()}, {"height", points(root.frame().height)},
-        {"rows", std::move(rows)}, {"summary", panel.summaryInfo()}};
+        {"rows", std::move(rows)}, {"summary", std::move(summary)}};
     std::cout << jsonText(answer) << '\n';
 }
 
@@ -94,13 +101,14 @@ void printText(PanelSession& session, platform::View& root) {
     for (const OptionRowSpec& spec : kOptionRows) {
         const ShownRow row = ShownRow::of(root, spec);
         if (row.label == nullptr || row.popUp == nullptr || row.popUp->isHidden()) continue;
-        const platform::MenuItem* const item = row.popUp->itemAtIndex(row.popUp->indexOfSelectedItem());
+        const ShownPopUp shown = session.shown(*row.popUp);
+        const std::string title =
+            shown.selected >= 0 ? shown.items[static_cast<std::size_t>(shown.selected)].title : "";
         std::cout << "  " << platform::onOneLine(row.label->stringValue()) << ' ';
         if (!row.popUp->isEnabled())
             std::cout << "(not available)\n";
         else
-            std::cout << '[' << platform::onOneLine(item != nullptr ? item->title : "") << "]  of "
-                      << row.popUp->items().size() << '\n';
+            std::cout << '[' << platform::onOneLine(title) << "]  of " << shown.items.size() << '\n';
     }
     std::cout << "\nSummary\n";
     for (const auto& [title, value] : session.summary())
@@ -117,7 +125,9 @@ std::optional<std::string> pick(platform::View& root, const std::string& option,
         return "the panel has no option " + option + "; it has " + known;
     }
     platform::PopUpButton* const popUp = ShownRow::of(root, *spec).popUp;
-    if (popUp == nullptr || popUp->items().empty()) return "this printer has no option " + option;
+    if (popUp == nullptr || !popUp->isEnabled() || popUp->isHidden())
+        return "this printer has no option " + option;
+    if (popUp->items().empty()) return "option " + option + " has no choices";
     const auto& items = popUp->items();
     const auto item = std::ranges::find(items, choice, &platform::MenuItem::keyword);
     if (item == items.end() || !popUp->pick(item - items.begin())) {
@@ -143,7 +153,16 @@ std::optional<std::string> deliver(platform::PDEPanel& panel, const std::string&
 int showPanel(PanelSession& session, const PanelArguments& arguments) {
     for (const std::string& file : arguments.responses)
         if (const auto problem = deliver(session.panel(), file)) return cannot(*problem);
+    if (session.panel().awaitsPrinter()) // in vain, so it is shown with what was answered before
+        for (const StoredAnswer& answer : storedAnswers(session.ppd().record()))
+            session.panel().receivedPrinterAnswer(answer.list);
     session.willShow();
+    // What the dialog would say of each pick.
+    session.setPickHandler(
+        [&session](const std::string& option, const std::string&, const MarkResult& result) {
+            if (const std::string text = noticeText(session.ppd(), result, option); !text.empty())
+                std::cerr << "orvan: " << platform::onOneLine(text) << '\n';
+        });
     platform::View* const root = session.panel().panelView();
     if (root == nullptr)
         return cannot("the panel's view resource cannot be loaded; is the package installed whole?");
@@ -152,7 +171,14 @@ int showPanel(PanelSession& session, const PanelArguments& arguments) {
         if (const auto problem = pick(*root, set.substr(0, equals), set.substr(equals + 1)))
             return cannot("cannot set " + set + ": " + *problem);
     }
-    arguments.json ? printJson(session.panel(), *root) : printText(session, *root);
+    arguments.json ? printJson(session, *root) : printText(session, *root);
+    for (const std::string& set : arguments.sets) {
+        const std::size_t equals = set.find('=');
+        const std::string option = set.substr(0, equals);
+        if (session.ppd().choiceOf(option) != set.substr(equals + 1))
+            return cannot(set + " was undone by another pick: it is " + option + "=" +
+                          session.ppd().choiceOf(option) + " now");
+    }
     return kDone;
 }
 

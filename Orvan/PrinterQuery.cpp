@@ -6,7 +6,9 @@
 #include "Common/Utilities/ReleaseGates.h"
 #include "Orvan/Interruption.h"
 #include "Orvan/StatusJobs.h"
+#include "Orvan/StatusReport.h"
 #include "Orvan/Waiting.h"
+#include "Platform/Gestalt.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -46,8 +48,7 @@ void setSystemRelease(const std::string& release) {
 }
 
 std::string currentRelease() {
-    const char* const set = std::getenv("ORVAN_SYSTEM_RELEASE");
-    return set != nullptr ? set : kDefaultRelease;
+    return platform::systemRelease();
 }
 
 // A queue's PPD and printer for the channel. Nobody picks anything here.
@@ -59,6 +60,8 @@ public:
     ppd_file_t* ppdFile() override { return ppd_->record(); }
     std::shared_ptr<platform::PMPrinter> PMPrinter() override { return printer_; }
     void willChangePPDOptionKeyValuePpdChoice(const std::string&, const std::string&) override {}
+
+    const DialogPPD& ppd() const { return *ppd_; }
 
 private:
     std::unique_ptr<DialogPPD> ppd_;
@@ -83,7 +86,9 @@ PrinterQuestion::PrinterQuestion(std::string queue, SchedulerPatience& patience)
         });
 }
 
-PrinterQuestion::~PrinterQuestion() = default;
+PrinterQuestion::~PrinterQuestion() {
+    if (dialogPrinter_ != nullptr) dialogPrinter_->setAnswerHandler({});
+}
 
 void PrinterQuestion::queueArrived(std::optional<OpenedQueue> opened, const std::string& problem) {
     isFetching_ = false;
@@ -97,10 +102,16 @@ void PrinterQuestion::queueArrived(std::optional<OpenedQueue> opened, const std:
         answers_.problem = prefix + "its PPD lists no commands (\"cupsCommands\")";
     if (!answers_.problem.empty()) return;
 
-    printer_ = std::make_shared<SchedulerPrinter>(
-        std::move(opened->fetched), SchedulerPrinterOptions{.deadline = patience_->time()});
-    channel_ =
-        OrvanBiDi::initWithPDECallbackObject(std::make_shared<Callback>(std::move(opened->ppd), printer_));
+    dialogPrinter_ = std::make_shared<DialogPrinter>(std::make_unique<SchedulerPrinter>(
+        std::move(opened->fetched), SchedulerPrinterOptions{.deadline = patience_->time()}));
+    printer_ = &dialogPrinter_->printer();
+    dialogPrinter_->setAnswerHandler([this](const std::vector<StoredAnswer>& answers) {
+        for (const StoredAnswer& answer : answers)
+            if (answer.askedAt && (!answers_.askedAt || *answer.askedAt < *answers_.askedAt))
+                answers_.askedAt = answer.askedAt;
+    });
+    callback_ = std::make_shared<Callback>(std::move(opened->ppd), dialogPrinter_);
+    channel_ = OrvanBiDi::initWithPDECallbackObject(callback_);
     channel_->setDelegate(collector_);
     channel_->dispatchCommands(commands);
 }
@@ -167,6 +178,7 @@ PrinterAnswers PrinterQuestion::end(std::chrono::duration<double> timeout) {
     if (isFetching_) answers_.problem = wasInterrupted() ? "interrupted" : schedulerSilence().text;
     if (channel_ != nullptr) {
         answers_.responses = std::move(collector_->responses);
+        answers_.unknownPapers = papersUnknownTo(callback_->ppd(), customPapers(answers_.responses));
         if (wasInterrupted())
             answers_.problem = "interrupted";
         else if (answers_.responses.empty())

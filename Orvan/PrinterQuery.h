@@ -5,8 +5,8 @@
 #include "Formats/Failure.h"
 #include "Formats/PropertyList.h"
 #include "Orvan/SchedulerPatience.h"
+#include "PrintDialog/Host/DialogPrinter.h"
 #include "PrintDialog/Host/QueuePPD.h"
-#include "Scheduler/SchedulerPrinter.h"
 
 #include <chrono>
 #include <memory>
@@ -22,6 +22,10 @@ struct PrinterAnswers {
     std::string problem;                           // for people; empty when something was answered
     // For people: why the responses, or some of them, are those of an earlier question; mostly empty.
     std::string complaint;
+    // When the printer was asked for them, for the first of several; nothing when that is not known.
+    std::optional<std::chrono::system_clock::time_point> askedAt;
+    // The names of custom papers that the queue's driver cannot name to the printer.
+    std::vector<std::string> unknownPapers;
 };
 
 // One question to one printer: all that its queue's PPD lists in "cupsCommands". Which way it takes follows
@@ -59,8 +63,10 @@ private:
 
     PrinterAnswers answers_;
     SchedulerPatience* patience_;
-    std::shared_ptr<SchedulerPrinter> printer_; // null until the queue is fetched
+    std::shared_ptr<DialogPrinter> dialogPrinter_; // the channel's; null until the queue is fetched
+    SchedulerPrinter* printer_ = nullptr;          // its scheduler's side
     std::shared_ptr<Collector> collector_;
+    std::shared_ptr<Callback> callback_; // the channel's
     std::shared_ptr<OrvanBiDi> channel_; // null while nothing is asked
     bool isFetching_ = true;
     SchedulerRequest request_; // for the queue
@@ -80,7 +86,6 @@ std::optional<std::vector<std::string>> orvanQueues(
 
 // The release that the process stands for from now on; before anything asks for it. "" leaves it.
 void setSystemRelease(const std::string& release);
-inline constexpr const char* kDefaultRelease = "10.9.0";
 // The release that the process stands for.
 std::string currentRelease();
 

@@ -70,6 +70,17 @@ int complain(const Answers& answers) {
     return code;
 }
 
+// RFC 3339, in UTC; null when it is not known.
+Json answeredAt(const PrinterAnswers& printer) {
+    if (!printer.askedAt) return nullptr;
+    const std::time_t time = std::chrono::system_clock::to_time_t(*printer.askedAt);
+    std::tm utc{};
+    gmtime_r(&time, &utc);
+    std::ostringstream text;
+    text << std::put_time(&utc, "%FT%TZ");
+    return text.str();
+}
+
 Json responsesIn(const PrinterAnswers& printer) {
     Json responses = Json::array();
     for (const platform::PropertyList& response : printer.responses)
@@ -83,14 +94,15 @@ void writeJSON(const Answers& answers, bool all) {
         if (printer.problem.empty())
             std::cout << jsonText(Json{{"schemaVersion", 1}, {"queue", printer.queue},
                              {"release", currentRelease()}, {"complaint", printer.complaint},
-                             {"responses", responsesIn(printer)}})
+                             {"answeredAt", answeredAt(printer)}, {"responses", responsesIn(printer)}})
                       << '\n';
         return;
     }
     Json printers = Json::array();
     for (const PrinterAnswers& printer : answers)
-        printers.push_back({{"queue", printer.queue}, {"problem", printer.problem},
-            {"complaint", printer.complaint}, {"responses", responsesIn(printer)}});
+        printers.push_back(
+            {{"queue", printer.queue}, {"problem", printer.problem}, {"complaint", printer.complaint},
+                {"answeredAt", answeredAt(printer)}, {"responses", responsesIn(printer)}});
     std::cout << jsonText(Json{
                      {"schemaVersion", 1}, {"release", currentRelease()}, {"printers", std::move(printers)}})
               << '\n';
@@ -146,23 +158,35 @@ int status(const QueryArguments& arguments) {
     return code;
 }
 
+// The filter leaves out a type that makes no keyword of a PPD, so nobody can ask for such a paper.
+constexpr const char* kNoType = "(no type)";
+
 int papers(const QueryArguments& arguments) {
     const std::optional<Answers> answers = ask(arguments);
     if (!answers) return kNotDone;
     const PrinterAnswers& printer = answers->front();
     if (complain(*answers) != kDone) return kNotDone;
     Json list = Json::array();
+    const auto isKnown = [&printer](const CustomPaper& paper) {
+        return std::ranges::find(printer.unknownPapers, paper.name) == printer.unknownPapers.end();
+    };
     for (const CustomPaper& paper : customPapers(printer.responses)) {
         if (arguments.json)
-            list.push_back({{"name", paper.name}, {"type", paper.type}, {"baseClass", paper.baseClass}});
+            list.push_back({{"name", paper.name}, {"type", paper.type}, {"baseClass", paper.baseClass},
+                {"inDriver", isKnown(paper)}});
         else
-            std::cout << platform::onOneLine(paper.name) << '\t' << platform::onOneLine(paper.type) << '\t'
+            std::cout << platform::onOneLine(paper.name) << '\t'
+                      << (paper.type.empty() ? kNoType : platform::onOneLine(paper.type)) << '\t'
                       << platform::onOneLine(paper.baseClass) << '\n';
     }
     if (arguments.json)
         std::cout << jsonText(Json{{"schemaVersion", 1}, {"queue", arguments.queue},
-                         {"complaint", printer.complaint}, {"papers", std::move(list)}})
+                         {"complaint", printer.complaint}, {"answeredAt", answeredAt(printer)},
+                         {"papers", std::move(list)}})
                   << '\n';
+    for (const std::string& name : printer.unknownPapers)
+        std::cerr << "orvan: the driver of queue " << printer.queue << " cannot name "
+                  << platform::onOneLine(name) << " to the printer\n";
     return kDone;
 }
 

@@ -178,6 +178,14 @@ std::vector<CustomPaper> customPapers(const std::vector<PropertyList>& responses
     return papers;
 }
 
+std::vector<std::string> papersUnknownTo(const DialogPPD& ppd, const std::vector<CustomPaper>& papers) {
+    std::vector<std::string> names;
+    for (const CustomPaper& paper : papers)
+        if (paper.type.empty() || !ppd.isInFile("MediaType", std::string(kCustomType) + paper.type))
+            names.push_back(paper.name);
+    return names;
+}
+
 void writeStatus(const std::vector<PropertyList>& responses, bool decorated, std::ostream& out) {
     const Style style{customPapers(responses), decorated};
     for (const Section& section : kSections)

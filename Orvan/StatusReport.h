@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Formats/PropertyList.h"
+#include "PrintDialog/Host/DialogPPD.h"
 
 #include <ostream>
 #include <string>
@@ -18,6 +19,10 @@ struct CustomPaper {
 
 // Those of all responses, in order.
 std::vector<CustomPaper> customPapers(const std::vector<platform::PropertyList>& responses);
+
+// The names of those whose type the PPD has no choice for, so that nobody can ask the printer for them; those
+// without a type as well.
+std::vector<std::string> papersUnknownTo(const DialogPPD& ppd, const std::vector<CustomPaper>& papers);
 
 // Trays, supplies, custom papers, stored jobs and permissions, each under its heading, and all else by its
 // key. `decorated`: with bars and colors, for a terminal.

@@ -31,7 +31,7 @@ TerminalEncoding::TerminalEncoding(std::ostream& stream, int descriptor) : strea
 
 TerminalEncoding::~TerminalEncoding() {
     if (below_ == nullptr) return;
-    sync();
+    flush();
     stream_.rdbuf(below_);
 }
 
@@ -39,17 +39,17 @@ TerminalEncoding::int_type TerminalEncoding::overflow(int_type character) {
     if (traits_type::eq_int_type(character, traits_type::eof())) return traits_type::not_eof(character);
     text_ += traits_type::to_char_type(character);
     const bool isLine = text_.back() == '\n';
-    return isLine && sync() != 0 ? traits_type::eof() : character;
+    return isLine && !flush() ? traits_type::eof() : character;
 }
 
-int TerminalEncoding::sync() {
+bool TerminalEncoding::flush() {
     const char* encoding = nullptr;
     g_get_charset(&encoding);
     const std::string bytes = inEncoding(text_, encoding);
     text_.clear();
     const bool isWritten = below_->sputn(bytes.data(), static_cast<std::streamsize>(bytes.size())) ==
                            static_cast<std::streamsize>(bytes.size());
-    return isWritten ? below_->pubsync() : -1;
+    return isWritten && below_->pubsync() == 0;
 }
 
 } // namespace orvan

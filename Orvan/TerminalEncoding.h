@@ -19,7 +19,8 @@ public:
 
 private:
     int_type overflow(int_type character) override;
-    int sync() override;
+    int sync() override { return flush() ? 0 : -1; }
+    bool flush();
 
     std::ostream& stream_;
     std::streambuf* below_ = nullptr; // null when nothing is changed

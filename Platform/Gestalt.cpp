@@ -1,5 +1,7 @@
 #include "Platform/Gestalt.h"
 
+#include "Platform/SystemLog.h"
+
 #include <array>
 #include <charconv>
 #include <cstdlib>
@@ -8,8 +10,6 @@
 
 namespace platform {
 namespace {
-
-constexpr std::string_view kDefaultRelease = "10.9.0";
 
 using Release = std::array<std::int32_t, 3>;
 
@@ -28,6 +28,19 @@ std::optional<Release> parseRelease(std::string_view text) {
 
 } // namespace
 
+std::string systemRelease() {
+    const char* const set = std::getenv("ORVAN_SYSTEM_RELEASE");
+    if (set == nullptr || *set == '\0') return kDefaultSystemRelease;
+    if (parseRelease(set)) return set;
+    static const bool isLogged = [set] {
+        systemLog(std::string("ORVAN_SYSTEM_RELEASE=") + set + " is no release; it counts as " +
+                  kDefaultSystemRelease);
+        return true;
+    }();
+    static_cast<void>(isLogged);
+    return kDefaultSystemRelease;
+}
+
 std::int32_t Gestalt(std::uint32_t selector, std::int32_t* answer) {
     std::size_t position = 0;
     switch (selector) {
@@ -43,8 +56,7 @@ std::int32_t Gestalt(std::uint32_t selector, std::int32_t* answer) {
     default:
         return kGestaltUndefinedSelector;
     }
-    const char* const set = std::getenv("ORVAN_SYSTEM_RELEASE");
-    const std::optional<Release> release = parseRelease(set != nullptr ? set : kDefaultRelease);
+    const std::optional<Release> release = parseRelease(systemRelease());
     if (!release) return kGestaltUndefinedSelector;
     *answer = (*release)[position];
     return 0;

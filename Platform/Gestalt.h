@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace platform {
 
@@ -22,9 +23,13 @@ inline constexpr std::uint32_t kGestaltSystemVersion = gestaltSelector("sysv");
 inline constexpr std::int32_t kGestaltUndefinedSelector = -5551;
 
 // 0 when the fact is known, and then it is in *answer; otherwise kGestaltUndefinedSelector and *answer is as
-// it was. The three release numbers are those of the environment variable ORVAN_SYSTEM_RELEASE ("10.6.8";
-// missing positions count as 0), or of 10.9.0 when it is not set; a value that is not a release leaves them
-// unknown. The packed version is never known here.
+// it was. The three release numbers are those of systemRelease() ("10.6.8"; missing positions count as 0).
+// The packed version is never known here.
 std::int32_t Gestalt(std::uint32_t selector, std::int32_t* answer);
+
+// The release that the process stands for: that of the environment variable ORVAN_SYSTEM_RELEASE. Unset,
+// empty or no release, which leaves a line in the system log, it is the default.
+inline constexpr const char* kDefaultSystemRelease = "10.9.0";
+std::string systemRelease();
 
 } // namespace platform

@@ -88,6 +88,10 @@ public:
     bool isEnabled() const { return enabled_; }
     void setEnabled(bool enabled) { enabled_ = enabled; }
 
+    // The PPD option whose choices the items are, for who shows more of it than the items say; "" for none.
+    const std::string& optionKeyword() const { return optionKeyword_; }
+    void setOptionKeyword(std::string keyword) { optionKeyword_ = std::move(keyword); }
+
     // While it is on, a mirror may enable and disable the items by itself; off, the items' own flags rule.
     bool autoenablesItems() const { return autoenablesItems_; }
     void setAutoenablesItems(bool on) { autoenablesItems_ = on; }
@@ -112,6 +116,7 @@ public:
     bool pick(std::int64_t index);
 
 private:
+    std::string optionKeyword_;
     bool enabled_ = true;
     bool autoenablesItems_ = true;
     std::vector<MenuItem> items_;

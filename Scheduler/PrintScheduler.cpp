@@ -81,7 +81,10 @@ void readQueueAttribute(std::string_view name, ipp_attribute_t* attribute, Sched
     if (name == "printer-make-and-model") queue.makeAndModel = textOf(attribute);
     if (name == "device-uri") queue.deviceURI = textOf(attribute);
     if (name == "printer-is-accepting-jobs") queue.takesJobs = ippGetBoolean(attribute, 0) != 0;
-    if (name == "printer-state") queue.isPaused = ippGetInteger(attribute, 0) == IPP_PSTATE_STOPPED;
+    if (name == "printer-state") {
+        queue.isPaused = ippGetInteger(attribute, 0) == IPP_PSTATE_STOPPED;
+        queue.isPrinting = ippGetInteger(attribute, 0) == IPP_PSTATE_PROCESSING;
+    }
     if (name != "printer-state-reasons") return;
     for (int i = 0; i < ippGetCount(attribute); ++i)
         if (std::string reason = textOf(attribute, i); reason != "none")

@@ -28,6 +28,7 @@ struct SchedulerQueue {
     std::string deviceURI;    // without the credentials that the scheduler keeps to itself
     bool takesJobs = true;
     bool isPaused = false;
+    bool isPrinting = false;          // somebody's job
     std::vector<std::string> reasons; // printer-state-reasons, without "none"
 
     // Whether the queue is one printer. A class, or a queue that stands for several printers of other

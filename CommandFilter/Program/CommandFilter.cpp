@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <ctime>
 #include <memory>
 #include <vector>
 
@@ -67,12 +68,37 @@ Commands knownCommands(const CommandFile& file) {
     return commands;
 }
 
-void answerInChunks(const CommandSpec& command, const Ticket& ticket) {
+// The end of a PPD keyword behind "CustomType".
+bool isKeywordsEnd(std::string_view text) {
+    constexpr std::size_t kMostLetters = 40 - std::string_view("CustomType").size();
+    return !text.empty() && text.size() <= kMostLetters &&
+           text.find_first_not_of(
+               "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_") == std::string_view::npos;
+}
+
+// The custom papers, without types that make no keyword: a dialog then leaves them as the PPD has them.
+void dropUnusableTypes(platform::PropertyList& papers) {
+    platform::PropertyList::List* const list = papers.asList();
+    if (list == nullptr) return;
+    platform::LogLimit dropped(tellWarning);
+    for (platform::PropertyList& paper : *list) {
+        const std::string* const type = paper.findString("type");
+        if (type == nullptr || isKeywordsEnd(*type)) continue;
+        dropped.write("The type \"" + *type + "\" of a custom paper is left out: it makes no keyword of a PPD.");
+        paper.asDictionary()->erase("type");
+    }
+}
+
+// With the time at which the printer was asked.
+void answerInChunks(const CommandSpec& command, const Ticket& ticket, std::time_t askedAt) {
     Ticket part;
     for (const std::string_view key : command.keys)
         if (const auto found = ticket.find(key); found != ticket.end()) part.insert(*found);
+    if (const auto papers = part.find(OVOVGCustomPaperTypes); papers != part.end())
+        dropUnusableTypes(papers->second);
     const std::string list = platform::PropertyList(std::move(part)).writeXML();
     ppdxWriteData(command.name, list.data(), list.size());
+    tellPPD(std::string(command.name) + kAnswerTime, std::to_string(askedAt));
 }
 
 void reportLevels(const Ticket& ticket) {
@@ -90,6 +116,7 @@ bool wantsDocument(const CommandSpec* command) {
 bool answerFromDocument(
     const Commands& commands, const PrinterAddress& address, const CommandFile& file, bool* isOffline) {
     if (std::ranges::none_of(commands, wantsDocument)) return true;
+    const std::time_t askedAt = std::time(nullptr);
     const StatusAnswer answer = askForDocument(address, {file.user, file.password});
     std::ranges::for_each(answer.trace, tellDebug);
     *isOffline = answer.isOffline;
@@ -99,7 +126,7 @@ bool answerFromDocument(
         return false;
     }
     for (const CommandSpec* command : commands) {
-        if (command->source == Source::document) answerInChunks(*command, *answer.ticket);
+        if (command->source == Source::document) answerInChunks(*command, *answer.ticket, askedAt);
         if (command->source == Source::levels) reportLevels(*answer.ticket);
     }
     return true;
@@ -109,9 +136,10 @@ bool answerFromAgent(const Commands& commands, const PrinterAddress& address, co
     bool alreadyComplained) {
     const auto command = std::ranges::find_if_not(commands, wantsDocument);
     if (command == commands.end()) return true;
+    const std::time_t askedAt = std::time(nullptr);
     const StatusAnswer answer = askForAccounting(address, serverRoot);
     if (answer.ticket) {
-        answerInChunks(**command, *answer.ticket);
+        answerInChunks(**command, *answer.ticket, askedAt);
         return true;
     }
     // One printer, one complaint.

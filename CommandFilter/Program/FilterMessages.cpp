@@ -40,6 +40,10 @@ void tellState(char sign, const std::string& reasons) {
     if (!reasons.empty()) tell("STATE", sign + reasons);
 }
 
+void tellPPD(const std::string& keyword, const std::string& value) {
+    tell("PPD", keyword + '=' + value);
+}
+
 void tellAttributes(const std::string& attributes) {
     tell("ATTR", attributes);
 }

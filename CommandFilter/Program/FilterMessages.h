@@ -21,4 +21,7 @@ void tellState(char sign, const std::string& reasons);
 // Attributes of the printer: name=value, quoted as filter(7) wants it.
 void tellAttributes(const std::string& attributes);
 
+// Sets an attribute of the queue's PPD: a keyword, and a value without blanks.
+void tellPPD(const std::string& keyword, const std::string& value);
+
 } // namespace orvan

@@ -32,7 +32,11 @@ std::string getDeviceModelNumber(ppd_file_t* ppd) {
 }
 
 std::int32_t MyCheckPDEContextCUPS(ppd_file_t* ppd) {
-    const auto hasOption = [&](const char* keyword) { return ppdFindOption(ppd, keyword) != nullptr; };
+    // libcups finds options whatever the case of their letters.
+    const auto hasOption = [&](const char* keyword) {
+        const ppd_option_t* const option = ppdFindOption(ppd, keyword);
+        return option != nullptr && std::strcmp(option->keyword, keyword) == 0;
+    };
     if (std::ranges::none_of(kFamilyOptions, hasOption)) return kPDEContextNotValid;
     const bool ours = ppd->manufacturer != nullptr && kManufacturer == ppd->manufacturer;
     return ours ? kPDEContextValid : kPDEContextNotValid;

@@ -10,8 +10,10 @@ namespace {
 bool runningOnTenPointOrLater(std::int32_t thresholdMinor) {
     std::int32_t major = 10;
     std::int32_t minor = 4;
+    std::int32_t point = 0; // which decides nothing
     platform::Gestalt(platform::kGestaltSystemVersionMajor, &major);
     platform::Gestalt(platform::kGestaltSystemVersionMinor, &minor);
+    platform::Gestalt(platform::kGestaltSystemVersionBugFix, &point);
     return major > 10 || (major == 10 && minor >= thresholdMinor);
 }
 

@@ -3,7 +3,7 @@
 #include "BiDi/Common/CommandFilterPath.h"
 #include "BiDi/Common/SupportedCommands.h"
 #include "BiDi/ResponseEntries.h"
-#include "BiDi/ppdx.h"
+#include "BiDi/StoredAnswers.h"
 #include "Common/CommandJob.h"
 #include "Common/Utilities/DeviceChecks.h"
 #include "Common/Utilities/ReleaseGates.h"
@@ -11,6 +11,7 @@
 #include "Orvan/Interruption.h"
 #include "Orvan/PrinterQuery.h"
 #include "Orvan/StatusJobs.h"
+#include "Orvan/StatusReport.h"
 #include "Orvan/Waiting.h"
 #include "PrintDialog/Host/QueuePPD.h"
 
@@ -32,13 +33,6 @@ constexpr const char* kNeedsPPD = "the PPD has to be right first";
 std::string driverAdvice(const std::string& queue) {
     return "Give the queue the printer's driver: \"lpadmin -p " + queue +
            " -P /usr/share/ppd/Orvan/Orvan-4500.ppd\", or in the system's printer settings.";
-}
-
-// Whether the PPD has an answer to the command that can be read.
-bool hasAnswer(ppd_file_t* ppd, const std::string& command) {
-    std::size_t size = 0;
-    const PpdxData data = ppdxReadData(ppd, command.c_str(), ppdx_get_chunk_ppd, &size);
-    return data != nullptr && platform::PropertyList::read({data.get(), size}).has_value();
 }
 
 std::string joined(const std::vector<std::string>& words) {
@@ -189,13 +183,10 @@ Finding QueueCheckup::examineAnswers() const {
     const CommandList commands = supportedCommandsInPPD(ppd->record()).value_or(CommandList{});
     std::vector<std::string> missing;
     std::vector<std::string> unreadable;
-    std::size_t count = 0;
+    const std::vector<StoredAnswer> answers = storedAnswers(ppd->record());
     for (const std::string& command : commands) {
         if (!command.starts_with(kCommandPrefix)) continue;
-        if (hasAnswer(ppd->record(), command)) {
-            ++count;
-            continue;
-        }
+        if (std::ranges::find(answers, command, &StoredAnswer::command) != answers.end()) continue;
         const bool hasChunks = ppdx_get_chunk_ppd(ppd->record(), (command + "0000").c_str()) != nullptr;
         (hasChunks ? unreadable : missing).push_back(command);
     }
@@ -204,15 +195,22 @@ Finding QueueCheckup::examineAnswers() const {
     if (!isOnNetwork(queue_->deviceURI, ppd->record()))
         return notChecked("this queue's device has no network address");
     if (!complaint_.empty())
-        return problem(
-            "the command filter complains: " + complaint_ + (count > 0 ? " (earlier answers are kept)" : ""),
+        return problem("the command filter complains: " + complaint_ +
+                           (!answers.empty() ? " (earlier answers are kept)" : ""),
             how);
     if (!unreadable.empty())
         return problem("the answers to " + joined(unreadable) + " cannot be decoded", how);
     if (!missing.empty())
         return hasJobEnded_ ? problem("there are no answers to " + joined(missing), how)
                             : notChecked("there are no answers yet to " + joined(missing));
-    return ok(std::to_string(count) + " answers are stored and can be decoded");
+    if (const StoredAnswer* const papers = answerWithPapers(answers)) {
+        const auto unknown = papersUnknownTo(*ppd, customPapers({papers->list}));
+        if (!unknown.empty())
+            return problem("the queue's PPD cannot name these papers to the printer: " + joined(unknown),
+                "Give them types that the PPD has as CustomType1 and so on, or the queue a driver that has "
+                "theirs.");
+    }
+    return ok(std::to_string(answers.size()) + " answers are stored and can be decoded");
 }
 
 } // namespace orvan

@@ -1,5 +1,6 @@
 // The names that people gave the printer's custom paper types: asked for when the panel is created, and put
 // into the paper-type list when it is first shown.
+#include "BiDi/StoredAnswers.h"
 #include "Common/PPDUtilities.h"
 #include "Common/Utilities/ReleaseGates.h"
 #include "Formats/TextEncoding.h"
@@ -14,7 +15,6 @@
 namespace orvan {
 namespace {
 
-constexpr std::string_view kCustomPaperTypesKey = "customPaperTypes";
 constexpr std::string_view kCustomType = "CustomType";
 constexpr std::size_t kMostTypesOfAResponse = 5;
 

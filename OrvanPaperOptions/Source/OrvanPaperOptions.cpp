@@ -20,10 +20,12 @@ OrvanPaperOptions::OptionRow OrvanPaperOptions::OptionRow::fromPPD(
 std::shared_ptr<OrvanPaperOptions> OrvanPaperOptions::initWithCallbackAndBundle(
     std::shared_ptr<platform::PDEPluginCallback> callback, std::shared_ptr<platform::Bundle> bundle) {
     platform::systemLog("initWithCallback: paper options\n");
+    if (callback == nullptr || bundle == nullptr) return nullptr;
     const std::shared_ptr<OrvanPaperOptions> panel(new OrvanPaperOptions);
     panel->pdePluginCallbackObject_ = std::move(callback);
     panel->pluginBundle_ = std::move(bundle);
     panel->ppd_ = panel->pdePluginCallbackObject_->ppdFile();
+    if (panel->ppd_ == nullptr) return nullptr;
     for (std::size_t i = 0; i < kOptionRows.size(); ++i)
         panel->rows_[i] = OptionRow::fromPPD(panel->ppd_, kOptionRows[i]);
 
@@ -47,8 +49,10 @@ platform::ViewOwner OrvanPaperOptions::viewOwner() {
     platform::ViewOwner owner;
     owner.setOutlet = [this](std::string_view outlet, const std::shared_ptr<platform::View>& view) {
         for (OptionRow& row : rows_)
-            if (row.spec->outlet == outlet)
+            if (row.spec->outlet == outlet) {
                 row.popUp = std::dynamic_pointer_cast<platform::PopUpButton>(view);
+                if (row.popUp != nullptr) row.popUp->setOptionKeyword(row.spec->keyword);
+            }
     };
     // The dialog may keep a view longer than the panel; the action of such a view does nothing.
     owner.action = [weak = weak_from_this()](std::string_view name) -> platform::PopUpButton::Action {

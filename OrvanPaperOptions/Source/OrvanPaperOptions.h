@@ -39,7 +39,8 @@ std::string EmptyIfNil(const std::string* text);
 class OrvanPaperOptions final : public platform::PDEPanel,
                                 public std::enable_shared_from_this<OrvanPaperOptions> {
 public:
-    // Null when the dialog's PPD has none of the panel's options.
+    // Null when the dialog's PPD has none of the panel's options; without a callback object, its record or a
+    // bundle as well.
     static std::shared_ptr<OrvanPaperOptions> initWithCallbackAndBundle(
         std::shared_ptr<platform::PDEPluginCallback> callback, std::shared_ptr<platform::Bundle> bundle);
     // No answer of the printer reaches the panel any more.

@@ -18,14 +18,14 @@ bool OrvanPaperOptionsPlugin::initWithBundle(const std::shared_ptr<platform::Bun
 
 std::shared_ptr<const platform::PDEPlugin::PanelList> OrvanPaperOptionsPlugin::PDEPanelsForTypeWithHostInfo(
     std::string_view dialogType, std::shared_ptr<platform::PDEPluginCallback> hostInfo) {
-    auto panels = std::make_shared<PanelList>();
+    const auto panels = std::make_shared<PanelList>();
     panels->reserve(2);
+    PDEs_ = panels;
     if (dialogType == platform::kPrintDialogTypeIdentifier) {
         auto panel = OrvanPaperOptions::initWithCallbackAndBundle(std::move(hostInfo), pluginBundle_.lock());
         if (panel != nullptr) panels->push_back(std::move(panel));
-        if (panels->empty()) panels = nullptr;
+        if (panels->empty()) PDEs_ = nullptr;
     }
-    PDEs_ = std::move(panels);
     return PDEs_;
 }
 

@@ -3,8 +3,8 @@
 #include "Common/Utilities/DeviceChecks.h"
 #include "Platform/SystemLog.h"
 #include "PrintDialog/Gtk3/Guarded.h"
-#include "PrintDialog/Gtk3/HostText.h"
 #include "PrintDialog/Host/AdministratorSettings.h"
+#include "PrintDialog/Host/HostText.h"
 #include "PrintDialog/Host/InstalledFiles.h"
 
 #include <cmath>
@@ -78,6 +78,7 @@ DialogAttachment::~DialogAttachment() {
 
 void DialogAttachment::printerSelected() {
     request_.drop();
+    isReplacing_ = false;
     endSession();
     GtkPrinter* const printer = gtk_print_unix_dialog_get_selected_printer(dialog_);
     queue_ = printer != nullptr && !gtk_printer_is_virtual(printer) ? gtk_printer_get_name(printer) : "";
@@ -93,30 +94,41 @@ void DialogAttachment::queueArrived(std::optional<OpenedQueue> opened, const Que
         if (failure.isTrouble) logOnce("no paper options for printer " + queue_ + ": " + failure.text);
         return;
     }
-    if (MyCheckPDEContextCUPS(opened->ppd->record()) != kPDEContextValid) return;
-    auto printer = std::make_shared<SchedulerPrinter>(
-        std::move(opened->fetched), SchedulerPrinterOptions{.deadline = SchedulerWorker::kDialogDeadline,
-                                        .answerBudget = kAnswerBudget,
-                                        .asksPrinter = administratorSettings().asksPrinter});
+    if (auto session = openSession(
+            *std::move(opened), administratorSettings().asksPrinter ? Question::asked : Question::forbidden))
+        startSession(std::move(session));
+}
+
+std::unique_ptr<PanelSession> DialogAttachment::openSession(OpenedQueue opened, Question question) {
+    ppd_file_t* const record = opened.ppd->record();
+    if (MyCheckPDEContextCUPS(record) != kPDEContextValid) return nullptr;
+    PaperNames::Start start{.stored = storedAnswers(record, kAnswerBudget),
+        .isBusy = opened.fetched.queue.isPrinting,
+        .hasCommands = ppdFindAttr(record, "cupsCommands", nullptr) != nullptr,
+        .asksPrinter = question == Question::asked,
+        .isAnswered = question == Question::answered};
+    const auto printer = std::make_shared<DialogPrinter>(std::make_unique<SchedulerPrinter>(
+        std::move(opened.fetched), SchedulerPrinterOptions{.deadline = SchedulerWorker::kDialogDeadline,
+                                       .answerBudget = kAnswerBudget,
+                                       .asksPrinter = question == Question::asked}));
     platform::Failure error;
-    auto session = PanelSession::create(bundle_, std::move(opened->ppd), printer, error);
+    auto session = PanelSession::create(bundle_, std::move(opened.ppd), printer, error);
     if (session == nullptr) {
         if (error) logOnce("paper options are off: " + *error);
-        return;
+        return nullptr;
     }
-    startSession(std::move(session));
-    printer_ = std::move(printer);
-    printer_->setRefusalHandler([this](const std::string& why) {
-        logOnce("printer " + queue_ + " was not asked: " + why);
-        tab_.setNotice(hostText("The printer was not asked for its paper names: %1.", {why}));
-    });
+    printer->printer().setRefusalHandler(
+        [queue = queue_](const std::string& why) { logOnce("printer " + queue + " was not asked: " + why); });
+    names_ = std::make_unique<PaperNames>(
+        session->panel(), printer, std::move(start), [this] { namesChanged(); },
+        [this] { replaceSession(); });
+    return session;
 }
 
 void DialogAttachment::startSession(std::unique_ptr<PanelSession> session) {
-    session_ = std::move(session);
-    const auto& keys = session_->panel().supportedPPDOptionKeys();
+    const auto& keys = session->panel().supportedPPDOptionKeys();
     carried_ = {keys.begin(), keys.end()};
-    session_->setPickHandler([this](const MarkResult& result) { pickedInPanel(result); });
+    useSession(std::move(session));
     options_ = std::make_unique<DialogOptions>(dialog_,
         [this](const std::string& keyword, const std::string& choice) { changedInDialog(keyword, choice); });
 
@@ -130,19 +142,59 @@ void DialogAttachment::startSession(std::unique_ptr<PanelSession> session) {
     if (tab_.isInFront()) tabShown();
 }
 
+void DialogAttachment::useSession(std::unique_ptr<PanelSession> session) {
+    session_ = std::move(session);
+    session_->setPickHandler([this](const std::string& option, const std::string& choice,
+                                 const MarkResult& result) { pickedInPanel(option, choice, result); });
+}
+
+void DialogAttachment::namesChanged() {
+    tab_.setLine(names_->line());
+    if (tab_.isInFront() && !tab_.hasPanel()) tabShown();
+}
+
+// Called again and again until it is done. The new panel's question is the one that was just answered.
+void DialogAttachment::replaceSession() {
+    if (isReplacing_ || tab_.isBusy()) return;
+    isReplacing_ = true;
+    request_ = openQueue(queue_, SchedulerWorker::kDialogDeadline,
+        [this](std::optional<OpenedQueue> opened, const QueueFailure&) {
+            isReplacing_ = false;
+            if (!opened || tab_.isBusy()) return;
+            const DialogPPD::Marks marks = session_->ppd().marks();
+            const std::string focused = tab_.focusedOption();
+            names_.reset();
+            tab_.dropPanel();
+            auto session = openSession(*std::move(opened), Question::answered);
+            if (session == nullptr) return endSession();
+            useSession(std::move(session));
+            session_->markElsewhere(marks);
+            tab_.setLine(names_->line());
+            if (!tab_.isInFront()) return;
+            tabShown();
+            tab_.focus(focused);
+        });
+}
+
 void DialogAttachment::endSession() {
     tab_.disappear();
     options_.reset();
-    if (const auto printer = std::exchange(printer_, nullptr)) printer->setRefusalHandler({});
+    names_.reset();
     session_.reset();
     carried_.clear();
 }
 
 void DialogAttachment::tabShown() {
     if (session_ == nullptr) return;
+    tab_.setLine(names_->line());
+    if (!names_->isReady()) return;
+    if (!session_->wasShown()) names_->willShow();
     session_->willShow();
     platform::View* const root = session_->panel().panelView();
-    if (!tab_.hasPanel() && root != nullptr) tab_.setPanel(*root, [this] { refreshTab(); });
+    if (!tab_.hasPanel() && root != nullptr)
+        tab_.setPanel(
+            *root, [this](const platform::PopUpButton& popUp) { return session_->shown(popUp); },
+            [this] { refreshTab(); });
     refreshTab();
 }
 
@@ -151,15 +203,21 @@ void DialogAttachment::pageSetupChanged() {
     if (const std::string size = pageSizeChoice(); !size.empty()) changedInDialog(kPageSize, size);
 }
 
-void DialogAttachment::pickedInPanel(const MarkResult& result) {
-    writeToDialog(result, "");
+void DialogAttachment::pickedInPanel(
+    const std::string& option, const std::string& choice, const MarkResult& result) {
+    // A pick of what was marked already is one as well: it is no longer left to the printer.
+    if (session_->ppd().choiceOf(option) == choice) writeToDialog(option, choice);
+    writeToDialog(result, option);
     report(result, result.changes.empty() ? "" : result.changes.front().option);
+    if (!session_->ppd().isInFile(option, choice))
+        tab_.setNotice(hostText("The driver of this queue cannot name %1 to the printer.",
+            {session_->ppd().choiceTitle(option, choice)}));
 }
 
 void DialogAttachment::changedInDialog(const std::string& keyword, const std::string& choice) {
     if (session_ == nullptr) return;
     DialogPPD& ppd = session_->ppd();
-    const std::string marked = choice.empty() ? ppd.defaultChoiceOf(keyword) : ppd.choiceNow(keyword, choice);
+    const std::string marked = choice.empty() ? ppd.defaultChoiceOf(keyword) : choice;
     const MarkResult result = session_->markElsewhere(keyword, marked);
     if (result.changes.empty() && result.conflicts.empty()) return;
     writeToDialog(result, keyword);
@@ -168,13 +226,14 @@ void DialogAttachment::changedInDialog(const std::string& keyword, const std::st
 }
 
 void DialogAttachment::writeToDialog(const MarkResult& result, const std::string& except) {
-    for (const ChoiceChange& change : result.changes) {
-        if (change.option == except) continue;
-        carried_.insert(change.option);
-        // GTK knows a choice that the panel renamed by the keyword that it has in the file.
-        if (!options_->write(change.option, change.to))
-            options_->write(change.option, session_->ppd().choiceInFile(change.option, change.to));
-    }
+    for (const ChoiceChange& change : result.changes)
+        if (change.option != except) writeToDialog(change.option, change.to);
+}
+
+void DialogAttachment::writeToDialog(const std::string& option, const std::string& choice) {
+    carried_.insert(option);
+    // A choice that GTK does not know must not leave another one in its place.
+    if (!options_->write(option, choice)) options_->write(option, std::string(kAsPrinterIsSet));
 }
 
 void DialogAttachment::report(const MarkResult& result, const std::string& asked) {

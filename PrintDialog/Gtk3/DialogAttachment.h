@@ -7,6 +7,7 @@
 #include "PrintDialog/Gtk3/GObjectRef.h"
 #include "PrintDialog/Gtk3/PanelTab.h"
 #include "PrintDialog/Host/PanelSession.h"
+#include "PrintDialog/Host/PaperNames.h"
 #include "PrintDialog/Host/QueuePPD.h"
 
 #include <gtk/gtkunixprint.h>
@@ -41,16 +42,24 @@ private:
 
     void printerSelected();
     void queueArrived(std::optional<OpenedQueue> opened, const QueueFailure& failure);
+    // Null, and one line in the log, when there is no panel for the queue.
+    enum class Question { asked, forbidden, answered };
+    std::unique_ptr<PanelSession> openSession(OpenedQueue opened, Question question);
     void startSession(std::unique_ptr<PanelSession> session);
     void endSession();
     void tabShown();
+    // The paper names of the panel that is shown are no longer the printer's: a new panel takes its place.
+    void replaceSession();
+    void namesChanged();
+    void useSession(std::unique_ptr<PanelSession> session);
     void pageSetupChanged();
 
     // One direction each, and neither answers itself: what the panel picked goes to GTK's options, what was
     // changed there goes to the panel.
-    void pickedInPanel(const MarkResult& result);
+    void pickedInPanel(const std::string& option, const std::string& choice, const MarkResult& result);
     void changedInDialog(const std::string& keyword, const std::string& choice);
     void writeToDialog(const MarkResult& result, const std::string& except);
+    void writeToDialog(const std::string& option, const std::string& choice);
     void report(const MarkResult& result, const std::string& asked);
     void refreshTab();
     std::string pageSizeChoice();
@@ -60,8 +69,9 @@ private:
     std::string queue_;
     SchedulerRequest request_; // for the queue, before there is a session
     PanelTab tab_;
-    std::shared_ptr<SchedulerPrinter> printer_; // the session's
     std::unique_ptr<PanelSession> session_;
+    std::unique_ptr<PaperNames> names_; // the session's
+    bool isReplacing_ = false;          // the session: the queue is being opened anew
     std::unique_ptr<DialogOptions> options_;
     std::set<std::string> carried_; // the options that the job is told of
     SignalConnection printerConnection_;

@@ -31,8 +31,10 @@ using GLibString = std::unique_ptr<char, FreeGLib>;
 // One handler of one object's signal, disconnected when this ends. The object may go first.
 class SignalConnection {
 public:
-    SignalConnection(gpointer object, const char* signal, GCallback handler, gpointer data)
-        : object_(static_cast<GObject*>(object)), id_(g_signal_connect(object, signal, handler, data)) {
+    SignalConnection(gpointer object, const char* signal, GCallback handler, gpointer data,
+        GConnectFlags flags = static_cast<GConnectFlags>(0))
+        : object_(static_cast<GObject*>(object)),
+          id_(g_signal_connect_data(object, signal, handler, data, nullptr, flags)) {
         g_object_add_weak_pointer(object_, &weak_);
         weak_ = object_;
     }

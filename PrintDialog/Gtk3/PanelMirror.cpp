@@ -13,6 +13,7 @@ namespace {
 
 constexpr int kRowSpacing = 6;     // pixels, as in GTK's own tabs
 constexpr int kColumnSpacing = 12; // pixels
+constexpr std::size_t kMostInMenu = 30;
 enum Column : int { kTitle, kEnabled };
 
 int pixels(double points) {
@@ -73,7 +74,8 @@ struct PanelMirror::PopUpMirror {
         : owner(mirror),
           model(popUp),
           widget(makeWidget()),
-          changed(widget, "changed", G_CALLBACK(onChanged), this) {
+          changed(widget, "changed", G_CALLBACK(onChanged), this),
+          poppedUp(widget, "notify::popup-shown", G_CALLBACK(onPopUp), this) {
         gtk_widget_set_size_request(GTK_WIDGET(widget), pixels(popUp.frame().width), -1);
         gtk_widget_set_hexpand(GTK_WIDGET(widget), TRUE);
     }
@@ -89,37 +91,64 @@ struct PanelMirror::PopUpMirror {
     }
 
     static void onChanged(GtkComboBox* combo, PopUpMirror* self) {
-        guarded([combo, self] {
-            if (!self->model.pick(gtk_combo_box_get_active(combo))) self->refresh();
-            const std::function<void()> picked = self->owner.picked_;
-            picked();
-        });
+        self->wasChanged = true;
+        guarded([combo, self] { self->pick(gtk_combo_box_get_active(combo)); });
+    }
+
+    // GtkComboBox says nothing when the item is picked that it shows; its menu does.
+    static void onMenuActivate(GtkWidget*, const char*, PopUpMirror* self) {
+        if (!std::exchange(self->wasChanged, false))
+            guarded([self] { self->pick(gtk_combo_box_get_active(self->widget)); });
+    }
+
+    static void onPopUp(GtkComboBox* combo, GParamSpec*, PopUpMirror* self) {
+        self->wasChanged = false;
+        AtkObject* const menu = gtk_combo_box_get_popup_accessible(combo);
+        if (self->activated != nullptr || !GTK_IS_ACCESSIBLE(menu)) return;
+        GtkWidget* const popUp = gtk_accessible_get_widget(GTK_ACCESSIBLE(menu));
+        if (popUp != nullptr && g_signal_lookup("menu-activate", G_OBJECT_TYPE(popUp)) != 0)
+            self->activated = std::make_unique<SignalConnection>(
+                popUp, "menu-activate", G_CALLBACK(onMenuActivate), self, G_CONNECT_AFTER);
+    }
+
+    void pick(int index) {
+        const bool isItem = index >= 0 && static_cast<std::size_t>(index) < shown.size();
+        const std::int64_t place = isItem ? shown[static_cast<std::size_t>(index)].place : -1;
+        if (!model.pick(place)) refresh();
+        const std::function<void()> picked = owner.picked_;
+        picked();
     }
 
     void refresh() {
         const SignalConnection::Block block(changed);
-        if (!showsItems()) fill();
-        gtk_combo_box_set_active(widget, static_cast<int>(model.indexOfSelectedItem()));
+        ShownPopUp now = owner.shown_(model);
+        if (!isFilled || shown != now.items) {
+            shown = std::move(now.items);
+            fill();
+        }
+        gtk_combo_box_set_active(widget, static_cast<int>(now.selected));
         gtk_widget_set_sensitive(GTK_WIDGET(widget), model.isEnabled());
         gtk_widget_set_visible(GTK_WIDGET(widget), !model.isHidden());
     }
 
-    bool showsItems() const {
-        return shown.size() == model.items().size() &&
-               std::ranges::equal(shown, model.items(), [](const auto& was, const platform::MenuItem& item) {
-                   return was.first == item.title && was.second == item.enabled;
-               });
+    // GTK's menus take a time that grows with the square of their items; its lists do not.
+    void preferList() {
+        const GObjectRef<GtkCssProvider> style(gtk_css_provider_new());
+        gtk_css_provider_load_from_data(
+            style.get(), "combobox { -GtkComboBox-appears-as-list: 1; }", -1, nullptr);
+        gtk_style_context_add_provider(gtk_widget_get_style_context(GTK_WIDGET(widget)),
+            GTK_STYLE_PROVIDER(style.get()), GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+        g_signal_emit_by_name(widget, "style-updated"); // before it makes a menu of the items
     }
 
     // A new store is filled before the control sees it: a control redraws with every row that it sees added.
     void fill() {
+        isFilled = true;
+        if (shown.size() > kMostInMenu && !std::exchange(isList, true)) preferList();
         const GObjectRef<GtkListStore> store(gtk_list_store_new(2, G_TYPE_STRING, G_TYPE_BOOLEAN));
-        shown.clear();
-        for (const platform::MenuItem& item : model.items()) {
+        for (const ShownItem& item : shown)
             gtk_list_store_insert_with_values(store.get(), nullptr, -1, kTitle, item.title.c_str(), kEnabled,
                 item.enabled ? TRUE : FALSE, -1);
-            shown.emplace_back(item.title, item.enabled);
-        }
         gtk_combo_box_set_model(widget, GTK_TREE_MODEL(store.get()));
     }
 
@@ -127,11 +156,16 @@ struct PanelMirror::PopUpMirror {
     platform::PopUpButton& model;
     GtkComboBox* widget;
     SignalConnection changed;
-    std::vector<std::pair<std::string, bool>> shown;
+    SignalConnection poppedUp;
+    std::unique_ptr<SignalConnection> activated;
+    std::vector<ShownItem> shown;
+    bool isFilled = false;
+    bool isList = false;
+    bool wasChanged = false; // since its menu came up
 };
 
-PanelMirror::PanelMirror(platform::View& root, std::function<void()> picked)
-    : picked_(std::move(picked)), grid_(gtk_grid_new()) {
+PanelMirror::PanelMirror(platform::View& root, Shown shown, std::function<void()> picked)
+    : shown_(std::move(shown)), picked_(std::move(picked)), grid_(gtk_grid_new()) {
     gtk_grid_set_row_spacing(GTK_GRID(grid_), kRowSpacing);
     gtk_grid_set_column_spacing(GTK_GRID(grid_), kColumnSpacing);
     int row = 0;
@@ -161,6 +195,31 @@ void PanelMirror::add(platform::PopUpButton& popUp, int column, int row) {
     // The label on its left names the pop-up for assistive technology.
     GtkWidget* const left = column > 0 ? gtk_grid_get_child_at(GTK_GRID(grid_), column - 1, row) : nullptr;
     if (GTK_IS_LABEL(left)) gtk_label_set_mnemonic_widget(GTK_LABEL(left), widget);
+}
+
+bool PanelMirror::isMenuOpen() const {
+    return std::ranges::any_of(popUps_, [](const auto& popUp) {
+        gboolean isOpen = FALSE;
+        g_object_get(popUp->widget, "popup-shown", &isOpen, nullptr);
+        return isOpen != FALSE;
+    });
+}
+
+std::string PanelMirror::focusedOption() const {
+    for (const auto& popUp : popUps_) {
+        GtkWidget* const widget = GTK_WIDGET(popUp->widget);
+        GtkWidget* const window = gtk_widget_get_toplevel(widget);
+        GtkWidget* const focus = GTK_IS_WINDOW(window) ? gtk_window_get_focus(GTK_WINDOW(window)) : nullptr;
+        if (focus != nullptr && (focus == widget || gtk_widget_is_ancestor(focus, widget)))
+            return popUp->model.optionKeyword();
+    }
+    return {};
+}
+
+void PanelMirror::focus(const std::string& option) {
+    for (const auto& popUp : popUps_)
+        if (!option.empty() && popUp->model.optionKeyword() == option)
+            gtk_widget_grab_focus(GTK_WIDGET(popUp->widget));
 }
 
 void PanelMirror::refresh() {

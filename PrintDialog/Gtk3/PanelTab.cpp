@@ -73,7 +73,10 @@ void PanelTab::ensureWidgets() {
         gtk_box_pack_start(columns, GTK_WIDGET(column), TRUE, TRUE, 0);
     }
     gtk_widget_show(GTK_WIDGET(columns));
+    line_ = makeTextLabel();
+    gtk_widget_hide(GTK_WIDGET(line_));
     notice_ = makeTextLabel();
+    gtk_box_pack_start(content_, GTK_WIDGET(line_), FALSE, FALSE, 0);
     gtk_box_pack_start(content_, GTK_WIDGET(columns), FALSE, FALSE, 0);
     gtk_box_pack_start(content_, GTK_WIDGET(notice_), FALSE, FALSE, 0);
     gtk_widget_show(GTK_WIDGET(content_));
@@ -89,6 +92,7 @@ void PanelTab::appear(const std::string& name) {
     ensureWidgets();
     gtk_label_set_text(name_, name.c_str());
     refresh({});
+    setLine("");
     setNotice("");
     showWhenSettled();
 }
@@ -115,19 +119,41 @@ void PanelTab::disappear() {
     stopWaiting();
     if (page_ == nullptr) return;
     gtk_widget_hide(page_);
+    dropPanel();
+}
+
+void PanelTab::dropPanel() {
     if (mirror_ == nullptr) return;
     gtk_widget_destroy(mirror_->widget());
     mirror_.reset();
+}
+
+bool PanelTab::isBusy() const {
+    if (mirror_ != nullptr && mirror_->isMenuOpen()) return true;
+    GdkWindow* const window = gtk_widget_get_window(GTK_WIDGET(dialog_));
+    if (window == nullptr) return false;
+    GdkSeat* const seat = gdk_display_get_default_seat(gdk_window_get_display(window));
+    GdkModifierType held{};
+    gdk_window_get_device_position(window, gdk_seat_get_pointer(seat), nullptr, nullptr, &held);
+    return (held & (GDK_BUTTON1_MASK | GDK_BUTTON2_MASK | GDK_BUTTON3_MASK)) != 0;
+}
+
+std::string PanelTab::focusedOption() const {
+    return mirror_ != nullptr ? mirror_->focusedOption() : std::string();
+}
+
+void PanelTab::focus(const std::string& option) {
+    if (mirror_ != nullptr) mirror_->focus(option);
 }
 
 bool PanelTab::isInFront() const {
     return page_ != nullptr && gtk_widget_get_mapped(page_);
 }
 
-void PanelTab::setPanel(platform::View& root, std::function<void()> picked) {
-    mirror_ = std::make_unique<PanelMirror>(root, std::move(picked));
+void PanelTab::setPanel(platform::View& root, PanelMirror::Shown shown, std::function<void()> picked) {
+    mirror_ = std::make_unique<PanelMirror>(root, std::move(shown), std::move(picked));
     gtk_box_pack_start(content_, mirror_->widget(), FALSE, FALSE, 0);
-    gtk_box_reorder_child(content_, mirror_->widget(), 0);
+    gtk_box_reorder_child(content_, mirror_->widget(), 1); // below the line
 }
 
 void PanelTab::refresh(const PanelSession::Summary& summary) {
@@ -141,6 +167,13 @@ void PanelTab::refresh(const PanelSession::Summary& summary) {
     if (page_ == nullptr) return;
     for (std::size_t i = 0; i < texts.size(); ++i)
         gtk_label_set_text(summary_[i], texts[i].c_str());
+    fitHeight();
+}
+
+void PanelTab::setLine(const std::string& text) {
+    if (line_ == nullptr) return;
+    gtk_label_set_text(line_, text.c_str());
+    gtk_widget_set_visible(GTK_WIDGET(line_), text.empty() ? FALSE : TRUE);
     fitHeight();
 }
 

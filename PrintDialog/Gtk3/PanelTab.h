@@ -33,12 +33,22 @@ public:
     void disappear();
     bool isInFront() const;
 
-    // Mirrors the panel's view, which stays with the panel and must outlive the mirror (disappear).
-    void setPanel(platform::View& root, std::function<void()> picked);
+    // Mirrors the panel's view, which stays with the panel and must outlive the mirror (dropPanel,
+    // disappear).
+    void setPanel(platform::View& root, PanelMirror::Shown shown, std::function<void()> picked);
+    void dropPanel();
     bool hasPanel() const { return mirror_ != nullptr; }
+
+    // Whether a person is in the middle of a pick: a menu of the panel's is open, or a button is held.
+    bool isBusy() const;
+    // The option whose pop-up has the keyboard; "" for none. And the other way round.
+    std::string focusedOption() const;
+    void focus(const std::string& option);
 
     // Brings the panel's mirror and the lines of the summary up to date.
     void refresh(const PanelSession::Summary& summary);
+    // A line above the rows, or in their place; "" for none.
+    void setLine(const std::string& text);
     // A line below the summary; "" for none.
     void setNotice(const std::string& text);
 
@@ -54,6 +64,7 @@ private:
     GtkLabel* name_ = nullptr;
     GtkBox* content_ = nullptr;
     std::array<GtkLabel*, 2> summary_{}; // its columns
+    GtkLabel* line_ = nullptr;
     GtkLabel* notice_ = nullptr;
     std::unique_ptr<PanelMirror> mirror_;
     std::unique_ptr<SignalConnection> mapConnection_;

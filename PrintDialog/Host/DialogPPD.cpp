@@ -31,8 +31,9 @@ public:
     cups_option_t* options = nullptr;
 };
 
-std::string titleOr(std::string_view title, std::string_view keyword) {
-    return platform::decodeUTF8(title).value_or(std::string(keyword));
+template <std::size_t size>
+std::string titleOr(const char (&title)[size], std::string_view keyword) {
+    return titleIn(title).value_or(std::string(keyword));
 }
 
 std::span<const ppd_choice_t> recordsOf(const ppd_option_t& option) {
@@ -71,9 +72,11 @@ std::unique_ptr<DialogPPD> DialogPPD::open(const std::filesystem::path& file, pl
     ppdMarkDefaults(record);
     for (const ppd_option_t* option = ppdFirstOption(record); option != nullptr;
          option = ppdNextOption(record))
-        for (const ppd_choice_t& choice : recordsOf(*option))
-            ppd->choicesInFile_[std::string(fieldText(option->keyword))].emplace_back(
-                fieldText(choice.choice));
+        for (const ppd_choice_t& choice : recordsOf(*option)) {
+            const std::string_view keyword = fieldText(choice.choice);
+            ppd->titlesInFile_[std::string(fieldText(option->keyword))].emplace(
+                keyword, titleOr(choice.text, keyword));
+        }
     return ppd;
 }
 
@@ -84,34 +87,22 @@ bool DialogPPD::hasChoice(const std::string& option, const std::string& choice) 
 std::string DialogPPD::choiceOf(const std::string& option) const {
     const ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
     if (found == nullptr) return {};
+    if (const auto absent = absent_.find(option); absent != absent_.end()) return absent->second;
     if (const ppd_choice_t* marked = ppdFindMarkedChoice(record_.get(), found->keyword))
         return std::string(fieldText(marked->choice));
     return defaultChoiceOf(option);
 }
 
-std::string DialogPPD::choiceNow(const std::string& option, const std::string& choiceInFile) const {
-    const ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
-    const auto inFile = choicesInFile_.find(option);
-    if (found == nullptr || inFile == choicesInFile_.end()) return choiceInFile;
-    const auto place = std::ranges::find(inFile->second, choiceInFile) - inFile->second.begin();
-    return place < found->num_choices ? std::string(fieldText(found->choices[place].choice)) : choiceInFile;
-}
-
-std::string DialogPPD::choiceInFile(const std::string& option, const std::string& choiceNow) const {
-    const ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
-    const auto inFile = choicesInFile_.find(option);
-    if (found == nullptr || inFile == choicesInFile_.end()) return choiceNow;
-    const auto records = recordsOf(*found);
-    const auto record = std::ranges::find_if(
-        records, [&choiceNow](const ppd_choice_t& choice) { return fieldText(choice.choice) == choiceNow; });
-    const auto place = static_cast<std::size_t>(record - records.begin());
-    return place < inFile->second.size() ? inFile->second[place] : choiceNow;
+bool DialogPPD::isInFile(const std::string& option, const std::string& choice) const {
+    const auto titles = titlesInFile_.find(option);
+    return titles != titlesInFile_.end() && titles->second.contains(choice);
 }
 
 std::string DialogPPD::defaultChoiceOf(const std::string& option) const {
     const ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
-    if (found == nullptr || !HasOptionKey(found, fieldText(found->defchoice))) return {};
-    return std::string(fieldText(found->defchoice));
+    if (found == nullptr) return {};
+    std::string choice(fieldText(found->defchoice));
+    return HasOptionKey(found, choice) || isInFile(option, choice) ? choice : std::string();
 }
 
 std::string DialogPPD::pageSizeOf(double width, double height) const {
@@ -130,12 +121,28 @@ DialogPPD::Marks DialogPPD::marks() const {
         const auto* const choice = static_cast<const ppd_choice_t*>(item);
         marks.emplace(fieldText(choice->option->keyword), fieldText(choice->choice));
     }
+    for (const auto& [option, choice] : absent_)
+        marks.insert_or_assign(option, choice);
     return marks;
 }
 
+void DialogPPD::setMarks(const Marks& marks) {
+    for (const auto& [option, choice] : marks) {
+        ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
+        const ppd_choice_t* const first = found != nullptr ? ppdFindChoice(found, choice.c_str()) : nullptr;
+        const bool isMarked = first != nullptr && first == ppdFindMarkedChoice(record_.get(), option.c_str());
+        if (!isMarked || absent_.contains(option)) markOne(option, choice);
+    }
+}
+
 bool DialogPPD::markOne(const std::string& option, const std::string& choice) {
-    if (!hasChoice(option, choice)) return false;
-    ppdMarkOption(record_.get(), option.c_str(), choice.c_str());
+    if (hasChoice(option, choice)) {
+        absent_.erase(option);
+        ppdMarkOption(record_.get(), option.c_str(), choice.c_str());
+        return true;
+    }
+    if (!isInFile(option, choice)) return false;
+    absent_.insert_or_assign(option, choice);
     return true;
 }
 
@@ -202,13 +209,14 @@ MarkResult DialogPPD::resolve(const Marks& before, const std::string* option, co
 
 std::string DialogPPD::optionTitle(const std::string& option) const {
     const ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
-    return found != nullptr ? titleOr(fieldText(found->text), option) : option;
+    return found != nullptr ? titleOr(found->text, option) : option;
 }
 
 std::string DialogPPD::choiceTitle(const std::string& option, const std::string& choice) const {
     ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
     const ppd_choice_t* const record = found != nullptr ? ppdFindChoice(found, choice.c_str()) : nullptr;
-    return record != nullptr ? titleOr(fieldText(record->text), choice) : choice;
+    if (record != nullptr) return titleOr(record->text, choice);
+    return isInFile(option, choice) ? titlesInFile_.at(option).at(choice) : choice;
 }
 
 } // namespace orvan

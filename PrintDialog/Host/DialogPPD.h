@@ -33,6 +33,10 @@ struct MarkResult {
 };
 
 // Owns the record. One thread at a time; the record may be opened on one thread and used on another.
+//
+// A choice is its keyword, in the record as it is now: a panel may give a record's choices other titles and
+// keywords (setMarks then restores what was marked before). A choice of the file that no record has any
+// more can be marked all the same; it takes part in no conflicts.
 class DialogPPD {
 public:
     // Opens the file, translates its titles into the language of the process's locale and marks its defaults.
@@ -46,12 +50,11 @@ public:
     // for an option that the PPD does not have.
     std::string choiceOf(const std::string& option) const;
 
-    // A panel may give a choice another keyword in the record. The keyword that the choice has now whose
-    // keyword in the file was this one, and the other way round; the keyword itself when there is no such
-    // choice.
-    std::string choiceNow(const std::string& option, const std::string& choiceInFile) const;
-    std::string choiceInFile(const std::string& option, const std::string& choiceNow) const;
-    // The keyword of the option's default choice; "" when there is no such option or choice.
+    // Whether the queue's own PPD has the choice, whatever a panel has made of the record: what it does not
+    // have cannot be said to the printer.
+    bool isInFile(const std::string& option, const std::string& choice) const;
+    // The keyword of the option's default choice; "" when there is no such option, or neither the record nor
+    // the file has the choice.
     std::string defaultChoiceOf(const std::string& option) const;
     // The PPD's page size of these dimensions in points (to within a millimetre); "" for none.
     std::string pageSizeOf(double width, double height) const;
@@ -63,6 +66,12 @@ public:
     // size of the paper is certain to stay. The changes are those that this took, from what was asked for.
     MarkResult markAll(const std::map<std::string, std::string>& choices);
 
+    // The marked choices, option to choice.
+    using Marks = std::map<std::string, std::string>;
+    Marks marks() const;
+    // Marks these again, as they were; conflicts are not looked at.
+    void setMarks(const Marks& marks);
+
     // For people: the title in the PPD, or the keyword where there is none that is UTF-8.
     std::string optionTitle(const std::string& option) const;
     std::string choiceTitle(const std::string& option, const std::string& choice) const;
@@ -71,18 +80,15 @@ private:
     struct Close {
         void operator()(ppd_file_t* ppd) const { ppdClose(ppd); }
     };
-    using Marks = std::map<std::string, std::string>;
-
     explicit DialogPPD(ppd_file_t* record) : record_(record) {}
-    Marks marks() const;
     bool markOne(const std::string& option, const std::string& choice);
     Marks conflictsOf(const std::string& option, const std::string& choice) const;
     Marks allConflicts() const;
     MarkResult resolve(const Marks& before, const std::string* option, const std::string* choice);
 
     std::unique_ptr<ppd_file_t, Close> record_;
-    std::map<std::string, std::vector<std::string>>
-        choicesInFile_; // of each option, in the order of its records
+    std::map<std::string, Marks> titlesInFile_; // of each option: choice to title
+    Marks absent_;                              // marked choices that no record has any more
 };
 
 } // namespace orvan

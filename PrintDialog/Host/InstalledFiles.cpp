@@ -11,6 +11,7 @@ std::filesystem::path privateFolder() {
     std::error_code status;
     Dl_info self{};
     Dl_info program{};
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the kernel tells the place as a number
     const auto* const headers = reinterpret_cast<const void*>(getauxval(AT_PHDR));
     if (dladdr(reinterpret_cast<const void*>(&privateFolder), &self) == 0 || dladdr(headers, &program) == 0)
         return {};

@@ -14,16 +14,16 @@ public:
     void willChangePPDOptionKeyValuePpdChoice(
         const std::string& optionKeyword, const std::string& choiceKeyword) override {
         const MarkResult result = ppd_->mark(optionKeyword, choiceKeyword);
-        if (handler_) handler_(result);
+        if (handler_) handler_(optionKeyword, choiceKeyword, result);
     }
 
     DialogPPD& ppd() { return *ppd_; }
-    void setHandler(std::function<void(const MarkResult&)> handler) { handler_ = std::move(handler); }
+    void setHandler(PickHandler handler) { handler_ = std::move(handler); }
 
 private:
     std::unique_ptr<DialogPPD> ppd_;
     std::shared_ptr<platform::PMPrinter> printer_;
-    std::function<void(const MarkResult&)> handler_;
+    PickHandler handler_;
 };
 
 std::unique_ptr<PanelSession> PanelSession::create(std::shared_ptr<platform::Bundle> bundle,
@@ -53,7 +53,7 @@ DialogPPD& PanelSession::ppd() {
     return callback_->ppd();
 }
 
-void PanelSession::setPickHandler(std::function<void(const MarkResult&)> handler) {
+void PanelSession::setPickHandler(PickHandler handler) {
     callback_->setHandler(std::move(handler));
 }
 
@@ -65,19 +65,35 @@ void PanelSession::willShow() {
     wasShown_ = true;
     panel_->restoreValuesAndReturnError(nullptr);
     panel_->panelView();
+    const DialogPPD::Marks marks = ppd().marks();
     panel_->willShow();
+    ppd().setMarks(marks);
     panel_->restoreValuesAndReturnError(nullptr);
 }
 
 PanelSession::Summary PanelSession::summary() {
     std::map<std::string, std::string> lines = panel_->summaryInfo();
     Summary ordered;
+    addUnoffered(lines);
     for (const std::string& key : panel_->supportedPPDOptionKeys())
         if (auto line = lines.extract(ppd().optionTitle(key)))
             ordered.emplace_back(std::move(line.key()), std::move(line.mapped()));
     for (auto& [title, value] : lines)
         ordered.emplace_back(title, std::move(value));
     return ordered;
+}
+
+// A marked choice that the panel does not offer is one that it does not know of.
+void PanelSession::addUnoffered(std::map<std::string, std::string>& lines) {
+    const platform::View* const root = wasShown_ ? panel_->panelView() : nullptr;
+    if (root == nullptr) return;
+    for (const auto& view : root->subviews()) {
+        const auto* const popUp = dynamic_cast<const platform::PopUpButton*>(view.get());
+        if (popUp == nullptr) continue;
+        const ShownPopUp now = shown(*popUp);
+        if (!now.items.empty() && now.items.back().place < 0)
+            lines[ppd().optionTitle(popUp->optionKeyword())] = now.items.back().title;
+    }
 }
 
 MarkResult PanelSession::markElsewhere(const std::string& option, const std::string& choice) {

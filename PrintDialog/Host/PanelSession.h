@@ -6,6 +6,7 @@
 #include "Platform/Bundle.h"
 #include "Platform/PrintDialog.h"
 #include "PrintDialog/Host/DialogPPD.h"
+#include "PrintDialog/Host/ShownPopUp.h"
 
 #include <functional>
 #include <map>
@@ -33,12 +34,20 @@ public:
     const platform::PDEPanel& panel() const { return *panel_; }
     DialogPPD& ppd();
 
-    // Told, after the choice is marked, of each pick in the panel.
-    void setPickHandler(std::function<void(const MarkResult&)> handler);
+    // Told, after the choice is marked, of each pick in the panel: the option and the choice that was picked,
+    // and what came of it.
+    using PickHandler =
+        std::function<void(const std::string& option, const std::string& choice, const MarkResult&)>;
+    void setPickHandler(PickHandler handler);
 
     // The panel is about to become visible: the first time its values are restored, it is shown, and they are
-    // restored again, because showing may change its lists; later it is only shown.
+    // restored again, because showing may change its lists; later it is only shown. What was marked stays
+    // marked by its keyword, whatever keywords the panel gives the records.
     void willShow();
+    bool wasShown() const { return wasShown_; }
+
+    // What a pop-up of the panel's view shows.
+    ShownPopUp shown(const platform::PopUpButton& popUp) { return shownPopUp(popUp, ppd()); }
 
     // The panel's part of the summary, option title and choice title, in the order of the panel's options.
     using Summary = std::vector<std::pair<std::string, std::string>>;
@@ -53,6 +62,7 @@ private:
     class Callback;
 
     PanelSession() = default;
+    void addUnoffered(std::map<std::string, std::string>& lines);
 
     std::shared_ptr<platform::Bundle> bundle_;
     std::shared_ptr<Callback> callback_;

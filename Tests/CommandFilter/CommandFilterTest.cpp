@@ -4,6 +4,7 @@
 #include "CommandFilter/Program/PrinterAddress.h"
 #include "CommandFilter/Program/StatusQuery.h"
 #include "CommandFilter/TicketVocabulary.h"
+#include "Common/CommandJob.h"
 #include "Formats/PropertyList.h"
 #include "Tests/Support/DerivedPPD.h"
 #include "Tests/Support/OwnNetwork.h"
@@ -12,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <map>
 #include <sstream>
 #include <string>
@@ -243,6 +245,32 @@ TEST(CommandFilter, SaysWhereItCannotAsk) {
     const Report nothing(runProgram({ORVAN_COMMAND_FILTER, "1", "a", "b", "1", "", "/no/such/job"}));
     EXPECT_EQ(nothing.exitCode, 0);
     EXPECT_EQ(nothing.only("ERROR"), "The job's file cannot be read: No such file or directory");
+}
+
+TEST(CommandFilter, TellsWhenItAskedAndLeavesOutTypesThatMakeNoKeyword) {
+    const auto paper = [](const std::string& type) {
+        return "<customPaperType><name>n</name><type>" + type + "</type></customPaperType>";
+    };
+    const SimulatedPrinter printer({}, "<s><customPaperTypes><printer>" + paper("7") + paper("a b") +
+                                           paper("\u00FC") + paper(std::string(31, 'x')) +
+                                           paper(std::string(30, 'x')) + paper("") +
+                                           "</printer></customPaperTypes></s>");
+    const std::time_t before = std::time(nullptr);
+    const Report report =
+        runFilter({.attributes = addressOf(printer), .commands = "com.orvan.CustomPaperTypes"});
+    const auto answer = report.answer("com.orvan.CustomPaperTypes");
+    ASSERT_TRUE(answer) << report.errors;
+    std::string types;
+    for (const platform::PropertyList& one : *answer->find(OVOVGCustomPaperTypes)->asList())
+        types += (one.findString("type") != nullptr ? *one.findString("type") : "-") + ",";
+    EXPECT_EQ(types, "7,-,-,-," + std::string(30, 'x') + ",-,");
+    EXPECT_EQ(report.count("WARNING"), 4U);
+    EntryDictionary entries = entriesInTaskOutput(report.errors);
+    const char* const time = ppdx_get_chunk_nsdictionary(
+        &entries, (std::string("com.orvan.CustomPaperTypes") + kAnswerTime).c_str());
+    ASSERT_NE(time, nullptr);
+    EXPECT_GE(std::stoll(time), before);
+    EXPECT_LE(std::stoll(time), std::time(nullptr));
 }
 
 // What the filter says with a printer at the loopback interface, or with one that no way leads to; behind

@@ -41,7 +41,7 @@ TEST_F(FilterQueue, CarriesThePrintersAnswersBothWaysAndItsLevelsToOtherClients)
     addQueue("Office", printer);
     addQueue("Direct", ORVAN_COMMAND_FILTER, printer.url(), printer.snmpAgent());
     const std::string before = papers("Office");
-    EXPECT_NE(before.find("Delivery notes\t4\tRecycled\n"), std::string::npos) << before;
+    EXPECT_NE(before.find("Delivery notes\t7\tRecycled\n"), std::string::npos) << before;
     EXPECT_EQ(papers("Direct", "10.6.8"), before);
     const ProgramEnd status = orvan({"status", "-q", "Office"});
     EXPECT_NE(status.output.find("Job accounting\n  1\n"), std::string::npos)
@@ -131,7 +131,7 @@ TEST_F(FilterQueue, ReachesAPrinterBehindTLSAndAPassword) {
     const SimulatedPrinter accounting;
     addQueue("Modern", "commandtoorvan", server.modern(), accounting.snmpAgent());
     addQueue("Old", "commandtoorvan", server.old("/status.xml"), accounting.snmpAgent());
-    EXPECT_NE(papers("Old").find("Delivery notes\t4\tRecycled\n"), std::string::npos);
+    EXPECT_NE(papers("Old").find("Delivery notes\t7\tRecycled\n"), std::string::npos);
     const ProgramEnd refused = orvan({"papers", "-q", "Modern"});
     EXPECT_EQ(refused.output, "");
     EXPECT_NE(refused.errors.find("wants a user name and a password"), std::string::npos) << refused.errors;

@@ -50,9 +50,12 @@ TEST(PDEChoice, PresentsItsRecordTwice) {
     const std::tuple<OptionRecord::Choice, std::string, std::string> cases[] = {
         {{"Bond", "Briefpapier für Gäste"}, "Briefpapier für Gäste", "Bond"},
         {{"", ""}, "", ""},
-        {{"Labels", "\xC4tiketten"}, "(null)", "Labels"}, // not UTF-8
-        {{"Labels", "\xE2\x82"}, "(null)", "Labels"},     // cut within a character
-        {{"Größe", "Größe"}, "Größe", "(null)"},          // not ASCII
+        {{"Labels", "\xC4tiketten"}, "(null)", "Labels"},                            // not UTF-8
+        {{"Labels", "\xE2\x82"}, "(null)", "Labels"},                                // cut within a character
+        {{"Long", std::string(78, 't') + "\xE2\x82"}, std::string(78, 't'), "Long"}, // by libcups
+        {{"Long", std::string(79, 't') + "\xC3"}, std::string(79, 't'), "Long"},
+        {{"Long", "\xC4" + std::string(79, 't')}, "(null)", "Long"},
+        {{"Größe", "Größe"}, "Größe", "(null)"}, // not ASCII
         {{kFullKeyword, std::string(81, 't')}, std::string(81, 't'), kFullKeyword},
     };
     for (const auto& [record, userTitle, ppdTitle] : cases) {

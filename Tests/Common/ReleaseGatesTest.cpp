@@ -25,7 +25,8 @@ TEST(ReleaseGates, OpenFromTheirReleaseOn) {
         {"10.10", "+++"},
         {"11", "+++"},
         {"9.12", "+--"},
-        {"ten", "+--"},
+        {"ten", "++-"}, // as unset
+        {"", "++-"},
         {std::nullopt, "++-"},
     };
     for (const auto& [release, open] : cases)

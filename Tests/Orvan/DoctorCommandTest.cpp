@@ -191,7 +191,11 @@ TEST_F(DoctorCommand, FindsFaultsOfTheQueue) {
 TEST_F(DoctorCommand, FindsFaultsOfThePrinter) {
     const SimulatedPrinter wrong({"--misbehave", "wrong"});
     const SimulatedPrinter closed({"--user", "admin"}, std::nullopt, {{"ORVAN_PASSWORD", "secret"}});
+    const SimulatedPrinter odd({},
+        "<s><customPaperTypes><printer><customPaperType><name>Gold</name><type>17</type></customPaperType>"
+        "</printer></customPaperTypes></s>");
     SimulatedPrinter off;
+    addQueue("Odd", odd);
     addQueue("NoAddress", [this](std::string& ppd) { replace(ppd, printer_.url(), "/status.xml"); });
     addQueue("Wrong", wrong);
     addQueue("Closed", closed);
@@ -202,12 +206,16 @@ TEST_F(DoctorCommand, FindsFaultsOfThePrinter) {
     const std::pair<const char*, Problems> cases[] = {
         {"NoAddress",
             {{"address", "leads to no printer | This queue's device has no network address: it is file:"}}},
+        {"Odd", {{"answers", "the queue's PPD cannot name these papers to the printer: Gold |"}}},
         {"Wrong", {complaint, {"document", "something that is no status document"}}},
         {"Closed", {complaint, {"document", "wants a user name and a password"}}},
         {"Off", {complaint, {"ping", "127.0.0.1 is not there"}}},
     };
     for (const auto& [queue, problems] : cases)
         expectProblems(examine({"-q", queue}, 1), problems);
+    const ProgramEnd papers = orvan({"papers", "-q", "Odd"});
+    EXPECT_EQ(papers.output, "Gold\t17\t\n");
+    EXPECT_EQ(papers.errors, "orvan: the driver of queue Odd cannot name Gold to the printer\n");
 }
 
 TEST_F(DoctorCommand, FindsAnotherCertificate) {

@@ -49,8 +49,9 @@ TEST(OrvanCommand, AnswersForThePanelInJson) {
                         "selected": null, "items": []})"));
     EXPECT_EQ(rows[5]["hidden"], true);
     EXPECT_EQ(rows[5]["selected"], nullptr);
-    EXPECT_EQ(rows[0]["items"].size(), 18U);
-    EXPECT_EQ(rows[0]["items"][10], Json::parse(R"({"title": "Hole Punched", "keyword": "Prepunched"})"));
+    EXPECT_EQ(rows[0]["items"].size(), 20U);
+    EXPECT_EQ(
+        rows[0]["items"][10], Json::parse(R"({"title": "Hole Punched", "keyword": "PrepunchedPlain"})"));
 }
 
 TEST(OrvanCommand, AnswersForTitlesThatAreNotUTF8) {
@@ -78,7 +79,7 @@ TEST(OrvanCommand, ShowsThePanelToPeople) {
     ppd.removeOptions({"Slipsheet", "OVNSlipSheetSource", "OVNPrintingOptimization"});
     expectEnd(orvan({"panel", "--ppd", ppd.file(), "--set", "MediaType=CustomType2"}, kTenTen), 0,
         "Paper Options\n\n"
-        "  Paper Type: [Custom Type 2]  of 18\n"
+        "  Paper Type: [Custom Type 2]  of 20\n"
         "  Separator Page: (not available)\n"
         "  Separator Page Source: (not available)\n"
         "  Last Page Source: [Same as Document]  of 6\n"
@@ -91,7 +92,7 @@ TEST(OrvanCommand, ShowsThePanelToPeople) {
         "  Edge to Edge: Off\n");
     const ProgramEnd german =
         orvan({"panel", "--ppd", kDriver}, {{"LC_ALL", "de_DE.UTF-8"}, {"ORVAN_SYSTEM_RELEASE", "10.10.0"}});
-    EXPECT_TRUE(german.output.starts_with("Papieroptionen\n\n  Papiertyp: [Normalpapier]  of 18\n"))
+    EXPECT_TRUE(german.output.starts_with("Papieroptionen\n\n  Papiertyp: [Normalpapier]  of 20\n"))
         << german.output;
 }
 

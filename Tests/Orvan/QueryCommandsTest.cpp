@@ -96,7 +96,8 @@ TEST_F(QueryCommands, ShowWhatThePrinterAnswersByBothWays) {
             "  Certificates (ivory, 160 g)  type 17, base class Cardstock\n"
             "  Delivery notes  type 4, base class Recycled\n");
         const Json status = answer(with({"status", "--json"}));
-        EXPECT_EQ(status.size(), 5U);
+        EXPECT_EQ(status.size(), 6U);
+        EXPECT_TRUE(status["answeredAt"].is_null()); // this filter does not tell
         EXPECT_EQ(status["schemaVersion"], 1);
         EXPECT_EQ(status["queue"], queue);
         EXPECT_EQ(status["release"], release);
@@ -128,8 +129,9 @@ TEST_F(QueryCommands, KeepControlCharactersFromTheTerminal) {
     EXPECT_NE(panel.output.find("Paper Type: [a b c [2J d e é]  of 14\n"), std::string::npos) << panel.output;
     EXPECT_NE(panel.output.find("Paper Type: a b c [2J d e é\n"), std::string::npos) << panel.output;
     const Json papers = answer(with({"papers", "--json"}));
-    EXPECT_EQ(papers, (Json{{"schemaVersion", 1}, {"queue", "Filter"}, {"complaint", ""},
-                          {"papers", {{{"name", name}, {"type", "1"}, {"baseClass", ""}}}}}));
+    EXPECT_EQ(
+        papers, (Json{{"schemaVersion", 1}, {"queue", "Filter"}, {"complaint", ""}, {"answeredAt", nullptr},
+                    {"papers", {{{"name", name}, {"type", "1"}, {"baseClass", ""}, {"inDriver", true}}}}}));
 }
 
 TEST_F(QueryCommands, SayWhyThereIsNoAnswer) {
@@ -252,7 +254,8 @@ TEST(FileCommands, ShowThePanelWithAnswersFromFiles) {
     };
     EXPECT_EQ(customPapers({}), "");
     EXPECT_EQ(customPapers({"--response", one}), "One CustomType1 ");
-    EXPECT_EQ(customPapers({"--response", two, "--response", one}), "Two CustomType22 One CustomType1 ");
+    EXPECT_EQ(customPapers({"--response", two, "--response", one}),
+        "Two (not known to this queue’s driver) CustomType22 One CustomType1 ");
     EXPECT_EQ(customPapers({"--response",
                   folder.write("umlaut", "{customPaperTypes=({name=\"B\u00FCtten\";type=1;});}")}),
         "B\u00FCtten CustomType1 ");
@@ -261,6 +264,12 @@ TEST(FileCommands, ShowThePanelWithAnswersFromFiles) {
     expectRefusal(with({"--response", folder.path() / "none"}), "none: No such file");
     expectRefusal(with({"--response", folder.write("broken", "(")}), "broken is no property list: ");
     expectRefusal(with({"--response", one, "--set", "MediaType=CustomType2"}), "no choice CustomType2");
+    // Labels and edge-to-edge printing contradict each other, so the second pick takes the first one back.
+    const ProgramEnd undone = with({"--set", "OVNEdgeToEdge=On", "--set", "MediaType=Labels"});
+    EXPECT_EQ(undone.exitCode, 1);
+    EXPECT_EQ(undone.errors,
+        "orvan: Edge to Edge changed from On to Off.\n"
+        "orvan: OVNEdgeToEdge=On was undone by another pick: it is OVNEdgeToEdge=Off now\n");
 }
 
 // The program's own files are where it was built or installed, whatever lies on the way there.

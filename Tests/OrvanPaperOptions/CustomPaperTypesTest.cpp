@@ -115,9 +115,9 @@ TEST_F(CustomPaperTypesTest, AreFoundByTheNumberInTheKeyword) {
         receive("{customPaperTypes=(" + list + ");}");
     }
     show();
-    EXPECT_EQ(customPapers(),
-        (Words{"A1/CustomType1", "A2/CustomType2", "A3/CustomType3", "A4/CustomType4", "A5/CustomType5",
-            "C2/CustomType2", "A2/CustomType2", "A3/CustomType3", "T/customtype1"}));
+    EXPECT_EQ(customPapers(), (Words{"A1/CustomType1", "A2/CustomType2", "A3/CustomType3", "A4/CustomType4",
+                                  "A5/CustomType5", "B1/CustomType1", "B2/CustomType2", "C2/CustomType2",
+                                  "A2/CustomType2", "A3/CustomType3", "T/customtype1"}));
 }
 
 TEST_F(CustomPaperTypesTest, AreSelectedAndPickedByTheirNewKeywords) {

@@ -40,6 +40,20 @@ TEST_F(OrvanPaperOptionsPluginTest, HasOnePanelForPrintDialogsOnly) {
     EXPECT_EQ(CountingCallback::alive, 1) << "only the first dialog's is still in use";
 }
 
+TEST_F(OrvanPaperOptionsPluginTest, HasNoPanelWithoutADialogOrItsRecord) {
+    EXPECT_EQ(plugin_->PDEPanelsForTypeWithHostInfo(platform::kPrintDialogTypeIdentifier, nullptr), nullptr);
+    class Empty final : public platform::PDEPluginCallback {
+        ppd_file_t* ppdFile() override { return nullptr; }
+        std::shared_ptr<platform::PMPrinter> PMPrinter() override { return nullptr; }
+        void willChangePPDOptionKeyValuePpdChoice(const std::string&, const std::string&) override {}
+    };
+    EXPECT_EQ(plugin_->PDEPanelsForTypeWithHostInfo(
+                  platform::kPrintDialogTypeIdentifier, std::make_shared<Empty>()),
+        nullptr);
+    bundle_.reset();
+    EXPECT_EQ(panels(platform::kPrintDialogTypeIdentifier), nullptr);
+}
+
 TEST_F(OrvanPaperOptionsPluginTest, KeepsItsLastListAndNothingElse) {
     auto first = panels(platform::kPrintDialogTypeIdentifier);
     const std::weak_ptr<platform::PDEPanel> panel = first->front();

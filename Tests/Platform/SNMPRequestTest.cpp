@@ -159,8 +159,11 @@ private:
             identifiers_.push_back(identifier);
             const std::string object = ber(0x30, std::string("\6\10\x2B\6\1\2\1\1\5\0\2\1\x2A", 13));
             const std::string none = ber(2, std::string(1, 0));
-            const std::string answer = ber(
-                0x30, none + ber(4, "public") + ber('\xA2', identifier + none + none + ber(0x30, object)));
+            std::string content = identifier;
+            content.append(none).append(none).append(ber(0x30, object));
+            std::string message = none;
+            message.append(ber(4, "public")).append(ber('\xA2', content));
+            const std::string answer = ber(0x30, message);
             sendto(
                 isStranger_ ? stranger_.get() : socket_.get(), answer.data(), answer.size(), 0, sender, size);
         }

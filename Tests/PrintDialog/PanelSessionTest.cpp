@@ -32,7 +32,9 @@ TEST_F(PanelSessionTest, ResolvesThePanelsPicksAndTellsOfThem) {
     auto session = this->session(DerivedPPD());
     ASSERT_NE(session, nullptr) << error_.value_or("");
     std::vector<MarkResult> told;
-    session->setPickHandler([&told](const MarkResult& result) { told.push_back(result); });
+    session->setPickHandler([&told](const std::string&, const std::string&, const MarkResult& result) {
+        told.push_back(result);
+    });
     session->willShow();
     EXPECT_TRUE(popUp(*session, "OVNEdgeToEdge").pick(1)); // On
     EXPECT_TRUE(popUp(*session, "MediaType").pick(7));     // Labels

@@ -202,6 +202,18 @@ bool OpenDialog::says(const std::string& text) const {
     return found;
 }
 
+void OpenDialog::keepPicture(const std::string& name) const {
+    const char* const folder = std::getenv("ORVAN_PICTURES");
+    if (folder == nullptr) return;
+    letPass(std::chrono::milliseconds(200));
+    GdkWindow* const window = gtk_widget_get_window(GTK_WIDGET(dialog_));
+    GdkPixbuf* const picture =
+        gdk_pixbuf_get_from_window(window, 0, 0, gdk_window_get_width(window), gdk_window_get_height(window));
+    const std::string file = std::string(folder) + "/" + name + ".png";
+    EXPECT_TRUE(gdk_pixbuf_save(picture, file.c_str(), "png", nullptr, nullptr)) << file;
+    g_object_unref(picture);
+}
+
 std::string OpenDialog::print(const std::filesystem::path& file) {
     gtk_dialog_response(GTK_DIALOG(dialog_), GTK_RESPONSE_OK);
     GtkPrinter* const printer = gtk_print_unix_dialog_get_selected_printer(dialog_);

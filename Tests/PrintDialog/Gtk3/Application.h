@@ -57,6 +57,9 @@ public:
     // Whether a text of the front tab contains this.
     bool says(const std::string& text) const;
 
+    // Into the folder that the environment variable ORVAN_PICTURES names, as NAME.png; nothing without it.
+    void keepPicture(const std::string& name) const;
+
     // Presses Print and sends the file, as applications do. Answers the scheduler's word on it, "" for
     // accepted.
     std::string print(const std::filesystem::path& file);

@@ -6,6 +6,8 @@
 #include "Tests/Support/TempFolder.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <csignal>
 #include <fstream>
 #include <string>
@@ -156,7 +158,7 @@ TEST_F(PaperOptionsTab, everyDialogHasItsOwnPicks) {
         EXPECT_EQ(second.print(document_), "");
         EXPECT_EQ(first.print(document_), "");
     });
-    EXPECT_EQ(option("MediaType", "Office"), "Cardstock");
+    EXPECT_EQ(option("MediaType", "Office"), "Card");
     EXPECT_EQ(option("MediaType", "Annex"), "Labels");
 }
 
@@ -285,6 +287,58 @@ TEST_F(PaperOptionsTab, aMissingHostOrBundleLeavesTheApplicationAsItIs) {
         };
         inApplication(body, {}, module);
     }
+}
+
+// The item that is shown is picked from its menu: a pick as any other, so what was said of the one before it
+// is over.
+TEST_F(PaperOptionsTab, aPickOfWhatIsShownCounts) {
+    const auto body = [] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        dialog.pick("Separator Page Source:", "Tray 2");
+        ASSERT_TRUE(dialog.says("Separator Page changed from None"));
+        GtkComboBox* const row = dialog.popUps().at("Paper Type:");
+        gtk_combo_box_popup(row);
+        GtkWidget* const menu =
+            gtk_accessible_get_widget(GTK_ACCESSIBLE(gtk_combo_box_get_popup_accessible(row)));
+        ASSERT_TRUE(waitUntil([&] { return gtk_widget_get_mapped(menu); }));
+        GList* const items = gtk_container_get_children(GTK_CONTAINER(menu));
+        gtk_menu_shell_activate_item(GTK_MENU_SHELL(menu), GTK_WIDGET(items->data), TRUE);
+        g_list_free(items);
+        EXPECT_TRUE(waitUntil([&] { return !dialog.says("Separator Page changed from None"); }));
+        EXPECT_EQ(dialog.shownIn("Paper Type:"), "Plain");
+    };
+    inApplication(body);
+}
+
+// GTK has nothing to complain of, whichever of the rows that stay in sight have no option.
+TEST_F(PaperOptionsTab, rowsOneToFiveMayBeAbsentInEveryCombination) {
+    constexpr std::array<std::string_view, 5> kRows{
+        "MediaType", "Slipsheet", "OVNSlipSheetSource", "OVNLastPageSource", "OVNMismatch"};
+    constexpr unsigned kCombinations = 1U << kRows.size();
+    const auto name = [](unsigned combination) { return "Rows" + std::to_string(combination); };
+    for (unsigned combination = 0; combination < kCombinations; ++combination) {
+        DerivedPPD ppd;
+        for (std::size_t row = 0; row < kRows.size(); ++row)
+            if ((combination >> row & 1U) == 0) ppd.removeOptions({kRows[row]});
+        ASSERT_EQ(
+            desktop_.printing->addQueue({.name = name(combination), .ppdFile = ppd.file()}), std::nullopt);
+    }
+    const auto body = [&] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        for (unsigned combination = 0; combination < kCombinations; ++combination) {
+            dialog.selectPrinter(name(combination));
+            ASSERT_TRUE(dialog.waitForTab(kTab));
+            dialog.openTab(kTab);
+            ASSERT_TRUE(waitUntil([&] { return dialog.popUps().size() == 7; })) << combination;
+            unsigned enabled = 0;
+            for (const auto& [label, popUp] : dialog.popUps())
+                enabled += gtk_widget_get_sensitive(GTK_WIDGET(popUp)) != FALSE ? 1 : 0;
+            EXPECT_EQ(enabled, static_cast<unsigned>(std::popcount(combination)) + 2) << combination;
+        }
+    };
+    inApplication(body);
 }
 
 // The scheduler neither dies nor answers: nothing waits for it but a thread, and a dialog can go meanwhile.

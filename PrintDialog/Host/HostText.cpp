@@ -1,4 +1,4 @@
-#include "PrintDialog/Gtk3/HostText.h"
+#include "PrintDialog/Host/HostText.h"
 
 #include "Platform/Bundle.h"
 #include "PrintDialog/Host/InstalledFiles.h"

@@ -1,0 +1,34 @@
+#include "PrintDialog/Host/ShownPopUp.h"
+
+#include "PrintDialog/Host/HostText.h"
+
+#include <set>
+#include <string_view>
+
+namespace orvan {
+
+ShownPopUp shownPopUp(const platform::PopUpButton& popUp, const DialogPPD& ppd) {
+    ShownPopUp shown;
+    const std::string& option = popUp.optionKeyword();
+    const std::string marked = option.empty() ? std::string() : ppd.choiceOf(option);
+    std::set<std::string_view> keywords;
+    std::int64_t place = -1;
+    shown.items.reserve(popUp.items().size() + 1);
+    for (const platform::MenuItem& item : popUp.items()) {
+        ++place;
+        if (!item.keyword.empty() && !keywords.insert(item.keyword).second) continue;
+        const bool isKnown = option.empty() || item.keyword.empty() || ppd.isInFile(option, item.keyword);
+        const bool isMarked = marked.empty() ? place == popUp.indexOfSelectedItem() : item.keyword == marked;
+        if (isMarked) shown.selected = static_cast<std::int64_t>(shown.items.size());
+        shown.items.push_back(
+            {isKnown ? item.title : hostText("%1 (not known to this queue\u2019s driver)", {item.title}),
+                item.keyword, item.enabled, place});
+    }
+    if (marked.empty() || shown.selected >= 0 || popUp.items().empty()) return shown;
+    shown.selected = static_cast<std::int64_t>(shown.items.size());
+    shown.items.push_back({hostText("%1 (not in the printer\u2019s list)", {ppd.choiceTitle(option, marked)}),
+        marked, true, -1});
+    return shown;
+}
+
+} // namespace orvan

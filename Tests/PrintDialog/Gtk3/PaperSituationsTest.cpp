@@ -1,0 +1,283 @@
+// What the tab shows and what arrives at the printer on good days and bad ones: the real command filter in
+// front of a simulated printer whose papers have types in another order than their places.
+#include "Tests/PrintDialog/Gtk3/Application.h"
+#include "Tests/Support/DerivedPPD.h"
+#include "Tests/Support/ScriptedServer.h"
+#include "Tests/Support/SimulatedPrinter.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvan::test {
+namespace {
+
+constexpr const char* kAsks = "ORVAN_SYSTEM_RELEASE=10.9.0";
+constexpr const char* kRow = "Paper Type:";
+constexpr const char* kUnlisted = " (not in the printer\u2019s list)";
+
+using Papers = std::vector<std::pair<std::string, std::string>>; // names and types
+
+std::string documentWith(const Papers& papers) {
+    std::string text = "<status><customPaperTypes><printer>";
+    for (const auto& [name, type] : papers)
+        text.append("<customPaperType><name>" + name + "</name><type>" + type)
+            .append("</type><baseClass>Plain</baseClass></customPaperType>");
+    return text + "</printer></customPaperTypes></status>";
+}
+
+// Certificates come first and are type 3; Ivory is type 2.
+const Papers kPapers{{"Certificates", "3"}, {"Ivory", "2"}, {"Labels A", "1"}};
+
+class PaperSituations : public DialogTest {
+protected:
+    void SetUp() override {
+        PrintingSystemOptions options;
+        options.folder.extraFilters = {ORVAN_COMMAND_FILTER};
+        start(options);
+    }
+
+    // A queue whose output goes into a file, and a printer for it.
+    void addQueue(const std::string& name, const std::string& url, const std::string& device = "",
+        const char* byDefault = "Plain") const {
+        std::ifstream stream(ORVAN_PPD_FILE);
+        std::string ppd{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+        const auto replace = [&ppd](const std::string& from, const std::string& to) {
+            ppd.replace(ppd.find(from), from.size(), to);
+        };
+        replace("/usr/lib/cups/filter/commandtoorvan", "commandtoorvan");
+        replace("\"/status.xml\"", '"' + url + '"');
+        replace("*DefaultMediaType: Plain", std::string("*DefaultMediaType: ") + byDefault);
+        replace(" com.orvan.JobAccounting ReportLevels", "");
+        const TempFolder folder;
+        ASSERT_EQ(desktop_.printing->addQueue({.name = name,
+                      .ppdFile = folder.write("queue.ppd", ppd),
+                      .deviceURI = device.empty() ? desktop_.printing->fileDevice(name) : device}),
+            std::nullopt);
+    }
+
+    bool isQuestionOver(const std::string& queue, std::size_t count = 1) const {
+        const auto all = jobs(queue);
+        return all.size() >= count &&
+               std::ranges::all_of(all, [](const PrintJob& job) { return job.isSettled(); });
+    }
+
+    // The paper type in the bytes of the queue's last job.
+    std::string printed(const std::string& queue) const {
+        EXPECT_TRUE(waitUntil([&] { return isQuestionOver(queue); }));
+        std::ifstream stream(desktop_.printing->outputFile(queue), std::ios::binary);
+        const std::string bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+        const std::string code = "<</MediaType(";
+        const std::size_t place = bytes.rfind(code);
+        if (place == std::string::npos) return "nothing in " + std::to_string(bytes.size()) + " bytes";
+        return bytes.substr(place + code.size(), bytes.find(')', place) - place - code.size());
+    }
+
+    struct Visit {
+        const char* name;
+        std::string queue = "Office";
+        std::string remembered = {}; // the paper type in the application's settings
+        bool opensTab = true;
+        std::string shown = {}; // in the row, when the tab is opened
+        std::string picks = {}; // "" for nothing
+        std::string says = {};  // on the tab
+        std::string prints = {};
+    };
+    // One application: a dialog that is opened with its settings, looked at, and printed from.
+    void visit(const Visit& visit) const {
+        SCOPED_TRACE(visit.queue + ": " + visit.remembered + " -> " + visit.prints);
+        const auto body = [&] {
+            Settings settings{{"printer", visit.queue}};
+            if (!visit.remembered.empty()) settings["cups-MediaType"] = visit.remembered;
+            OpenDialog dialog(settings);
+            ASSERT_TRUE(dialog.waitForTab(kTab));
+            if (visit.opensTab) {
+                dialog.openTab(kTab);
+                EXPECT_TRUE(waitUntil([&] {
+                    return dialog.shownIn(kRow) == visit.shown && dialog.says(visit.says);
+                })) << dialog.shownIn(kRow);
+                dialog.keepPicture(visit.name);
+            }
+            if (!visit.picks.empty()) dialog.pick(kRow, visit.picks);
+            EXPECT_EQ(dialog.print(document_), "");
+            EXPECT_EQ(printed(visit.queue), visit.prints);
+        };
+        inApplication(body, {kAsks});
+    }
+};
+
+// A custom paper is its type, whatever its place, its name or the way to it is.
+TEST_F(PaperSituations, printTheTypeThatWasPicked) {
+    const SimulatedPrinter printer({"--no-snmp"}, documentWith(kPapers));
+    addQueue("Office", printer.url());
+    addQueue("Ivory", printer.url(), "", "CustomType2");
+    visit({.name = "fresh",
+        .shown = "Plain",
+        .picks = "Ivory",
+        .says = "Paper Type: Plain",
+        .prints = "CustomType2"});
+    visit({.name = "remembered", .remembered = "CustomType2", .shown = "Ivory", .prints = "CustomType2"});
+    visit({.name = "never-opened", .remembered = "CustomType2", .opensTab = false, .prints = "CustomType2"});
+    visit({.name = "queue-default", .queue = "Ivory", .shown = "Ivory", .prints = "CustomType2"});
+    visit(
+        {.name = "queue-default-never-opened", .queue = "Ivory", .opensTab = false, .prints = "CustomType2"});
+    // The office puts them into another order, renames one, takes one away.
+    printer.replaceDocument(documentWith({{"Labels A", "1"}, {"Ivory 120", "2"}, {"Certificates", "3"}}));
+    visit({.name = "renamed-and-in-another-order",
+        .remembered = "CustomType2",
+        .shown = "Ivory 120",
+        .prints = "CustomType2"});
+    printer.replaceDocument(documentWith({{"Certificates", "3"}, {"Labels A", "1"}}));
+    visit({.name = "removed",
+        .remembered = "CustomType2",
+        .shown = std::string("Custom Type 2") + kUnlisted,
+        .says = std::string("Paper Type: Custom Type 2") + kUnlisted,
+        .prints = "CustomType2"});
+    // All places taken: no record of the PPD is type 5 any more.
+    printer.replaceDocument(documentWith({{"A", "1"}, {"B", "2"}, {"C", "3"}, {"D", "4"}, {"E", "6"}}));
+    visit({.name = "no-record",
+        .remembered = "CustomType5",
+        .shown = std::string("Custom Type 5") + kUnlisted,
+
+        .prints = "CustomType5"});
+}
+
+// What the queue's PPD cannot say is said, and no other paper is printed in its place by GTK.
+TEST_F(PaperSituations, sayWhatTheDriverCannotName) {
+    const SimulatedPrinter printer({"--no-snmp"}, documentWith({{"Gold", "17"}, {"Silver", "a b"}}));
+    addQueue("Office", printer.url());
+    const auto body = [this] {
+        OpenDialog dialog(Settings{{"printer", "Office"}, {"cups-MediaType", "CustomType1"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        const std::string gold = "Gold (not known to this queue\u2019s driver)";
+        ASSERT_TRUE(waitUntil([&] {
+            const auto choices = dialog.choicesOf(kRow);
+            return std::ranges::find(choices, gold) != choices.end();
+        }));
+        const auto choices = dialog.choicesOf(kRow);
+        EXPECT_NE(std::ranges::find(choices, "Custom Type 2"), choices.end()) << "its type is no keyword";
+        dialog.pick(kRow, gold);
+        EXPECT_TRUE(dialog.says("The driver of this queue cannot name Gold to the printer."));
+        dialog.keepPicture("not-in-the-driver");
+        EXPECT_EQ(dialog.print(document_), "");
+    };
+    inApplication(body, {kAsks});
+    EXPECT_EQ(jobs("Office").back().attribute("MediaType"), "CustomType17");
+}
+
+// The printer is off: the names of the last time, with their age; and where there are none, that is said.
+TEST_F(PaperSituations, showTheStoredNamesOfAPrinterThatIsOff) {
+    SimulatedPrinter printer({"--no-snmp"}, documentWith(kPapers));
+    addQueue("Office", printer.url());
+    addQueue("New", printer.url());
+    visit({.name = "before-off", .shown = "Plain", .picks = "Ivory", .prints = "CustomType2"});
+    letPass(std::chrono::milliseconds(3100)); // times of answers are whole seconds
+    printer.end();
+    visit({.name = "off",
+        .remembered = "CustomType2",
+        .shown = "Ivory",
+        .says = "; the printer did not answer.",
+        .prints = "CustomType2"});
+    visit({.name = "never-asked",
+        .queue = "New",
+        .remembered = "CustomType2",
+        .shown = std::string("Custom Type 2") + kUnlisted,
+        .says = "The printer has not told its paper names.",
+        .prints = "CustomType2"});
+}
+
+// Names that come late take the place of those that were shown, with the same marks, and nobody asks again.
+TEST_F(PaperSituations, followThePrinterWhenItAnswersLate) {
+    const SimulatedPrinter printer({"--no-snmp"}, documentWith(kPapers));
+    addQueue("Office", printer.url());
+    visit({.name = "before-late", .shown = "Plain", .picks = "Ivory", .prints = "CustomType2"});
+    printer.replaceDocument(documentWith({{"Ivory 120", "2"}, {"Certificates", "3"}}));
+    ASSERT_EQ(desktop_.printing->holdNewJobs("Office"), std::nullopt);
+    const std::size_t before = jobs("Office").size();
+    const auto body = [&] {
+        OpenDialog dialog(Settings{{"printer", "Office"}, {"cups-MediaType", "CustomType2"}});
+        OpenDialog second(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        EXPECT_TRUE(dialog.says("Asking the printer \u2026") || dialog.shownIn(kRow) == "Ivory");
+        EXPECT_TRUE(waitUntil([&] { return dialog.shownIn(kRow) == "Ivory"; })) << dialog.shownIn(kRow);
+        EXPECT_TRUE(dialog.says("; the printer has not answered yet."));
+        dialog.keepPicture("late");
+        dialog.pick(kRow, "Certificates");
+        dialog.pick("Separator Page Source:", "Tray 2");
+        gtk_widget_grab_focus(GTK_WIDGET(dialog.popUps().at(kRow)));
+        ASSERT_EQ(jobs("Office").size(), before + 1) << "the second dialog waits for the first one's job";
+        ASSERT_EQ(desktop_.printing->releaseJob(jobs("Office").back().id), std::nullopt);
+        EXPECT_TRUE(waitUntil([&] {
+            const auto choices = dialog.choicesOf(kRow);
+            return std::ranges::find(choices, "Ivory 120") != choices.end();
+        }));
+        dialog.keepPicture("late-answered");
+        EXPECT_EQ(dialog.shownIn(kRow), "Certificates");
+        EXPECT_EQ(dialog.shownIn("Separator Page Source:"), "Tray 2");
+        EXPECT_FALSE(dialog.says("Paper names of"));
+        GtkWidget* const focus = gtk_window_get_focus(GTK_WINDOW(dialog.dialog()));
+        GtkWidget* const row = GTK_WIDGET(dialog.popUps().at(kRow));
+        EXPECT_TRUE(focus != nullptr && (focus == row || gtk_widget_is_ancestor(focus, row)));
+        letPass(std::chrono::milliseconds(1200));
+        EXPECT_EQ(jobs("Office").size(), before + 1) << "nobody asks again";
+        ASSERT_EQ(desktop_.printing->stopHoldingNewJobs("Office"), std::nullopt);
+        EXPECT_EQ(dialog.print(document_), "");
+        EXPECT_EQ(printed("Office"), "CustomType3");
+    };
+    inApplication(body, {kAsks});
+}
+
+// A printer that takes its time, asked for the first time.
+TEST_F(PaperSituations, waitForASlowPrinter) {
+    const SimulatedPrinter printer(
+        {"--no-snmp", "--misbehave", "slow", "--interval", "5"}, documentWith(kPapers));
+    addQueue("Office", printer.url());
+    const auto body = [&] {
+        OpenDialog dialog(Settings{{"printer", "Office"}, {"cups-MediaType", "CustomType2"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        dialog.keepPicture("slow");
+        EXPECT_TRUE(waitUntil([&] { return dialog.shownIn(kRow) == "Ivory"; })) << dialog.shownIn(kRow);
+        EXPECT_EQ(dialog.print(document_), "");
+        EXPECT_EQ(printed("Office"), "CustomType2");
+    };
+    inApplication(body, {kAsks});
+}
+
+// Another job keeps the printer busy, so the question waits behind it.
+TEST_F(PaperSituations, sayThatThePrinterIsBusy) {
+    const SimulatedPrinter printer({"--no-snmp"}, documentWith(kPapers));
+    int port = 0;
+    const auto engaged = listenOnLoopback(1, &port); // takes connections, and never ends one
+    addQueue("Office", printer.url());
+    visit({.name = "before-busy", .shown = "Plain", .picks = "Ivory", .prints = "CustomType2"});
+    // With the answers that its PPD has.
+    const TempFolder folder;
+    const std::filesystem::path ppd = folder.path() / "queue.ppd";
+    std::filesystem::copy(desktop_.printing->folder().configurationFolder() / "ppd" / "Office.ppd", ppd);
+    const std::string device = "socket://127.0.0.1:" + std::to_string(port);
+    ASSERT_EQ(
+        desktop_.printing->addQueue({.name = "Office", .ppdFile = ppd, .deviceURI = device}), std::nullopt);
+    int job = 0;
+    ASSERT_EQ(desktop_.printing->print("Office", document_, {}, &job), std::nullopt);
+    ASSERT_TRUE(waitUntil([&] { return jobs("Office").back().state == IPP_JSTATE_PROCESSING; }));
+    const auto body = [this] {
+        OpenDialog dialog(Settings{{"printer", "Office"}, {"cups-MediaType", "CustomType2"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        EXPECT_TRUE(waitUntil([&] { return dialog.shownIn(kRow) == "Ivory"; })) << dialog.shownIn(kRow);
+        EXPECT_TRUE(dialog.says("; the printer is busy with another job."));
+        dialog.keepPicture("busy");
+    };
+    inApplication(body, {kAsks});
+    ASSERT_EQ(desktop_.printing->cancelJob(job), std::nullopt);
+}
+
+} // namespace
+} // namespace orvan::test
