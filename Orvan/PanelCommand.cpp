@@ -175,9 +175,11 @@ int showPanel(PanelSession& session, const PanelArguments& arguments) {
     for (const std::string& set : arguments.sets) {
         const std::size_t equals = set.find('=');
         const std::string option = set.substr(0, equals);
-        if (session.ppd().choiceOf(option) != set.substr(equals + 1))
-            return cannot(set + " was undone by another pick: it is " + option + "=" +
-                          session.ppd().choiceOf(option) + " now");
+        const std::string now = session.ppd().choiceOf(option);
+        if (now == set.substr(equals + 1)) continue;
+        std::string problem = set;
+        problem.append(" was undone by another pick: it is ").append(option).append("=").append(now);
+        return cannot(problem + " now");
     }
     return kDone;
 }

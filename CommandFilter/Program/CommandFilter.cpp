@@ -72,8 +72,8 @@ Commands knownCommands(const CommandFile& file) {
 bool isKeywordsEnd(std::string_view text) {
     constexpr std::size_t kMostLetters = 40 - std::string_view("CustomType").size();
     return !text.empty() && text.size() <= kMostLetters &&
-           text.find_first_not_of(
-               "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_") == std::string_view::npos;
+           text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_") ==
+               std::string_view::npos;
 }
 
 // The custom papers, without types that make no keyword: a dialog then leaves them as the PPD has them.
@@ -84,7 +84,8 @@ void dropUnusableTypes(platform::PropertyList& papers) {
     for (platform::PropertyList& paper : *list) {
         const std::string* const type = paper.findString("type");
         if (type == nullptr || isKeywordsEnd(*type)) continue;
-        dropped.write("The type \"" + *type + "\" of a custom paper is left out: it makes no keyword of a PPD.");
+        dropped.write(
+            "The type \"" + *type + "\" of a custom paper is left out: it makes no keyword of a PPD.");
         paper.asDictionary()->erase("type");
     }
 }

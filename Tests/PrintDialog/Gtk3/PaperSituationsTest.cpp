@@ -25,7 +25,10 @@ using Papers = std::vector<std::pair<std::string, std::string>>; // names and ty
 std::string documentWith(const Papers& papers) {
     std::string text = "<status><customPaperTypes><printer>";
     for (const auto& [name, type] : papers)
-        text.append("<customPaperType><name>" + name + "</name><type>" + type)
+        text.append("<customPaperType><name>")
+            .append(name)
+            .append("</name><type>")
+            .append(type)
             .append("</type><baseClass>Plain</baseClass></customPaperType>");
     return text + "</printer></customPaperTypes></status>";
 }
@@ -267,7 +270,7 @@ TEST_F(PaperSituations, sayThatThePrinterIsBusy) {
     int job = 0;
     ASSERT_EQ(desktop_.printing->print("Office", document_, {}, &job), std::nullopt);
     ASSERT_TRUE(waitUntil([&] { return jobs("Office").back().state == IPP_JSTATE_PROCESSING; }));
-    const auto body = [this] {
+    const auto body = [] {
         OpenDialog dialog(Settings{{"printer", "Office"}, {"cups-MediaType", "CustomType2"}});
         ASSERT_TRUE(dialog.waitForTab(kTab));
         dialog.openTab(kTab);
