@@ -1,8 +1,9 @@
-// An application that opens a print dialog: dialog-turns QUEUE TRIGGER SECONDS. Waits until the dialog has
-// the queue, makes the file TRIGGER, brings the tab Paper Options to the front after half of the time (the
-// last one where that is not there) and closes the dialog at the end. Prints the longest time, in
-// milliseconds, in which its main loop was at work without waiting for anything, from the choice of the
-// printer to the end.
+// An application that opens a print dialog: dialog-turns QUEUE TRIGGER SECONDS [CHOICE]. Waits until the
+// dialog has the queue, makes the file TRIGGER, brings the tab Paper Options to the front after half of the
+// time (where that is not there the tab Page Setup), picks the choice there half a second later and closes
+// the dialog at the end. Prints two times in milliseconds: the longest in which its main loop was at work
+// without waiting for anything, from the choice of the printer to the end; and all in which it was at work,
+// from the beginning.
 #include <gtk/gtkunixprint.h>
 
 #include <algorithm>
@@ -18,20 +19,25 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr double kMillisecondsPerSecond = 1000;
 constexpr guint kAfterClosing = 200; // milliseconds
+constexpr guint kBeforePicking = 500;
 
 struct {
     const char* queue = nullptr;
     const char* trigger = nullptr;
-    double time = 0; // milliseconds
+    double time = 0;              // milliseconds
+    const char* choice = nullptr; // null for none
     bool isChosen = false;
+    double busy = 0;
     Clock::time_point turnBegin;
     double longest = 0; // milliseconds
+    bool isPicked = false;
 } run;
 
 // A turn is what happens between two waits of the loop.
 gint pollMeasured(GPollFD* descriptors, guint count, gint timeout) {
     const double turn = Milliseconds(Clock::now() - run.turnBegin).count();
     if (run.isChosen) run.longest = std::max(run.longest, turn);
+    run.busy += turn;
     const gint result = g_poll(descriptors, count, timeout);
     run.turnBegin = Clock::now();
     return result;
@@ -48,18 +54,55 @@ GtkNotebook* notebookIn(GtkWidget* widget) {
     return found;
 }
 
-// The module's, and the last one where that is not there.
-gboolean openTab(gpointer dialog) {
-    GtkNotebook* const tabs = notebookIn(GTK_WIDGET(dialog));
-    int chosen = -1;
+int tabNamed(GtkNotebook* tabs, const char* name) {
     for (int i = 0; i < gtk_notebook_get_n_pages(tabs); ++i) {
         GtkWidget* const page = gtk_notebook_get_nth_page(tabs, i);
         GtkWidget* const label = gtk_notebook_get_tab_label(tabs, page);
         if (gtk_widget_get_visible(page) != FALSE && GTK_IS_LABEL(label) &&
-            std::strcmp(gtk_label_get_text(GTK_LABEL(label)), "Paper Options") == 0)
-            chosen = i;
+            std::strcmp(gtk_label_get_text(GTK_LABEL(label)), name) == 0)
+            return i;
     }
-    gtk_notebook_set_current_page(tabs, chosen);
+    return -1;
+}
+
+// Picks the choice in the first pop-up that has it, and says so with true.
+bool pickIn(GtkWidget* widget) {
+    if (GTK_IS_COMBO_BOX(widget)) {
+        GtkTreeModel* const model = gtk_combo_box_get_model(GTK_COMBO_BOX(widget));
+        if (model == nullptr || gtk_tree_model_get_column_type(model, 0) != G_TYPE_STRING) return false;
+        GtkTreeIter row;
+        for (gboolean is = gtk_tree_model_get_iter_first(model, &row); is != FALSE;
+             is = gtk_tree_model_iter_next(model, &row)) {
+            char* text = nullptr;
+            gtk_tree_model_get(model, &row, 0, &text, -1);
+            const bool isIt = text != nullptr && std::strcmp(text, run.choice) == 0;
+            g_free(text);
+            if (!isIt) continue;
+            gtk_combo_box_set_active_iter(GTK_COMBO_BOX(widget), &row);
+            return true;
+        }
+        return false;
+    }
+    if (!GTK_IS_CONTAINER(widget)) return false;
+    bool isPicked = false;
+    GList* const children = gtk_container_get_children(GTK_CONTAINER(widget));
+    for (GList* child = children; child != nullptr && !isPicked; child = child->next)
+        isPicked = pickIn(GTK_WIDGET(child->data));
+    g_list_free(children);
+    return isPicked;
+}
+
+gboolean pick(gpointer dialog) {
+    GtkNotebook* const tabs = notebookIn(GTK_WIDGET(dialog));
+    run.isPicked = pickIn(gtk_notebook_get_nth_page(tabs, gtk_notebook_get_current_page(tabs)));
+    return G_SOURCE_REMOVE;
+}
+
+gboolean openTab(gpointer dialog) {
+    GtkNotebook* const tabs = notebookIn(GTK_WIDGET(dialog));
+    const int ours = tabNamed(tabs, "Paper Options");
+    gtk_notebook_set_current_page(tabs, ours >= 0 ? ours : tabNamed(tabs, "Page Setup"));
+    if (run.choice != nullptr) g_timeout_add(kBeforePicking, pick, dialog);
     return G_SOURCE_REMOVE;
 }
 
@@ -89,10 +132,12 @@ void onPrinter(GtkPrintUnixDialog* dialog) {
 
 int main(int argc, char** argv) {
     gtk_init(&argc, &argv);
-    if (argc != 4) return 2;
+    if (argc != 4 && argc != 5) return 2;
     run.queue = argv[1];
     run.trigger = argv[2];
     run.time = std::atof(argv[3]) * kMillisecondsPerSecond;
+    if (argc == 5) run.choice = argv[4];
+    run.turnBegin = Clock::now();
     g_main_context_set_poll_func(nullptr, pollMeasured);
 
     auto* const dialog = GTK_PRINT_UNIX_DIALOG(gtk_print_unix_dialog_new("Print", nullptr));
@@ -105,6 +150,6 @@ int main(int argc, char** argv) {
     g_object_unref(settings);
     gtk_widget_show(GTK_WIDGET(dialog));
     gtk_main();
-    std::printf("%.1f\n", run.longest);
-    return 0;
+    std::printf("%.1f %.1f\n", run.longest, run.busy);
+    return run.choice == nullptr || run.isPicked ? 0 : 1;
 }

@@ -148,6 +148,10 @@ def rows(build):
         with_module, without = turns.medians(build, driver.read_text(), turns.WAYS[way])
         yield Row(f"Longest turn of an application's loop in a print dialog, scheduler {way}", "s", with_module,
                   without, "without the module", margin=0.016)
+    for count in (10, 100, 1000):
+        with_module, without = turns.picks(build, driver.read_text(), count)
+        yield Row(f"Dialog, its tab and a pick, {count} paper types", "s", with_module, without,
+                  "GTK's own tab without the module", 1.2)
 
 
 def amount(value, unit):

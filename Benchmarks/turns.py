@@ -66,8 +66,15 @@ def printing_system(build, ppd):
             server.wait()
 
 
-def longest_turn(build, socket, way, module):
-    """Milliseconds of one run."""
+def with_paper_types(ppd, count):
+    """The PPD with so many paper types more."""
+    place = ppd.index("*MediaType Recycled")
+    more = "".join(f'*MediaType Extra{i}/Extra {i}: "<</MediaType(Extra{i})>>setpagedevice"\n' for i in range(count))
+    return ppd[:place] + more + ppd[place:]
+
+
+def run_dialog(build, socket, way, module, *choice):
+    """Milliseconds of one run: of the longest turn of the main loop, and of all."""
     with display() as name, tempfile.TemporaryDirectory(prefix="orvan-bench-") as home:
         trigger = Path(home, "chosen")
         far = FarScheduler(socket, trigger, **way)
@@ -75,13 +82,18 @@ def longest_turn(build, socket, way, module):
                        "LC_ALL": "C.UTF-8", "GSETTINGS_BACKEND": "memory", "NO_AT_BRIDGE": "1",
                        "CUPS_SERVER": f"127.0.0.1:{far.port}", **({"GTK3_MODULES": str(module)} if module else {})}
         try:
-            run = subprocess.run([build / "Benchmarks/dialog-turns", "Orvan", trigger, str(SECONDS)], env=environment,
+            run = subprocess.run([build / "Benchmarks/dialog-turns", "Orvan", trigger, str(SECONDS), *choice], env=environment,
                                  capture_output=True, text=True, timeout=SECONDS_A_RUN)
         finally:
             far.close()
     if run.returncode != 0 or "assword" in run.stderr:
         raise RuntimeError(f"the application with a print dialog failed:\n{run.stderr}")
-    return float(run.stdout)
+    longest, busy = run.stdout.split()
+    return float(longest), float(busy)
+
+
+def longest_turn(build, socket, way, module):
+    return run_dialog(build, socket, way, module)[0]
 
 
 def medians(build, ppd, way, runs=RUNS):
@@ -93,6 +105,15 @@ def medians(build, ppd, way, runs=RUNS):
     return [statistics.median(column) / 1000 for column in zip(*turns)]
 
 
+def picks(build, ppd, choices, runs=RUNS):
+    """Seconds at work for a dialog, its paper tab and one pick there, with so many choices: with the module, without it."""
+    module = next((build / "lib").glob("**/liborvan-paper-options-module.so"))
+    with printing_system(build, with_paper_types(ppd, choices)) as socket:
+        run_dialog(build, socket, {}, module, "Bond")
+        times = [[run_dialog(build, socket, {}, kind, "Bond")[1] for kind in (module, None)] for _ in range(runs)]
+    return [statistics.median(column) / 1000 for column in zip(*times)]
+
+
 def main():
     build = Path(sys.argv[1]).resolve()
     ppd = (Path(__file__).parent.parent / "Packaging/PPD/Orvan-4500.ppd").read_text()
@@ -102,6 +123,10 @@ def main():
         ours, without = medians(build, text, way)
         print(f"{name:28} {ours * 1000:7.1f} ms with the module, {without * 1000:7.1f} ms without, "
               f"{(ours - without) * 1000:+.1f} ms", flush=True)
+    for count in (10, 100, 1000):
+        ours, without = picks(build, ppd, count)
+        print(f"{count:4} choices, a pick           {ours * 1000:7.1f} ms with the module, {without * 1000:7.1f} ms "
+              f"without, {ours / without:.2f} times", flush=True)
 
 
 if __name__ == "__main__":

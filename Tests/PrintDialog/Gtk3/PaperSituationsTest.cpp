@@ -101,7 +101,10 @@ protected:
             if (visit.opensTab) {
                 dialog.openTab(kTab);
                 EXPECT_TRUE(waitUntil([&] {
-                    return dialog.shownIn(kRow) == visit.shown && dialog.says(visit.says);
+                    const auto choices = dialog.choicesOf(kRow);
+                    const bool canPick =
+                        visit.picks.empty() || std::ranges::find(choices, visit.picks) != choices.end();
+                    return canPick && dialog.shownIn(kRow) == visit.shown && dialog.says(visit.says);
                 })) << dialog.shownIn(kRow);
                 dialog.keepPicture(visit.name);
             }
