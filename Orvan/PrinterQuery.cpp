@@ -6,7 +6,6 @@
 #include "Common/Utilities/ReleaseGates.h"
 #include "Orvan/Interruption.h"
 #include "Orvan/StatusJobs.h"
-#include "Orvan/StatusReport.h"
 #include "Orvan/Waiting.h"
 #include "Platform/Gestalt.h"
 

@@ -5,6 +5,7 @@
 #include "Formats/Failure.h"
 #include "Formats/PropertyList.h"
 #include "Orvan/SchedulerPatience.h"
+#include "Orvan/StatusReport.h"
 #include "PrintDialog/Host/DialogPrinter.h"
 #include "PrintDialog/Host/QueuePPD.h"
 
@@ -24,8 +25,8 @@ struct PrinterAnswers {
     std::string complaint;
     // When the printer was asked for them, for the first of several; nothing when that is not known.
     std::optional<std::chrono::system_clock::time_point> askedAt;
-    // The names of custom papers that the queue's driver cannot name to the printer.
-    std::vector<std::string> unknownPapers;
+    // The custom papers that the queue's driver cannot name to the printer.
+    std::vector<CustomPaper> unknownPapers;
 };
 
 // One question to one printer: all that its queue's PPD lists in "cupsCommands". Which way it takes follows

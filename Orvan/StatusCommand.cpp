@@ -168,7 +168,7 @@ int papers(const QueryArguments& arguments) {
     if (complain(*answers) != kDone) return kNotDone;
     Json list = Json::array();
     const auto isKnown = [&printer](const CustomPaper& paper) {
-        return std::ranges::find(printer.unknownPapers, paper.name) == printer.unknownPapers.end();
+        return std::ranges::find(printer.unknownPapers, paper) == printer.unknownPapers.end();
     };
     for (const CustomPaper& paper : customPapers(printer.responses)) {
         if (arguments.json)
@@ -184,9 +184,9 @@ int papers(const QueryArguments& arguments) {
                          {"complaint", printer.complaint}, {"answeredAt", answeredAt(printer)},
                          {"papers", std::move(list)}})
                   << '\n';
-    for (const std::string& name : printer.unknownPapers)
+    for (const CustomPaper& paper : printer.unknownPapers)
         std::cerr << "orvan: the driver of queue " << printer.queue << " cannot name "
-                  << platform::onOneLine(name) << " to the printer\n";
+                  << platform::onOneLine(paper.name) << " to the printer\n";
     return kDone;
 }
 

@@ -178,12 +178,12 @@ std::vector<CustomPaper> customPapers(const std::vector<PropertyList>& responses
     return papers;
 }
 
-std::vector<std::string> papersUnknownTo(const DialogPPD& ppd, const std::vector<CustomPaper>& papers) {
-    std::vector<std::string> names;
+std::vector<CustomPaper> papersUnknownTo(const DialogPPD& ppd, const std::vector<CustomPaper>& papers) {
+    std::vector<CustomPaper> unknown;
     for (const CustomPaper& paper : papers)
         if (paper.type.empty() || !ppd.isInFile("MediaType", std::string(kCustomType) + paper.type))
-            names.push_back(paper.name);
-    return names;
+            unknown.push_back(paper);
+    return unknown;
 }
 
 void writeStatus(const std::vector<PropertyList>& responses, bool decorated, std::ostream& out) {

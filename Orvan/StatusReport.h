@@ -15,14 +15,15 @@ struct CustomPaper {
     std::string name;
     std::string type;
     std::string baseClass;
+    bool operator==(const CustomPaper&) const = default;
 };
 
 // Those of all responses, in order.
 std::vector<CustomPaper> customPapers(const std::vector<platform::PropertyList>& responses);
 
-// The names of those whose type the PPD has no choice for, so that nobody can ask the printer for them; those
+// Those whose type the PPD has no choice for, so that nobody can ask the printer for them; those
 // without a type as well.
-std::vector<std::string> papersUnknownTo(const DialogPPD& ppd, const std::vector<CustomPaper>& papers);
+std::vector<CustomPaper> papersUnknownTo(const DialogPPD& ppd, const std::vector<CustomPaper>& papers);
 
 // Trays, supplies, custom papers, stored jobs and permissions, each under its heading, and all else by its
 // key. `decorated`: with bars and colors, for a terminal.

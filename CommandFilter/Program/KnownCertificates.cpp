@@ -15,7 +15,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
-#include <optional>
 #include <system_error>
 
 namespace orvan {
@@ -31,13 +30,6 @@ bool isFingerprint(std::string_view text) {
            text.find_first_not_of("0123456789ABCDEF:") == std::string_view::npos;
 }
 
-// Its line in the file; nothing for a server that makes none.
-std::optional<std::string> lineOf(const std::string& server, const std::string& fingerprint) {
-    const bool isServer = !server.empty() && server.find_first_of(" \n") == std::string::npos;
-    if (!isServer || !isFingerprint(fingerprint)) return std::nullopt;
-    return server + ' ' + fingerprint + '\n';
-}
-
 std::string inSmallLetters(std::string text) {
     std::ranges::transform(
         text, text.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
@@ -48,11 +40,18 @@ std::string inSmallLetters(std::string text) {
 class LockedFile {
 public:
     // errno says why it is not open.
-    explicit LockedFile(const std::filesystem::path& file) {
-        std::error_code status;
-        std::filesystem::create_directories(file.parent_path(), status);
+    explicit LockedFile(const std::filesystem::path& file) : path_(file) {
+        std::error_code ignored;
+        std::filesystem::create_directories(file.parent_path(), ignored);
         file_ = platform::FileDescriptor(::open(file.c_str(),
             O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, S_IRUSR | S_IWUSR));
+        struct stat status {};
+        // Another name of some other file would make that one writable for the folder's people.
+        if (file_ &&
+            (::fstat(file_.get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_nlink != 1)) {
+            file_.reset();
+            errno = EPERM;
+        }
         if (!file_) return;
         // Whoever makes it, the scheduler's filters write to it: those who write to its folder.
         struct stat folder {};
@@ -63,6 +62,7 @@ public:
     }
 
     explicit operator bool() const { return static_cast<bool>(file_); }
+    const std::filesystem::path& path() const { return path_; }
 
     std::string text() const {
         std::string text(kMaximumSize, '\0');
@@ -83,6 +83,7 @@ public:
     }
 
 private:
+    std::filesystem::path path_;
     platform::FileDescriptor file_;
 };
 
@@ -90,6 +91,16 @@ private:
 std::string notRemembered(const std::string& server, const std::filesystem::path& file) {
     return "the certificate of " + server + " cannot be remembered in " + file.string() + ": " +
            std::strerror(errno);
+}
+
+// Nothing, or why the file has not taken the line.
+platform::Failure remember(
+    const LockedFile& file, const std::string& server, const std::string& fingerprint) {
+    const bool isServer = !server.empty() && server.find_first_of(" \n") == std::string::npos;
+    errno = EINVAL;
+    if (isServer && isFingerprint(fingerprint) && file.append(server + ' ' + fingerprint + '\n'))
+        return std::nullopt;
+    return notRemembered(server, file.path());
 }
 
 std::string urlOf(const std::string& server) {
@@ -138,10 +149,7 @@ CertificateVerdict KnownCertificates::examine(
                     kFilter + " --accept-certificate " + server + "\"",
             true};
     }
-    const auto line = lineOf(key, fingerprint);
-    errno = EINVAL;
-    if (!line || !file.append(*line)) return {notRemembered(server, file_), false};
-    return {};
+    return {remember(file, key, fingerprint), false};
 }
 
 platform::Failure KnownCertificates::accept(
@@ -153,10 +161,7 @@ platform::Failure KnownCertificates::accept(
     const auto known = table.find(key);
     if (before != nullptr) *before = known != table.end() ? known->second : "";
     if (known != table.end() && known->second == fingerprint) return std::nullopt;
-    const auto line = lineOf(key, fingerprint);
-    errno = EINVAL;
-    if (!line || !file.append(*line)) return notRemembered(server, file_);
-    return std::nullopt;
+    return remember(file, key, fingerprint);
 }
 
 int acceptCertificate(const std::string& server) {

@@ -204,7 +204,9 @@ Finding QueueCheckup::examineAnswers() const {
         return hasJobEnded_ ? problem("there are no answers to " + joined(missing), how)
                             : notChecked("there are no answers yet to " + joined(missing));
     if (const StoredAnswer* const papers = answerWithPapers(answers)) {
-        const auto unknown = papersUnknownTo(*ppd, customPapers({papers->list}));
+        std::vector<std::string> unknown;
+        for (const CustomPaper& paper : papersUnknownTo(*ppd, customPapers({papers->list})))
+            unknown.push_back(paper.name);
         if (!unknown.empty())
             return problem("the queue's PPD cannot name these papers to the printer: " + joined(unknown),
                 "Give them types that the PPD has as CustomType1 and so on, or the queue a driver that has "

@@ -159,8 +159,9 @@ void DialogAttachment::replaceSession() {
     isReplacing_ = true;
     request_ = openQueue(queue_, SchedulerWorker::kDialogDeadline,
         [this](std::optional<OpenedQueue> opened, const QueueFailure&) {
+            if (!opened) return; // and nobody is asked again and again
             isReplacing_ = false;
-            if (!opened || tab_.isBusy()) return;
+            if (tab_.isBusy()) return;
             const DialogPPD::Marks marks = session_->ppd().marks();
             const std::string focused = tab_.focusedOption();
             names_.reset();

@@ -142,6 +142,11 @@ bool DialogPPD::markOne(const std::string& option, const std::string& choice) {
         return true;
     }
     if (!isInFile(option, choice)) return false;
+    // Another paper's mark would contradict what this one does not.
+    if (ppd_choice_t* const marked = ppdFindMarkedChoice(record_.get(), option.c_str())) {
+        cupsArrayRemove(record_->marked, marked);
+        marked->marked = 0;
+    }
     absent_.insert_or_assign(option, choice);
     return true;
 }

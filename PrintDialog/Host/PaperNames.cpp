@@ -64,15 +64,15 @@ void PaperNames::look() {
         timer_ = platform::RepeatingTimer::schedule(
             kSeldom, [this](platform::RepeatingTimer&) { look(); }, "paper names");
     }
-    const bool isOutdated = isShown_ && fresh_ && papersOf(answerWithPapers(*fresh_)) != shownPapers_;
-    if (isOver() && !isOutdated) timer_->stop();
+    const bool wantsAnother = isOutdated();
+    if (isOver() && !wantsAnother) timer_->stop();
     std::string now = line();
     const bool isChanged = isReady_ != wasReady || now != toldLine_;
     toldLine_ = std::move(now);
     // The last of these may end this object.
     const std::function<void()> outdated = outdated_;
     if (isChanged) changed_();
-    if (isOutdated) outdated();
+    if (wantsAnother) outdated();
 }
 
 void PaperNames::willShow() {
@@ -85,6 +85,10 @@ void PaperNames::willShow() {
     isShown_ = true;
 }
 
+bool PaperNames::isOutdated() const {
+    return isShown_ && fresh_ && papersOf(answerWithPapers(*fresh_)) != shownPapers_;
+}
+
 const StoredAnswer* PaperNames::newest() const {
     return answerWithPapers(fresh_ ? *fresh_ : start_.stored);
 }
@@ -93,14 +97,15 @@ std::string PaperNames::line() const {
     if (!isReady_) return hostText("Asking the printer \u2026");
     if (start_.isAnswered || !start_.hasCommands || !RunningOn107OrLater() || RunningOn1010OrLater())
         return {};
-    const StoredAnswer* const answer = newest();
     const StoredAnswer* const before = answerWithPapers(start_.stored);
+    // What is shown is what the line is about.
+    const StoredAnswer* const answer = isOutdated() ? before : newest();
     if (const platform::Failure& refusal = printer_->printer().refusal())
         return hostText("The printer was not asked for its paper names: %1.", {*refusal}) +
                (answer != nullptr ? " " + hostText("Paper names of %1.", {timeText(*answer)}) : "");
     if (answer == nullptr) return hostText("The printer has not told its paper names.");
     const std::string time = timeText(*answer);
-    if (!start_.asksPrinter) return hostText("Paper names of %1.", {time});
+    if (!start_.asksPrinter || isOutdated()) return hostText("Paper names of %1.", {time});
     if (!isOver())
         return hostText(start_.isBusy ? "Paper names of %1; the printer is busy with another job."
                                       : "Paper names of %1; the printer has not answered yet.",

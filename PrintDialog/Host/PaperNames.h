@@ -50,6 +50,7 @@ public:
 private:
     void look();
     bool isOver() const { return !panel_.awaitsPrinter(); }
+    bool isOutdated() const;
     const StoredAnswer* newest() const;
 
     platform::PDEPanel& panel_;

@@ -60,6 +60,8 @@ TEST(KnownCertificates, RefuseWhatCannotBeRemembered) {
     EXPECT_TRUE(KnownCertificates(file).examine("a b:443", kFirst).refusal);
     std::filesystem::create_symlink(file, folder.path() / "link");
     EXPECT_TRUE(KnownCertificates(folder.path() / "link").examine("a:443", kFirst).refusal);
+    std::filesystem::create_hard_link(file, folder.path() / "other-name");
+    EXPECT_TRUE(KnownCertificates(folder.path() / "other-name").examine("a:443", kFirst).refusal);
     EXPECT_EQ(std::filesystem::file_size(file), 0U);
 }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cstring>
 #include <map>
 #include <string>
 #include <vector>
@@ -23,6 +24,25 @@ std::unique_ptr<DialogPPD> openDerived(const DerivedPPD& ppd) {
     auto opened = DialogPPD::open(ppd.file(), error);
     EXPECT_NE(opened, nullptr) << error.value_or("");
     return opened;
+}
+
+// A panel has given the record another keyword. What was marked before it is over, with its contradictions.
+TEST(DialogPPD, KeepsAChoiceThatNoRecordHasAnyMore) {
+    const auto ppd = openDerived(DerivedPPD());
+    ASSERT_NE(ppd, nullptr);
+    ppd->mark("MediaType", "Labels");
+    ppd_option_t* const papers = ppdFindOption(ppd->record(), "MediaType");
+    std::strcpy(ppdFindChoice(papers, "CustomType5")->choice, "CustomType17");
+    EXPECT_TRUE(ppd->isInFile("MediaType", "CustomType5"));
+    EXPECT_FALSE(ppd->isInFile("MediaType", "CustomType17"));
+    EXPECT_EQ(ppd->mark("MediaType", "CustomType5").changes,
+        (std::vector<ChoiceChange>{{"MediaType", "Labels", "CustomType5"}}));
+    EXPECT_EQ(ppd->choiceTitle("MediaType", "CustomType5"), "Custom Type 5");
+    EXPECT_EQ(ppd->mark("OVNEdgeToEdge", "On").changes,
+        (std::vector<ChoiceChange>{{"OVNEdgeToEdge", "Off", "On"}}));
+    EXPECT_EQ(ppd->choiceOf("MediaType"), "CustomType5");
+    ppd->setMarks({{"MediaType", "CustomType17"}});
+    EXPECT_EQ(ppd->choiceOf("MediaType"), "CustomType17");
 }
 
 TEST(DialogPPD, MakesWayForTheNewestChoice) {
