@@ -93,6 +93,8 @@ public:
         return true;
     }
 
+    std::uint32_t count() const { return number_; }
+
     bool endLine() {
         append("\n");
         const bool written = writeWhole({line_.data(), length_});
@@ -308,14 +310,17 @@ void ppdxWriteData(const char* name, const void* data, std::size_t size) {
     ppdxWriteDataToDescriptor(STDERR_FILENO, name, data, size);
 }
 
-bool ppdxWriteDataToDescriptor(int descriptor, const char* name, const void* data, std::size_t size) {
+bool ppdxWriteDataToDescriptor(
+    int descriptor, const char* name, const void* data, std::size_t size, std::uint32_t* entries) {
+    if (entries != nullptr) *entries = 0;
     if (name == nullptr || (data == nullptr && size != 0) || size > kPpdxMaximumSize) return true;
     const std::string_view nameText = name;
     if (nameText.size() > kPpdxMaximumNameLength || !numbersFit(nameText, data, size)) return true;
 
-    EntryWriter entries(descriptor, nameText);
-    if (size != 0 && !writePieces(entries, data, size)) return false;
-    return entries.write(kTerminator) && entries.endLine();
+    EntryWriter writer(descriptor, nameText);
+    const bool isWritten = (size == 0 || writePieces(writer, data, size)) && writer.write(kTerminator);
+    if (entries != nullptr) *entries = writer.count();
+    return isWritten && writer.endLine();
 }
 
 PpdxData ppdxReadData(

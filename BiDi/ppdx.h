@@ -10,6 +10,7 @@
 #include "Formats/MessageSink.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -33,7 +34,9 @@ void ppdxWriteData(const char* name, const void* data, std::size_t size);
 
 // The same to a descriptor, each line in one write(2) unless the system takes less of it. Messages still go
 // to standard error. False, and errno says why, when a line could not be written; the rest is left out then.
-bool ppdxWriteDataToDescriptor(int descriptor, const char* name, const void* data, std::size_t size);
+// `entries` (may be null) is told how many were written, with the one that ends the sequence.
+bool ppdxWriteDataToDescriptor(
+    int descriptor, const char* name, const void* data, std::size_t size, std::uint32_t* entries = nullptr);
 
 // Takes this thread's messages while it exists, instead of standard error.
 using PpdxMessages = platform::MessageSink<struct PpdxReader>;

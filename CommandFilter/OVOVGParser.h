@@ -31,6 +31,9 @@ public:
     static std::unique_ptr<OVOVGParser> initWithData(
         std::string_view data, platform::Failure& error = platform::ignoredFailure());
 
+    // What it reads; null for a null document.
+    const platform::XMLDocument* document() const { return _doc.get(); }
+
     // Writes nothing: there is no form of output for it. Of the given vocabulary; nothing here calls it.
     void writeToURL(std::string_view url) const;
     // May be called more than once; each call writes all entries again.

@@ -5,7 +5,6 @@
 #include "Orvan/Interruption.h"
 #include "Orvan/PrinterQuery.h"
 #include "Orvan/PropertyListJson.h"
-#include "Orvan/StatusJobs.h"
 #include "Orvan/Waiting.h"
 #include "OrvanPaperOptions/Source/OptionRows.h"
 #include "Platform/Input.h"
@@ -13,6 +12,7 @@
 #include "PrintDialog/Host/InstalledFiles.h"
 #include "PrintDialog/Host/PanelSession.h"
 #include "PrintDialog/Host/QueuePPD.h"
+#include "PrintDialog/Host/StatusJobs.h"
 
 #include <nlohmann/json.hpp>
 
@@ -155,7 +155,7 @@ int showPanel(PanelSession& session, const PanelArguments& arguments) {
         if (const auto problem = deliver(session.panel(), file)) return cannot(*problem);
     if (session.panel().awaitsPrinter()) // in vain, so it is shown with what was answered before
         for (const StoredAnswer& answer : storedAnswers(session.ppd().record()))
-            session.panel().receivedPrinterAnswer(answer.list);
+            if (answer.list) session.panel().receivedPrinterAnswer(*answer.list);
     session.willShow();
     // What the dialog would say of each pick.
     session.setPickHandler(

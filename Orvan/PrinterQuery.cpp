@@ -1,13 +1,13 @@
 #include "Orvan/PrinterQuery.h"
 
-#include "BiDi/ResponseEntries.h"
+#include "CommandFilter/Commands.h"
 #include "CommandFilter/Program/PrinterAddress.h"
 #include "Common/Utilities/DeviceChecks.h"
 #include "Common/Utilities/ReleaseGates.h"
 #include "Orvan/Interruption.h"
-#include "Orvan/StatusJobs.h"
 #include "Orvan/Waiting.h"
 #include "Platform/Gestalt.h"
+#include "PrintDialog/Host/StatusJobs.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -22,13 +22,6 @@ constexpr std::string_view kFamily = "Orvan";
 
 bool isBusy(const OrvanBiDi& channel) {
     return channel.state() == OrvanBiDi::State::waiting || channel.state() == OrvanBiDi::State::filterRunning;
-}
-
-// Whether the PPD has the beginning of an answer to one of the commands.
-bool hasStoredChunks(DialogPPD& ppd, const CommandList& commands) {
-    return std::ranges::any_of(commands, [&ppd](const std::string& command) {
-        return ppdx_get_chunk_ppd(ppd.record(), (command + "0000").c_str()) != nullptr;
-    });
 }
 
 // For a terminal: the first of those that have not answered.
@@ -50,23 +43,49 @@ std::string currentRelease() {
     return platform::systemRelease();
 }
 
+std::vector<platform::PropertyList> PrinterAnswers::responses() const {
+    std::vector<platform::PropertyList> lists;
+    for (const CommandAnswer& answer : commands)
+        if (answer.list) lists.push_back(*answer.list);
+    return lists;
+}
+
+std::optional<std::chrono::system_clock::time_point> PrinterAnswers::askedAt() const {
+    std::optional<std::chrono::system_clock::time_point> first;
+    for (const CommandAnswer& answer : commands)
+        if (answer.askedAt && !answer.reason.isRemark() && (!first || *answer.askedAt < *first))
+            first = answer.askedAt;
+    return first;
+}
+
+std::string PrinterAnswers::remark() const {
+    std::string text;
+    for (const CommandAnswer& answer : commands) {
+        if (!answer.reason.isRemark()) continue;
+        const CommandSpec* const command = findCommand(answer.command);
+        text.append(text.empty() ? "except " : ", ")
+            .append(command != nullptr ? command->title : answer.command);
+        text.append(": ").append(answer.reason.text);
+    }
+    return text;
+}
+
 // A queue's PPD and printer for the channel. Nobody picks anything here.
 class PrinterQuestion::Callback final : public platform::PDEPluginCallback {
 public:
-    Callback(std::unique_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer)
+    Callback(std::shared_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer)
         : ppd_(std::move(ppd)), printer_(std::move(printer)) {}
 
     ppd_file_t* ppdFile() override { return ppd_->record(); }
     std::shared_ptr<platform::PMPrinter> PMPrinter() override { return printer_; }
     void willChangePPDOptionKeyValuePpdChoice(const std::string&, const std::string&) override {}
 
-    const DialogPPD& ppd() const { return *ppd_; }
-
 private:
-    std::unique_ptr<DialogPPD> ppd_;
+    std::shared_ptr<DialogPPD> ppd_;
     std::shared_ptr<platform::PMPrinter> printer_;
 };
 
+// Of a filter that the channel runs itself: the queue's answers are seen on their way.
 class PrinterQuestion::Collector final : public OrvanBiDiDelegate {
 public:
     void receivedBiDiResponse(const platform::PropertyList& response) override {
@@ -81,7 +100,7 @@ PrinterQuestion::PrinterQuestion(std::string queue, SchedulerPatience& patience)
     answers_.queue = std::move(queue);
     request_ = openQueue(answers_.queue, patience_->time(),
         [this](std::optional<OpenedQueue> opened, const QueueFailure& failure) {
-            queueArrived(std::move(opened), failure.text);
+            queueArrived(std::move(opened), failure.problem);
         });
 }
 
@@ -89,27 +108,35 @@ PrinterQuestion::~PrinterQuestion() {
     if (dialogPrinter_ != nullptr) dialogPrinter_->setAnswerHandler({});
 }
 
-void PrinterQuestion::queueArrived(std::optional<OpenedQueue> opened, const std::string& problem) {
+void PrinterQuestion::queueArrived(std::optional<OpenedQueue> opened, const SchedulerProblem& problem) {
     isFetching_ = false;
-    answers_.problem = problem;
+    answers_.problem = reasonOf(problem);
     if (!opened) return;
-    const std::string prefix = "printer " + queue() + " cannot be asked: ";
-    const auto commands = supportedCommandsInPPD(opened->ppd->record());
-    if (RunningOn1010OrLater())
-        answers_.problem = prefix + "on release 10.10 and later printers are not asked anything";
-    else if (!commands)
-        answers_.problem = prefix + "its PPD lists no commands (\"cupsCommands\")";
-    if (!answers_.problem.empty()) return;
-
+    ppd_ = std::move(opened->ppd);
+    stored_.before = storedAnswers(ppd_->record());
+    const bool isPaused = opened->fetched.queue.isPaused;
     dialogPrinter_ = std::make_shared<DialogPrinter>(std::make_unique<SchedulerPrinter>(
         std::move(opened->fetched), SchedulerPrinterOptions{.deadline = patience_->time()}));
     printer_ = &dialogPrinter_->printer();
-    dialogPrinter_->setAnswerHandler([this](const std::vector<StoredAnswer>& answers) {
-        for (const StoredAnswer& answer : answers)
-            if (answer.askedAt && (!answers_.askedAt || *answer.askedAt < *answers_.askedAt))
-                answers_.askedAt = answer.askedAt;
-    });
-    callback_ = std::make_shared<Callback>(std::move(opened->ppd), dialogPrinter_);
+    const auto commands = supportedCommandsInPPD(ppd_->record());
+    if (RunningOn1010OrLater())
+        answers_.problem = {
+            AnswerCode::askingForbidden, "on release 10.10 and later printers are not asked anything"};
+    else if (!commands)
+        answers_.problem = {AnswerCode::noCommands, "the queue's PPD lists no commands (\"cupsCommands\")"};
+    else
+        dispatch(*commands, isPaused);
+}
+
+void PrinterQuestion::dispatch(const CommandList& commands, bool isPaused) {
+    if (isPaused && RunningOn107OrLater()) {
+        answers_.problem = reasonOf(*printer_, false);
+        return;
+    }
+    if (const auto job = activeJob()) stored_.sharedJob = job->id;
+    dialogPrinter_->setAnswerHandler(
+        [this](std::vector<StoredAnswer> answers) { stored_.after = std::move(answers); });
+    callback_ = std::make_shared<Callback>(ppd_, dialogPrinter_);
     channel_ = OrvanBiDi::initWithPDECallbackObject(callback_);
     channel_->setDelegate(collector_);
     channel_->dispatchCommands(commands);
@@ -119,14 +146,14 @@ bool PrinterQuestion::isStarting() const {
     return isFetching_ || (printer_ != nullptr && printer_->isSubmitting());
 }
 
+bool PrinterQuestion::isUnderWay() const {
+    return channel_ != nullptr && isBusy(*channel_);
+}
+
 bool PrinterQuestion::isWaiting() const {
     if (channel_ == nullptr) return isFetching_;
     const auto job = activeJob();
     return isBusy(*channel_) && !(job && isInTrouble(*job));
-}
-
-platform::Failure PrinterQuestion::refusal() const {
-    return printer_ != nullptr ? printer_->refusal() : std::nullopt;
 }
 
 std::optional<QueueJob> PrinterQuestion::activeJob() const {
@@ -134,59 +161,77 @@ std::optional<QueueJob> PrinterQuestion::activeJob() const {
 }
 
 void PrinterQuestion::withdraw() {
-    if (printer_ != nullptr) printer_->takeBack(patience_->time());
+    if (printer_ == nullptr) return;
+    patience_->ask([this](auto time) {
+        printer_->takeBack(time);
+        return true;
+    });
 }
 
-// Why nothing came through the queue.
-std::string PrinterQuestion::explainQueue(std::chrono::duration<double> timeout) {
-    if (const auto job = activeJob()) return describe(*job);
-    if (isBusy(*channel_))
-        return "no answer came within " + std::to_string(static_cast<int>(timeout.count())) + " s";
-    if (const platform::Failure why = refusal()) return *why;
-    platform::Failure problem;
-    const std::unique_ptr<DialogPPD> ppd =
-        patience_->ask([&](auto time) { return fetchQueuePPD(queue(), time, problem); });
-    const std::string complaint =
-        patience_->ask([this](auto time) { return complaintOfLastJob(queue(), time); });
-    if (patience_->isUsedUp()) return schedulerSilence().text;
-    if (ppd == nullptr) return problem.value_or("");
-    if (hasStoredChunks(*ppd, *channel_->supportedCommands()))
-        return "what the printer's command filter answered cannot be decoded";
-    if (complaint.empty() && !isOnNetwork(printer_->deviceURI(), ppd->record()))
-        return findPrinterAddress(printer_->deviceURI(), ppd->record()).problem;
-    return !complaint.empty()
-               ? complaint
-               : "the printer's command filter answered nothing; the scheduler's error log says why";
-}
-
-// Why nothing came.
-std::string PrinterQuestion::explain(std::chrono::duration<double> timeout) {
-    if (RunningOn107OrLater()) return explainQueue(timeout);
-    switch (channel_->state()) {
-    case OrvanBiDi::State::filterRunning:
-        return "the printer's command filter did not end within " +
-               std::to_string(static_cast<int>(timeout.count())) + " s, and was ended";
-    case OrvanBiDi::State::filterEnded:
-        return "the printer's command filter answered nothing that can be decoded";
-    default:
-        return "the printer's PPD names no command filter (\"cupsFilter2\") that can be started";
+// Why nothing came, or not all.
+AnswerReason PrinterQuestion::reason(std::chrono::duration<double> timeout) const {
+    if (wasInterrupted()) return {AnswerCode::interrupted, "interrupted"};
+    const std::string seconds = std::to_string(static_cast<int>(timeout.count())) + " s";
+    if (!RunningOn107OrLater()) {
+        switch (channel_->state()) {
+        case OrvanBiDi::State::filterRunning:
+            return {AnswerCode::noAnswerYet,
+                "the printer's command filter did not end within " + seconds + ", and was ended"};
+        case OrvanBiDi::State::filterEnded:
+            return {
+                AnswerCode::noAnswer, "the printer's command filter answered nothing that can be decoded"};
+        default:
+            return {AnswerCode::filterFailed,
+                "the printer's PPD names no command filter (\"cupsFilter2\") that can be started"};
+        }
     }
+    AnswerReason reason = reasonOf(*printer_, !isBusy(*channel_));
+    if (reason.code == AnswerCode::noAnswerYet) reason.text = "none came within " + seconds;
+    return reason;
+}
+
+// The filter says nothing of the commands that it did not answer, and its answers have no names.
+std::vector<CommandAnswer> PrinterQuestion::answersOfFilter(const AnswerReason& why) {
+    std::vector<CommandAnswer> result;
+    for (const std::string& name : *channel_->supportedCommands()) {
+        const CommandSpec* const command = findCommand(name);
+        if (command == nullptr || command->source == CommandSpec::Source::levels) continue;
+        auto& answer = result.emplace_back(CommandAnswer{.command = name, .reason = why});
+        const auto isAnswer = [command](const platform::PropertyList& response) {
+            return std::ranges::any_of(command->keys,
+                [&](std::string_view key) { return !key.empty() && response.find(key) != nullptr; });
+        };
+        const auto found = std::ranges::find_if(collector_->responses, isAnswer);
+        if (found == collector_->responses.end()) continue;
+        answer = {.command = name, .state = CommandAnswer::State::now, .list = std::move(*found)};
+        collector_->responses.erase(found);
+    }
+    for (platform::PropertyList& other : collector_->responses)
+        result.push_back({.command = {}, .state = CommandAnswer::State::now, .list = std::move(other)});
+    return result;
 }
 
 PrinterAnswers PrinterQuestion::end(std::chrono::duration<double> timeout) {
-    if (isFetching_) answers_.problem = wasInterrupted() ? "interrupted" : schedulerSilence().text;
-    if (channel_ != nullptr) {
-        answers_.responses = std::move(collector_->responses);
-        answers_.unknownPapers = papersUnknownTo(callback_->ppd(), customPapers(answers_.responses));
-        if (wasInterrupted())
-            answers_.problem = "interrupted";
-        else if (answers_.responses.empty())
-            answers_.problem = "printer " + queue() + " gave no answer: " + explain(timeout);
-        else if (RunningOn107OrLater())
-            answers_.complaint =
-                patience_->ask([this](auto time) { return complaintOfLastJob(queue(), time); });
-        std::exchange(channel_, nullptr)->invalidate();
+    if (isFetching_) answers_.problem = reasonOf(schedulerSilence());
+    if (wasInterrupted()) answers_.problem = {AnswerCode::interrupted, "interrupted"};
+    const bool wasAsked = channel_ != nullptr;
+    const AnswerReason why = wasAsked ? reason(timeout) : answers_.problem;
+    if (wasAsked && !RunningOn107OrLater())
+        answers_.commands = answersOfFilter(why);
+    else if (printer_ != nullptr)
+        answers_.commands = commandAnswers(stored_, *printer_, why);
+    for (CommandAnswer& answer : answers_.commands) {
+        // The advice is longer than the word.
+        if (answer.reason.code == AnswerCode::noAddress)
+            if (const auto search = findPrinterAddress(printer_->deviceURI(), ppd_->record());
+                !search.address)
+                answer.reason.text = search.problem;
+        if (answers_.problem.isNone() && !answer.reason.isRemark()) answers_.problem = answer.reason;
     }
+    if (wasAsked && answers_.commands.empty()) answers_.problem = why;
+    if (ppd_ != nullptr) answers_.unknownPapers = papersUnknownTo(*ppd_, customPapers(answers_.responses()));
+    answers_.ppd = ppd_;
+    if (wasAsked) std::exchange(channel_, nullptr)->invalidate();
     return std::move(answers_);
 }
 
@@ -205,17 +250,20 @@ std::vector<PrinterAnswers> askPrinters(
     const auto start = std::chrono::steady_clock::now();
     waitFor(&PrinterQuestion::isStarting, patience.time());
     waitFor(&PrinterQuestion::isWaiting, timeout - (std::chrono::steady_clock::now() - start));
-    if (wasInterrupted()) std::ranges::for_each(questions, &PrinterQuestion::withdraw);
 
     std::vector<PrinterAnswers> answers;
     answers.reserve(questions.size());
-    for (PrinterQuestion& question : questions)
+    for (PrinterQuestion& question : questions) {
+        // Its answer comes too late for anybody, and its job keeps the next question waiting.
+        const bool isGivenUp = question.isUnderWay() && (timeout.count() > 0 || wasInterrupted());
         answers.push_back(question.end(timeout));
+        if (isGivenUp) question.withdraw();
+    }
     return answers;
 }
 
 std::optional<std::vector<std::string>> orvanQueues(
-    std::chrono::duration<double> timeout, platform::Failure& problem) {
+    std::chrono::duration<double> timeout, SchedulerProblem& problem) {
     SchedulerPatience patience(timeout);
     const auto all = patience.ask([&problem](auto time) { return listQueues(time, problem); });
     if (!all) return std::nullopt;

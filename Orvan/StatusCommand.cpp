@@ -1,15 +1,19 @@
 // "orvan status" and "orvan papers": what printers answer through their queues.
+#include "CommandFilter/Commands.h"
 #include "Formats/OneLine.h"
+#include "Orvan/AnswerReport.h"
 #include "Orvan/Commands.h"
 #include "Orvan/CommonOptions.h"
 #include "Orvan/Interruption.h"
 #include "Orvan/PrinterQuery.h"
 #include "Orvan/PropertyListJson.h"
+#include "Orvan/StatusMetrics.h"
 #include "Orvan/StatusReport.h"
 #include "Orvan/Terminal.h"
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <iomanip>
@@ -24,108 +28,107 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+enum class Form { text, json, metrics };
+
 struct QueryArguments {
     std::string queue;
     std::string release;
     std::chrono::duration<double> timeout{};
-    bool json = false;
+    Form form = Form::text;
     bool all = false;               // every Orvan queue instead of one
+    bool isVerbose = false;         // all that each of several printers answered, instead of a line
+    bool low = false;               // those that need a hand alone
     std::optional<double> interval; // seconds between two questions; once without
 };
 
-// What several printers answered.
-using Answers = std::vector<PrinterAnswers>;
+// What became of a round of questions.
+struct Round {
+    AnswerReason problem; // why nobody was asked; none otherwise
+    std::vector<PrinterAnswers> printers;
+};
 
-// Answers of the queues that the arguments name; nothing, and a message is written, when there are none.
-std::optional<Answers> ask(const QueryArguments& arguments) {
+Round ask(const QueryArguments& arguments) {
     setSystemRelease(arguments.release);
     std::vector<std::string> queues{arguments.queue};
     if (arguments.all) {
-        platform::Failure problem;
+        SchedulerProblem problem;
         auto found = orvanQueues(arguments.timeout, problem);
-        if (found && found->empty())
-            problem = "there is no queue of an Orvan printer (\"lpstat -v\" lists the queues)";
-        if (!found || found->empty()) {
-            cannot(*problem);
-            return std::nullopt;
-        }
+        if (!found) return {reasonOf(problem), {}};
+        if (found->empty())
+            return {{AnswerCode::noSuchQueue,
+                        "there is no queue of an Orvan printer (\"lpstat -v\" lists the queues)"},
+                {}};
         queues = *std::move(found);
     }
-    Answers answers = askPrinters(queues, arguments.timeout);
-    if (!wasInterrupted()) return answers;
-    cannot("interrupted; the printer is not asked any more");
-    return std::nullopt;
+    Round round{{}, askPrinters(queues, arguments.timeout)};
+    if (wasInterrupted())
+        round.problem = {AnswerCode::interrupted, "interrupted; the printer is not asked any more"};
+    return round;
 }
 
-// What is wrong with the answers, on standard error.
-int complain(const Answers& answers) {
-    int code = kDone;
-    for (const PrinterAnswers& printer : answers) {
-        if (!printer.problem.empty()) code = cannot(platform::onOneLine(printer.problem));
-        if (!printer.complaint.empty())
-            std::cerr << "orvan: printer " << printer.queue
-                      << " was asked in vain, its earlier answers follow: "
-                      << platform::onOneLine(printer.complaint) << '\n';
+// Whether somebody has to do something about the printer.
+bool needsHand(const PrinterAnswers& printer) {
+    return !printer.problem.isNone() || pageOf(printer.responses(), printer.ppd.get()).needsHand();
+}
+
+void complain(const std::string& sentence) {
+    if (!sentence.empty()) std::cerr << "orvan: " << sentence << '\n';
+}
+
+// What is written again and again has the time of each.
+void addTime(Json& json, const QueryArguments& arguments) {
+    if (arguments.interval) json["time"] = jsonTime(std::chrono::system_clock::now());
+}
+
+void writeJSON(const Round& round, const QueryArguments& arguments) {
+    Json json{{"schemaVersion", kAnswerSchema}};
+    addTime(json, arguments);
+    json["release"] = currentRelease();
+    const bool isOne = !arguments.all && !round.printers.empty();
+    if (isOne) {
+        json.update(jsonOf(round.printers.front()));
+    } else {
+        json["problem"] = round.problem.sentence();
+        json["code"] = wordFor(round.problem.code);
+        json["printers"] = Json::array();
+        for (const PrinterAnswers& printer : round.printers)
+            json["printers"].push_back(jsonOf(printer));
     }
-    return code;
+    std::cout << jsonText(json) << '\n';
 }
 
-// RFC 3339, in UTC; null when it is not known.
-Json answeredAt(const PrinterAnswers& printer) {
-    if (!printer.askedAt) return nullptr;
-    const std::time_t time = std::chrono::system_clock::to_time_t(*printer.askedAt);
-    std::tm utc{};
-    gmtime_r(&time, &utc);
-    std::ostringstream text;
-    text << std::put_time(&utc, "%FT%TZ");
-    return text.str();
-}
-
-Json responsesIn(const PrinterAnswers& printer) {
-    Json responses = Json::array();
-    for (const platform::PropertyList& response : printer.responses)
-        responses.push_back(jsonFromPropertyList(response));
-    return responses;
-}
-
-void writeJSON(const Answers& answers, bool all) {
-    if (!all) {
-        const PrinterAnswers& printer = answers.front();
-        if (printer.problem.empty())
-            std::cout << jsonText(Json{{"schemaVersion", 1}, {"queue", printer.queue},
-                             {"release", currentRelease()}, {"complaint", printer.complaint},
-                             {"answeredAt", answeredAt(printer)}, {"responses", responsesIn(printer)}})
-                      << '\n';
-        return;
-    }
-    Json printers = Json::array();
-    for (const PrinterAnswers& printer : answers)
-        printers.push_back(
-            {{"queue", printer.queue}, {"problem", printer.problem}, {"complaint", printer.complaint},
-                {"answeredAt", answeredAt(printer)}, {"responses", responsesIn(printer)}});
-    std::cout << jsonText(Json{
-                     {"schemaVersion", 1}, {"release", currentRelease()}, {"printers", std::move(printers)}})
-              << '\n';
-}
-
-// A printer of several: under its name.
-void writeNamed(const PrinterAnswers& printer, bool decorated) {
+// Of one printer, or of one of several under its name.
+void writePage(const PrinterAnswers& printer, bool isNamed) {
+    const std::vector<platform::PropertyList> responses = printer.responses();
     std::ostringstream status;
-    writeStatus(printer.responses, decorated, status);
-    std::cout << printer.queue << '\n';
+    writeStatus(responses, printer.ppd.get(), isDecorated(STDOUT_FILENO), status);
+    if (isNamed) {
+        const auto askedAt = printer.askedAt();
+        std::cout << printer.queue << (askedAt ? ", answers of " + timeText(*askedAt) : "") << '\n';
+    }
     std::istringstream lines(status.str());
     for (std::string line; std::getline(lines, line);)
-        std::cout << "  " << line << '\n';
+        std::cout << (isNamed ? "  " : "") << line << '\n';
 }
 
-void writeText(const Answers& answers, bool all) {
-    const bool decorated = isDecorated(STDOUT_FILENO);
-    const char* separator = "";
-    for (const PrinterAnswers& printer : answers) {
-        if (!printer.problem.empty()) continue;
-        std::cout << std::exchange(separator, "\n");
-        all ? writeNamed(printer, decorated) : writeStatus(printer.responses, decorated, std::cout);
-    }
+// "Office   4 trays, Tray 3 low; yellow 7 %; 14:05"
+void writeLine(const PrinterAnswers& printer, std::size_t columns) {
+    std::string text = summaryOf(pageOf(printer.responses(), printer.ppd.get()));
+    const auto add = [&text](const std::string& part) {
+        if (!part.empty()) text.append(text.empty() ? "" : "; ").append(part);
+    };
+    if (const auto askedAt = printer.askedAt()) add(timeText(*askedAt));
+    add(platform::onOneLine(printer.problem.sentence()));
+    std::cout << printer.queue << std::string(columns - printer.queue.size(), ' ') << text << '\n';
+}
+
+void writeText(const std::vector<PrinterAnswers>& printers, const QueryArguments& arguments) {
+    std::size_t columns = 0;
+    for (const PrinterAnswers& printer : printers)
+        columns = std::max(columns, printer.queue.size() + 3);
+    const bool areLines = (arguments.all || arguments.low) && !arguments.isVerbose;
+    for (const PrinterAnswers& printer : printers)
+        areLines ? writeLine(printer, columns) : writePage(printer, arguments.all);
 }
 
 // Above what is written again and again: on a terminal it stays in its place.
@@ -138,13 +141,33 @@ void writeTime() {
 }
 
 int showStatus(const QueryArguments& arguments) {
-    const std::optional<Answers> answers = ask(arguments);
-    if (!answers) return kNotDone;
-    if (arguments.interval && !arguments.json) writeTime();
+    Round round = ask(arguments);
+    const auto isWell = [](const PrinterAnswers& printer) { return printer.problem.isNone(); };
+    const bool isDone = round.problem.isNone() && std::ranges::all_of(round.printers, isWell);
+    if (arguments.low)
+        std::erase_if(round.printers, [](const PrinterAnswers& printer) { return !needsHand(printer); });
+    const bool areLines =
+        arguments.form == Form::text && (arguments.all || arguments.low) && !arguments.isVerbose;
+    if (arguments.interval && arguments.form == Form::text) writeTime();
     std::cout.flush();
-    const int code = complain(*answers);
-    arguments.json ? writeJSON(*answers, arguments.all) : writeText(*answers, arguments.all);
-    return code;
+    complain(round.problem.text);
+    // A line of several says it itself.
+    if (round.problem.isNone() && !areLines)
+        for (const PrinterAnswers& printer : round.printers)
+            complain(complaintOf(printer));
+    switch (arguments.form) {
+    case Form::json:
+        writeJSON(round, arguments);
+        break;
+    case Form::metrics:
+        writeMetrics(round.problem.isNone() || round.problem.code == AnswerCode::noSuchQueue, round.printers,
+            std::cout);
+        break;
+    case Form::text:
+        if (round.problem.isNone()) writeText(round.printers, arguments);
+        break;
+    }
+    return isDone ? kDone : kNotDone;
 }
 
 int status(const QueryArguments& arguments) {
@@ -152,7 +175,6 @@ int status(const QueryArguments& arguments) {
     while (arguments.interval && !wasInterrupted() && std::cout.flush()) {
         // With nothing to take back, a signal may end the process.
         std::this_thread::sleep_for(std::chrono::duration<double>(*arguments.interval));
-        if (!arguments.json) std::cout << '\n';
         code = showStatus(arguments);
     }
     return code;
@@ -161,48 +183,72 @@ int status(const QueryArguments& arguments) {
 // The filter leaves out a type that makes no keyword of a PPD, so nobody can ask for such a paper.
 constexpr const char* kNoType = "(no type)";
 
+// Of all answers, the one with the custom papers; one that says why there is none, where there is none.
+CommandAnswer papersAnswer(const PrinterAnswers& printer) {
+    for (const CommandAnswer& answer : printer.commands)
+        if (answer.list && answer.list->find(OVOVGCustomPaperTypes) != nullptr) return answer;
+    const auto isAsked = [](const CommandAnswer& answer) {
+        const CommandSpec* const command = findCommand(answer.command);
+        return command != nullptr && command->keys.front() == OVOVGCustomPaperTypes;
+    };
+    const auto asked = std::ranges::find_if(printer.commands, isAsked);
+    if (asked != printer.commands.end()) return *asked;
+    if (!printer.problem.isNone()) return {.command = {}, .reason = printer.problem};
+    return {.command = {},
+        .reason = {AnswerCode::noCommands, "the queue's PPD does not list the command for custom papers"}};
+}
+
 int papers(const QueryArguments& arguments) {
-    const std::optional<Answers> answers = ask(arguments);
-    if (!answers) return kNotDone;
-    const PrinterAnswers& printer = answers->front();
-    if (complain(*answers) != kDone) return kNotDone;
+    const Round round = ask(arguments);
+    const PrinterAnswers& printer = round.printers.front();
+    CommandAnswer answer = papersAnswer(printer);
+    if (!round.problem.isNone()) answer.reason = round.problem;
+    const std::vector<CustomPaper> found =
+        answer.list ? customPapers({*answer.list}) : std::vector<CustomPaper>();
+    if (!answer.reason.isNone())
+        complain(wasInterrupted()
+                     ? round.problem.text
+                     : complaintOf(printer.queue, answer.reason, answer.list.has_value(), answer.askedAt));
     Json list = Json::array();
     const auto isKnown = [&printer](const CustomPaper& paper) {
         return std::ranges::find(printer.unknownPapers, paper) == printer.unknownPapers.end();
     };
-    for (const CustomPaper& paper : customPapers(printer.responses)) {
-        if (arguments.json)
-            list.push_back({{"name", paper.name}, {"type", paper.type}, {"baseClass", paper.baseClass},
-                {"inDriver", isKnown(paper)}});
-        else
+    for (const CustomPaper& paper : found) {
+        list.push_back({{"name", paper.name}, {"type", paper.type}, {"baseClass", paper.baseClass},
+            {"inDriver", isKnown(paper)}});
+        if (arguments.form == Form::text)
             std::cout << platform::onOneLine(paper.name) << '\t'
                       << (paper.type.empty() ? kNoType : platform::onOneLine(paper.type)) << '\t'
                       << platform::onOneLine(paper.baseClass) << '\n';
     }
-    if (arguments.json)
-        std::cout << jsonText(Json{{"schemaVersion", 1}, {"queue", arguments.queue},
-                         {"complaint", printer.complaint}, {"answeredAt", answeredAt(printer)},
-                         {"papers", std::move(list)}})
-                  << '\n';
+    if (arguments.form == Form::json) {
+        Json json{{"schemaVersion", kAnswerSchema}, {"queue", printer.queue}};
+        addOutcome(json, answer.askedAt, answer.reason);
+        json["papers"] = std::move(list);
+        std::cout << jsonText(json) << '\n';
+    }
     for (const CustomPaper& paper : printer.unknownPapers)
-        std::cerr << "orvan: the driver of queue " << printer.queue << " cannot name "
-                  << platform::onOneLine(paper.name) << " to the printer\n";
-    return kDone;
+        complain("the driver of queue " + printer.queue + " cannot name " + platform::onOneLine(paper.name) +
+                 " to the printer");
+    return answer.reason.isNone() ? kDone : kNotDone;
 }
 
 QueryArguments queryIn(const Arguments& arguments) {
-    return {.queue = arguments.text("--queue"),
-        .release = arguments.text("--release"),
-        .timeout = timeoutIn(arguments),
-        .json = arguments.has("--json"),
-        .all = false,
-        .interval = std::nullopt};
+    QueryArguments query;
+    query.queue = arguments.text("--queue");
+    query.release = arguments.text("--release");
+    query.timeout = timeoutIn(arguments);
+    if (arguments.has("--json")) query.form = Form::json;
+    return query;
 }
 
 int runStatus(const Arguments& arguments) {
     QueryArguments query = queryIn(arguments);
     query.all = arguments.has("--all");
+    query.isVerbose = arguments.has("--verbose");
+    query.low = arguments.has("--low");
     query.interval = arguments.number("--watch");
+    if (arguments.has("--metrics")) query.form = Form::metrics;
     return status(query);
 }
 
@@ -213,6 +259,8 @@ int runPapers(const Arguments& arguments) {
 constexpr ArgumentSpec kStatusArguments[]{
     inGroup(kQueueOption, "printers"),
     {.name = "--all", .text = "Every queue of an Orvan printer, all at once", .group = "printers"},
+    {.name = "-v,--verbose", .text = "All that each printer answered, instead of a line"},
+    {.name = "--low", .text = "Only printers that need a hand: low, empty, or without an answer"},
     {.name = "--watch",
         .text = "Ask again and again, until Ctrl-C",
         .value = "SECONDS",
@@ -220,7 +268,8 @@ constexpr ArgumentSpec kStatusArguments[]{
     kServerOption,
     kReleaseOption,
     kTimeoutOption,
-    kJSONFlag,
+    {.name = kJSONFlag.name, .text = kJSONFlag.text, .excludes = "--metrics"},
+    {.name = "--metrics", .text = "Answer in OpenMetrics text, for monitoring", .excludes = "--watch"},
 };
 
 constexpr ArgumentSpec kPapersArguments[]{
@@ -239,8 +288,8 @@ const Command kStatusCommand{
     .arguments = kStatusArguments,
     .footer = "Examples:\n"
               "  orvan status -q Office\n"
-              "  orvan status --all --watch 60\n"
-              "  orvan status --all --json | jq -r '.printers[] | select(.problem != \"\").queue'",
+              "  orvan status --all --low --watch 60\n"
+              "  orvan status --all --json | jq -r '.printers[] | select(.fresh | not).queue'",
     .run = runStatus,
 };
 

@@ -1,115 +1,116 @@
 #include "Orvan/StatusReport.h"
 
-#include "CommandFilter/Program/PrinterLevels.h"
+#include "CommandFilter/PrinterWords.h"
 #include "CommandFilter/TicketVocabulary.h"
 #include "Formats/OneLine.h"
 #include "Orvan/PropertyListJson.h"
 #include "Orvan/Terminal.h"
 
+#include <glib.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <iomanip>
 #include <string_view>
+#include <utility>
 
 namespace orvan {
 namespace {
 
 using platform::PropertyList;
 
-constexpr std::int64_t kFull = 100; // levels are per cent; below 0 they are unknown
+constexpr std::int64_t kFullBar = 100;
 constexpr std::size_t kBarWidth = 20;
-constexpr int kNameWidth = 14;
-constexpr std::string_view kCustomType = "CustomType"; // and the paper's number: a PPD choice
-
-using Papers = std::vector<CustomPaper>;
-
-std::string textAsItIs(const PropertyList& record, std::string_view key) {
-    const std::string* const string = record.findString(key);
-    return string != nullptr ? *string : "";
-}
+constexpr std::size_t kNameWidth = 14; // at least
 
 std::string text(const PropertyList& record, std::string_view key) {
-    return platform::onOneLine(textAsItIs(record, key));
-}
-
-// What the sections are written with.
-struct Style {
-    Papers papers; // for the names of loaded papers
-    bool decorated = false;
-};
-
-// What a level looks like, and how many columns that takes.
-struct Level {
-    std::string text;
-    std::size_t width = 0;
-};
-
-// "[########------------]  40 %" in a color, "40 %" without decoration, or "unknown".
-Level level(const PropertyList& record, std::string_view key, std::int64_t low, const Style& style) {
-    static constexpr std::string_view kUnknown = "unknown";
-    const PropertyList* const value = record.find(key);
-    const auto number = value != nullptr ? value->asInteger() : std::nullopt;
-    if (!number || *number < 0) return {std::string(kUnknown), kUnknown.size()};
-    const std::int64_t percent = std::min(*number, kFull);
-    const std::string figure = std::to_string(percent);
-    const std::string aligned = std::string(3 - std::min<std::size_t>(figure.size(), 3), ' ') + figure + " %";
-    if (!style.decorated) return {aligned, aligned.size()};
-    const auto filled = static_cast<std::size_t>(percent) * kBarWidth / static_cast<std::size_t>(kFull);
-    const Color color = percent == 0 ? Color::red : percent <= low ? Color::yellow : Color::green;
-    return {"[" + colored(std::string(filled, '#'), color, filled > 0) +
-                std::string(kBarWidth - filled, '-') + "] " + colored(aligned, color, percent <= low),
-        kBarWidth + 3 + aligned.size()};
-}
-
-// What follows a level begins in one column.
-std::string padding(const Level& shown, const Style& style) {
-    const std::size_t column = style.decorated ? kBarWidth + 10 : 9;
-    return std::string(column - std::min(column, shown.width), ' ');
+    const std::string* const string = record.findString(key);
+    return string != nullptr ? platform::onOneLine(*string) : "";
 }
 
 std::string orElse(const std::string& value, const char* otherwise) {
     return value.empty() ? otherwise : value;
 }
 
-// A custom paper by the name that the printer was given for it.
-std::string paperName(const std::string& mediaType, const Papers& papers) {
-    if (!mediaType.starts_with(kCustomType)) return mediaType;
-    const auto paper = std::ranges::find(papers, mediaType.substr(kCustomType.size()), &CustomPaper::type);
-    return paper != papers.end() && !paper->name.empty() ? platform::onOneLine(paper->name) : mediaType;
+// What a level looks like, and how many columns that takes.
+struct ShownLevel {
+    std::string text;
+    std::size_t width = 0;
+};
+
+// "[########------------]  40 %" in a color, "40 %" without decoration, or the printer's own word.
+ShownLevel shownLevel(const Level& level, bool decorated) {
+    if (!level.percent) {
+        const std::string word = orElse(level.word, "unknown");
+        return {word, static_cast<std::size_t>(g_utf8_strlen(word.c_str(), -1))};
+    }
+    const std::string figure = std::to_string(*level.percent);
+    const std::string aligned = std::string(3 - std::min<std::size_t>(figure.size(), 3), ' ') + figure + " %";
+    if (!decorated) return {aligned, aligned.size()};
+    const auto filled =
+        static_cast<std::size_t>(*level.percent) * kBarWidth / static_cast<std::size_t>(kFullBar);
+    const Color color = level.isEmpty() ? Color::red : level.isLow ? Color::yellow : Color::green;
+    std::string bar = "[" + colored(std::string(filled, '#'), color, filled > 0);
+    bar.append(kBarWidth - filled, '-').append("] ").append(colored(aligned, color, level.isLow));
+    return {bar, kBarWidth + 3 + aligned.size()};
 }
 
-void writeTray(const PropertyList& tray, const Style& style, std::ostream& out) {
-    const Level shown = level(tray, OVCPSSTrayLevel, kLowTray, style);
-    out << std::left << std::setw(kNameWidth) << orElse(text(tray, OVCPSSTrayName), "(no name)")
-        << shown.text;
-    if (const PropertyList* media = tray.find(OVCPSSMedia))
-        out << padding(shown, style)
-            << orElse(paperName(text(*media, kMediaType), style.papers), "paper unknown") << ", "
-            << orElse(text(*media, kPageSize), "size unknown");
+std::string padded(const std::string& text, std::size_t columns) {
+    const auto width = static_cast<std::size_t>(g_utf8_strlen(text.c_str(), -1));
+    return text + std::string(columns - std::min(columns, width), ' ');
 }
 
-void writeSupply(const PropertyList& supply, const Style& style, std::ostream& out) {
-    const std::string type = text(supply, OVCPSSColorantType);
-    out << std::left << std::setw(kNameWidth)
-        << orElse(text(supply, OVCPSSColorant), "(no name)") + (type.empty() ? "" : " " + type)
-        << level(supply, OVCPSSColorantLevel, kLowSupply, style).text;
+// The column behind the longest name.
+template <class Things>
+std::size_t nameColumns(const Things& things) {
+    std::size_t columns = kNameWidth;
+    for (const auto& thing : things)
+        columns = std::max(columns, static_cast<std::size_t>(g_utf8_strlen(thing.name.c_str(), -1)) + 2);
+    return columns;
 }
 
-void writePaper(const PropertyList& paper, const Style&, std::ostream& out) {
+void writeHeading(const char* heading, bool isEmpty, std::ostream& out) {
+    out << heading << '\n' << (isEmpty ? "  (none)\n" : "");
+}
+
+void writeTrays(const std::vector<Tray>& trays, bool decorated, std::ostream& out) {
+    writeHeading("Trays", trays.empty(), out);
+    const std::size_t columns = nameColumns(trays);
+    // What follows a level begins in one column.
+    const std::size_t levelColumns = decorated ? kBarWidth + 10 : 9;
+    for (const Tray& tray : trays) {
+        const ShownLevel level = shownLevel(tray.level, decorated);
+        out << "  " << padded(orElse(tray.name, "(no name)"), columns) << level.text
+            << std::string(level.width < levelColumns ? levelColumns - level.width : 2, ' ')
+            << orElse(tray.paper, "paper unknown") << ", " << orElse(tray.size, "size unknown") << '\n';
+    }
+}
+
+void writeSupplies(const std::vector<Supply>& supplies, bool decorated, std::ostream& out) {
+    writeHeading("Supplies", supplies.empty(), out);
+    const std::size_t columns = nameColumns(supplies);
+    for (const Supply& supply : supplies)
+        out << "  " << padded(orElse(supply.name, "(no name)"), columns)
+            << shownLevel(supply.level, decorated).text << '\n';
+}
+
+void writePaper(const PropertyList& paper, std::ostream& out) {
     out << orElse(text(paper, OVOVGCustomPaperTypeName), "(no name)") << "  type "
         << orElse(text(paper, OVOVGCustomPaperTypeIndex), "unknown") << ", base class "
         << orElse(text(paper, OVOVGCustomPaperTypeBase), "unknown");
 }
 
-void writeJob(const PropertyList& job, const Style&, std::ostream& out) {
+void writeJob(const PropertyList& job, std::ostream& out) {
     out << orElse(text(job, kJobName), "(no name)") << "  " << text(job, kJobID) << "  "
         << text(job, kSaveContext);
 }
 
-void writeColorMode(const PropertyList& mode, const Style&, std::ostream& out) {
+void writeColorMode(const PropertyList& mode, std::ostream& out) {
     const PropertyList::Dictionary* const properties = mode.asDictionary();
-    if (properties == nullptr) return;
+    if (properties == nullptr || properties->empty()) {
+        out << "(nothing said)";
+        return;
+    }
     const char* separator = "";
     for (const auto& [name, value] : *properties) {
         out << separator << platform::onOneLine(name) << ": " << text(mode, name);
@@ -117,93 +118,104 @@ void writeColorMode(const PropertyList& mode, const Style&, std::ostream& out) {
     }
 }
 
-void writePermission(const PropertyList& permission, const Style&, std::ostream& out) {
+void writePermission(const PropertyList& permission, std::ostream& out) {
     struct Meaning {
         std::string_view key;
         const char* sentence;
     };
     static constexpr std::array<Meaning, 2> kMeanings{
         {{kShowColorAccess, "Color access is shown: "}, {kBlackAndWhiteOnly, "Black and white only: "}}};
+    const char* separator = "";
     for (const Meaning& meaning : kMeanings)
         if (permission.find(meaning.key) != nullptr)
-            out << meaning.sentence << (text(permission, meaning.key) == "YES" ? "yes" : "no");
+            out << std::exchange(separator, ", ") << meaning.sentence
+                << (text(permission, meaning.key) == "YES" ? "yes" : "no");
+    if (*separator == '\0') out << "(nothing said)";
 }
 
 struct Section {
     std::string_view key;
     const char* heading;
-    void (*write)(const PropertyList& record, const Style& style, std::ostream& out);
+    void (*write)(const PropertyList& record, std::ostream& out);
 };
-constexpr std::array<Section, 6> kSections{{
-    {OVCPSSInputTrays, "Trays", writeTray},
-    {OVCPSSColorantHousing, "Supplies", writeSupply},
+constexpr std::array<Section, 4> kSections{{
     {OVOVGCustomPaperTypes, "Custom papers", writePaper},
     {kSavedJobs, "Stored jobs", writeJob},
     {kColorModes, "Color modes", writeColorMode},
     {kColorPermissions, "Permissions", writePermission},
 }};
 
-std::string_view headingFor(std::string_view key) {
-    return key == OVSNMPJobAccountingOID ? "Job accounting" : key;
-}
+// Shown elsewhere on the page.
+constexpr std::array<std::string_view, 5> kPageKeys{
+    OVCPSSInputTrays, OVCPSSColorantHousing, kToldTrays, kToldSupplies, kToldOtherSupplies};
 
-void writeSection(
-    const Section& section, const PropertyList::List& records, const Style& style, std::ostream& out) {
-    out << section.heading << '\n';
-    if (records.empty()) out << "  (none)\n";
+void writeSection(const Section& section, const PropertyList::List& records, std::ostream& out) {
+    writeHeading(section.heading, records.empty(), out);
     for (const PropertyList& record : records) {
         out << "  ";
-        section.write(record, style, out);
+        section.write(record, out);
         out << '\n';
     }
 }
 
-const Section* sectionFor(std::string_view key, const PropertyList& value) {
-    const auto section = std::ranges::find(kSections, key, &Section::key);
-    return section != kSections.end() && value.asList() != nullptr ? &*section : nullptr;
+bool isShown(std::string_view key, const PropertyList& value) {
+    const bool isOfPage = std::ranges::find(kPageKeys, key) != kPageKeys.end();
+    const bool isSection = std::ranges::find(kSections, key, &Section::key) != kSections.end();
+    return (isOfPage || isSection) && value.asList() != nullptr;
+}
+
+// "3 low" or "3 empty".
+std::string stateOf(const std::string& name, const Level& level) {
+    return name + (level.isEmpty() ? " empty" : " low");
+}
+
+std::string supplyState(const Supply& supply) {
+    const std::string name = supply.colorant.empty() ? supply.name : supply.colorant;
+    return supply.level.isEmpty() ? name + " empty"
+                                  : name + " " + std::to_string(supply.level.percent.value_or(0)) + " %";
 }
 
 } // namespace
 
-std::vector<CustomPaper> customPapers(const std::vector<PropertyList>& responses) {
-    std::vector<CustomPaper> papers;
-    for (const PropertyList& response : responses) {
-        const PropertyList* const value = response.find(OVOVGCustomPaperTypes);
-        const PropertyList::List* const list = value != nullptr ? value->asList() : nullptr;
-        if (list == nullptr) continue;
-        for (const PropertyList& paper : *list)
-            papers.push_back({textAsItIs(paper, OVOVGCustomPaperTypeName),
-                textAsItIs(paper, OVOVGCustomPaperTypeIndex), textAsItIs(paper, OVOVGCustomPaperTypeBase)});
-    }
-    return papers;
-}
-
-std::vector<CustomPaper> papersUnknownTo(const DialogPPD& ppd, const std::vector<CustomPaper>& papers) {
-    std::vector<CustomPaper> unknown;
-    for (const CustomPaper& paper : papers)
-        if (paper.type.empty() || !ppd.isInFile("MediaType", std::string(kCustomType) + paper.type))
-            unknown.push_back(paper);
-    return unknown;
-}
-
-void writeStatus(const std::vector<PropertyList>& responses, bool decorated, std::ostream& out) {
-    const Style style{customPapers(responses), decorated};
+void writeStatus(
+    const std::vector<PropertyList>& responses, const DialogPPD* ppd, bool decorated, std::ostream& out) {
+    const PrinterPage page = pageOf(responses, ppd);
+    if (page.trays) writeTrays(*page.trays, decorated, out);
+    if (page.supplies) writeSupplies(*page.supplies, decorated, out);
     for (const Section& section : kSections)
         for (const PropertyList& response : responses)
             if (const PropertyList* value = response.find(section.key);
                 value != nullptr && value->asList() != nullptr)
-                writeSection(section, *value->asList(), style, out);
+                writeSection(section, *value->asList(), out);
     for (const PropertyList& response : responses) {
         const PropertyList::Dictionary* const entries = response.asDictionary();
         if (entries == nullptr) {
             out << platform::onOneLine(jsonText(jsonFromPropertyList(response))) << '\n';
             continue;
         }
-        for (const auto& [key, value] : *entries)
-            if (sectionFor(key, value) == nullptr)
-                out << platform::onOneLine(headingFor(key)) << "\n  "
-                    << platform::onOneLine(jsonText(jsonFromPropertyList(value))) << '\n';
+        for (const auto& [key, value] : *entries) {
+            if (isShown(key, value)) continue;
+            const std::string shown = platform::onOneLine(jsonText(jsonFromPropertyList(value)));
+            if (key == OVSNMPJobAccountingOID)
+                out << "Job accounting\n  counts " << shown << '\n';
+            else
+                out << platform::onOneLine(key) << "\n  " << shown << '\n';
+        }
     }
+}
+
+std::string summaryOf(const PrinterPage& page) {
+    std::string text;
+    if (page.trays) {
+        text = std::to_string(page.trays->size()) + (page.trays->size() == 1 ? " tray" : " trays");
+        for (const Tray& tray : *page.trays)
+            if (tray.level.isLow) text.append(", ").append(stateOf(tray.name, tray.level));
+    }
+    const char* separator = text.empty() ? "" : "; ";
+    if (page.supplies)
+        for (const Supply& supply : *page.supplies)
+            if (supply.level.isLow) text.append(std::exchange(separator, ", ")).append(supplyState(supply));
+    return text;
 }
 
 } // namespace orvan

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Formats/PropertyList.h"
-#include "PrintDialog/Host/DialogPPD.h"
+#include "Orvan/PrinterPage.h"
 
 #include <ostream>
 #include <string>
@@ -10,23 +10,12 @@
 
 namespace orvan {
 
-// One of the printer's custom paper types; "" for what it did not say.
-struct CustomPaper {
-    std::string name;
-    std::string type;
-    std::string baseClass;
-    bool operator==(const CustomPaper&) const = default;
-};
-
-// Those of all responses, in order.
-std::vector<CustomPaper> customPapers(const std::vector<platform::PropertyList>& responses);
-
-// Those whose type the PPD has no choice for, so that nobody can ask the printer for them; those
-// without a type as well.
-std::vector<CustomPaper> papersUnknownTo(const DialogPPD& ppd, const std::vector<CustomPaper>& papers);
-
 // Trays, supplies, custom papers, stored jobs and permissions, each under its heading, and all else by its
-// key. `decorated`: with bars and colors, for a terminal.
-void writeStatus(const std::vector<platform::PropertyList>& responses, bool decorated, std::ostream& out);
+// key. `ppd` (may be null) has the titles; `decorated`: with bars and colors, for a terminal.
+void writeStatus(const std::vector<platform::PropertyList>& responses, const DialogPPD* ppd, bool decorated,
+    std::ostream& out);
+
+// "4 trays, Tray 3 low; Yellow Toner 7 %": what there is, and what needs a hand; "" when nothing was told.
+std::string summaryOf(const PrinterPage& page);
 
 } // namespace orvan

@@ -55,7 +55,7 @@ int writeTicket(const Arguments& arguments) {
         std::cout << jsonText(answer, 2) << '\n';
     }
     if (plist) std::cout << list.writeXML();
-    if (!json && !plist) writeStatus({list}, isDecorated(STDOUT_FILENO), std::cout);
+    if (!json && !plist) writeStatus({list}, nullptr, isDecorated(STDOUT_FILENO), std::cout);
     return kDone;
 }
 

@@ -3,6 +3,7 @@
 #include "Formats/TextEncoding.h"
 
 // clang-format off: the second needs the first
+#include <net-snmp/library/large_fd_set.h>
 #include <net-snmp/net-snmp-config.h>
 #include <net-snmp/net-snmp-includes.h>
 // clang-format on
@@ -16,6 +17,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <deque>
 #include <memory>
 #include <span>
 #include <system_error>
@@ -146,11 +148,10 @@ long unpredictableIdentifier() {
 }
 
 // Null when there is none. Its socket hears nobody but the agent.
-Session openSession(const SNMPRequest& request, const addrinfo& address) {
+Session openSession(const SNMPRequest& request, std::string community, const addrinfo& address) {
     netsnmp_session description;
     snmp_sess_init(&description);
     std::string name = peerName(address, request.port);
-    std::string community = request.community;
     description.peername = name.data();
     description.version = SNMP_VERSION_1;
     description.community = reinterpret_cast<u_char*>(community.data());
@@ -165,9 +166,93 @@ Session openSession(const SNMPRequest& request, const addrinfo& address) {
     return session;
 }
 
+// The question in one community.
+class Question {
+public:
+    explicit Question(Session session) : session_(std::move(session)) {}
+    Question(const Question&) = delete;
+    Question& operator=(const Question&) = delete;
+
+    // False when it cannot be sent.
+    bool send(const netsnmp_pdu& pdu) {
+        Message copy(snmp_clone_pdu(const_cast<netsnmp_pdu*>(&pdu)));
+        copy->reqid = unpredictableIdentifier();
+        const auto note = [](int operation, netsnmp_session*, int, netsnmp_pdu* heard, void* self) {
+            static_cast<Question*>(self)->heard(operation, heard);
+            return 1;
+        };
+        isOver_ = snmp_sess_async_send(session_.get(), copy.get(), note, this) == 0;
+        if (!isOver_) static_cast<void>(copy.release());
+        return !isOver_;
+    }
+
+    // Waits for its part of the questions' next event.
+    void addTo(netsnmp_large_fd_set& set, int& count, timeval& left, int& block) const {
+        if (!isOver_) snmp_sess_select_info2(session_.get(), &count, &set, &left, &block);
+    }
+    void take(netsnmp_large_fd_set& set) {
+        if (isOver_) return;
+        // What fails here is what the host has said: nobody listens there.
+        if (snmp_sess_read2(session_.get(), &set) != 0)
+            isOver_ = true;
+        else
+            snmp_sess_timeout(session_.get());
+    }
+
+    bool isOver() const { return isOver_; }
+    const netsnmp_pdu* answer() const { return answer_.get(); }
+
+private:
+    void heard(int operation, netsnmp_pdu* pdu) {
+        isOver_ = true;
+        if (operation == NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE && pdu != nullptr)
+            answer_.reset(snmp_clone_pdu(pdu));
+    }
+
+    Session session_;
+    Message answer_;
+    bool isOver_ = false;
+};
+
+class LargeSet {
+public:
+    LargeSet() { netsnmp_large_fd_set_init(&set_, FD_SETSIZE); }
+    ~LargeSet() { netsnmp_large_fd_set_cleanup(&set_); }
+    LargeSet(const LargeSet&) = delete;
+    LargeSet& operator=(const LargeSet&) = delete;
+    netsnmp_large_fd_set& get() { return set_; }
+
+private:
+    netsnmp_large_fd_set set_{};
+};
+
+bool hasValues(const Question& question) {
+    return question.answer() != nullptr && question.answer()->errstat == SNMP_ERR_NOERROR;
+}
+
+// Until one has an answer without an error, or all are over.
+void waitFor(std::deque<Question>& questions) {
+    while (std::ranges::none_of(questions, hasValues) && !std::ranges::all_of(questions, &Question::isOver)) {
+        LargeSet set;
+        timeval left{};
+        int count = 0;
+        int block = 1;
+        for (const Question& question : questions)
+            question.addTo(set.get(), count, left, block);
+        if (netsnmp_large_fd_set_select(count, &set.get(), nullptr, nullptr, block != 0 ? nullptr : &left) <
+                0 &&
+            errno != EINTR)
+            return;
+        for (Question& question : questions)
+            question.take(set.get());
+    }
+}
+
 } // namespace
 
-std::optional<PropertyList::Dictionary> getSNMPObjects(const SNMPRequest& request, Failure& problem) {
+std::optional<PropertyList::Dictionary> getSNMPObjects(
+    const SNMPRequest& request, Failure& problem, bool* isSilent) {
+    if (isSilent != nullptr) *isSilent = false;
     const bool isIPv6 = request.host.find(':') != std::string::npos;
     const std::string address =
         (isIPv6 ? "[" + request.host + "]" : request.host) + ":" + std::to_string(request.port);
@@ -175,33 +260,35 @@ std::optional<PropertyList::Dictionary> getSNMPObjects(const SNMPRequest& reques
         problem = "the SNMP agent at " + address + " " + why;
         return std::nullopt;
     };
-    Message question(snmp_pdu_create(SNMP_MSG_GET));
+    const Message pdu(snmp_pdu_create(SNMP_MSG_GET));
     for (const std::string& object : request.objects) {
         const auto identifier = identifierFrom(object);
         if (!identifier) return fail("cannot be asked for \"" + object + "\", which is no identifier");
-        snmp_add_null_var(question.get(), identifier->data(), identifier->size());
+        snmp_add_null_var(pdu.get(), identifier->data(), identifier->size());
     }
     prepareLibrary();
     const Addresses addresses = addressesOf(request);
     if (addresses == nullptr) return fail("has no address; check the name");
-    const Session session = openSession(request, chosenOf(*addresses));
-    if (session == nullptr) return fail(std::string("cannot be reached: ") + std::strerror(errno));
-    question->reqid = unpredictableIdentifier();
+    std::deque<Question> questions; // which stay where they are
+    for (const std::string& community : request.communities) {
+        Session session = openSession(request, community, chosenOf(*addresses));
+        if (session == nullptr) return fail(std::string("cannot be reached: ") + std::strerror(errno));
+        questions.emplace_back(std::move(session)).send(*pdu);
+    }
+    waitFor(questions);
 
-    netsnmp_pdu* received = nullptr;
-    errno = 0;
-    const int status = snmp_sess_synch_response(session.get(), question.release(), &received);
-    const Message answer(received);
-    // The host has said that nobody listens there.
-    if (status == STAT_TIMEOUT || (status != STAT_SUCCESS && errno == ECONNREFUSED))
-        return fail("does not answer; check that SNMP is on, and the community name");
-    if (status != STAT_SUCCESS || answer == nullptr) return fail("could not be asked");
-    if (answer->errstat != SNMP_ERR_NOERROR)
-        return fail(std::string("answers an error: ") + snmp_errstring(static_cast<int>(answer->errstat)));
-
-    PropertyList::Dictionary values = valuesIn(*answer, request.objects);
-    if (values.size() < request.objects.size()) return fail("does not say what was asked");
-    return values;
+    const auto answered = std::ranges::find_if(questions, hasValues);
+    if (answered != questions.end()) {
+        PropertyList::Dictionary values = valuesIn(*answered->answer(), request.objects);
+        if (values.size() < request.objects.size()) return fail("does not say what was asked");
+        return values;
+    }
+    for (const Question& question : questions)
+        if (question.answer() != nullptr)
+            return fail(std::string("answers an error: ") +
+                        snmp_errstring(static_cast<int>(question.answer()->errstat)));
+    if (isSilent != nullptr) *isSilent = true;
+    return fail("does not answer; check that SNMP is on, and the community name");
 }
 
 PropertyList::Dictionary readSNMPAnswer(std::string_view bytes, const std::vector<std::string>& objects) {

@@ -187,6 +187,19 @@ std::optional<std::vector<QueueJob>> jobs(
     return thingsIn(answer, IPP_TAG_JOB, readJobAttribute);
 }
 
+// Get-Job-Attributes, RFC 8011, section 4.3.4.
+std::optional<QueueJob> job(SchedulerConnection& connection, int number, SchedulerProblem& problem) {
+    const IPPMessage request = newRequest(IPP_OP_GET_JOB_ATTRIBUTES, "");
+    ippAddInteger(request.get(), IPP_TAG_OPERATION, IPP_TAG_INTEGER, "job-id", number);
+    addUser(request);
+    addWanted(request, kJobAttributes);
+    const IPPMessage answer = connection.ask(request, problem);
+    if (answer == nullptr) return std::nullopt;
+    std::vector<QueueJob> found = thingsIn(answer, IPP_TAG_JOB, readJobAttribute);
+    if (found.empty()) return std::nullopt;
+    return std::move(found.front());
+}
+
 std::unique_ptr<FetchedPPD> ppdFile(
     SchedulerConnection& connection, const std::string& queue, SchedulerProblem& problem) {
     if (!isQueueName(queue, problem)) return nullptr;

@@ -74,6 +74,8 @@ std::optional<std::vector<SchedulerQueue>> queues(SchedulerConnection& connectio
 // This person's jobs in a queue; in all queues for "".
 std::optional<std::vector<QueueJob>> jobs(
     SchedulerConnection& connection, const std::string& queue, WhichJobs which, SchedulerProblem& problem);
+// One job, whoever's it is.
+std::optional<QueueJob> job(SchedulerConnection& connection, int number, SchedulerProblem& problem);
 std::unique_ptr<FetchedPPD> ppdFile(
     SchedulerConnection& connection, const std::string& queue, SchedulerProblem& problem);
 // The same, read, and no file left.

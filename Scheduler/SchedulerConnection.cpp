@@ -141,7 +141,19 @@ SchedulerProblem SchedulerConnection::problemWith(const std::string& what, ipp_s
     if (isOver()) return schedulerSilence();
     if (status == IPP_STATUS_ERROR_NOT_FOUND)
         return {Kind::unknown, schedulerName() + " does not know it: " + cupsLastErrorString()};
-    return {Kind::refuses, schedulerName() + " refuses: " + cupsLastErrorString()};
+    const std::string refusal = schedulerName() + " refuses: " + cupsLastErrorString();
+    switch (status) {
+    case IPP_STATUS_ERROR_NOT_ACCEPTING_JOBS:
+        return {Kind::rejectsJobs, refusal};
+    case IPP_STATUS_ERROR_FORBIDDEN:
+    case IPP_STATUS_ERROR_NOT_AUTHENTICATED:
+    case IPP_STATUS_ERROR_NOT_AUTHORIZED:
+        return {Kind::notPermitted, refusal};
+    case IPP_STATUS_ERROR_REQUEST_ENTITY:
+        return {Kind::noRoom, refusal};
+    default:
+        return {Kind::refuses, refusal};
+    }
 }
 
 // Takes the step, and once more on a new connection when one that was kept has turned out dead. `step` sets

@@ -1,6 +1,7 @@
 #include "Scheduler/SchedulerPrinter.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace orvan {
@@ -44,7 +45,7 @@ bool SchedulerPrinter::sendCommand(std::string_view text, const std::string& tit
     refusal_ = {};
     JobWatch::shared().unwatch(*watcher_);
     if (!options_.asksPrinter) {
-        fetchPPD();
+        fetchPPD({});
         return true;
     }
     state_ = State::sending;
@@ -59,8 +60,8 @@ bool SchedulerPrinter::sendCommand(std::string_view text, const std::string& tit
         queueName(), options_.deadline, send, [this](const std::optional<Sent>& sent) {
             submittedJob_ = sent ? sent->first.value_or(0) : 0;
             if (submittedJob_ != 0) return watch();
-            refused(sent ? sent->second.text : schedulerSilence().text);
-            fetchPPD();
+            refused(sent ? sent->second : schedulerSilence());
+            fetchPPD({});
         });
     return true;
 }
@@ -92,37 +93,69 @@ bool SchedulerPrinter::isJobGone() const {
     return sentTitle_.empty() ? !std::ranges::all_of(titles_, isHere) : !isHere(sentTitle_);
 }
 
-void SchedulerPrinter::refused(const std::string& why) {
+// The job that was handed over, and those of before that are not among the active ones any more.
+std::vector<QueueJob> SchedulerPrinter::jobsGoneSince(const std::vector<QueueJob>& before) const {
+    std::vector<QueueJob> gone = before;
+    if (submittedJob_ != 0 && !sentTitle_.empty()) {
+        std::erase_if(gone, [this](const QueueJob& job) { return job.id == submittedJob_; });
+        QueueJob& sent = gone.emplace_back();
+        sent.id = submittedJob_;
+    }
+    std::erase_if(gone, [this](const QueueJob& job) {
+        return std::ranges::find(fetched_.activeJobs, job.id, &QueueJob::id) != fetched_.activeJobs.end();
+    });
+    return gone;
+}
+
+void SchedulerPrinter::refused(const SchedulerProblem& why) {
     refusal_ = why;
-    if (onRefusal_) onRefusal_(why);
+    if (onRefusal_) onRefusal_(why.text);
 }
 
 void SchedulerPrinter::seen(const SeenJobs& seen) {
-    if (!seen.problem.text.empty() && !sentTitle_.empty()) refused(seen.problem.text);
-    fetched_.activeJobs = seen.jobs;
+    if (!seen.problem.text.empty() && !sentTitle_.empty()) refused(seen.problem);
+    const std::vector<QueueJob> before = std::exchange(fetched_.activeJobs, seen.jobs);
     std::erase_if(fetched_.activeJobs, [this](const QueueJob& job) { return job.queue != queueName(); });
     if (isJobGone()) {
         JobWatch::shared().unwatch(*watcher_);
-        fetchPPD();
+        fetchPPD(jobsGoneSince(before));
     } else if (sentTitle_.empty() && std::chrono::steady_clock::now() - lastAsked_ > kUnaskedTime) {
         JobWatch::shared().unwatch(*watcher_);
         state_ = State::idle;
     }
 }
 
-void SchedulerPrinter::fetchPPD() {
+// With it comes what became of the jobs: the scheduler forgets them some time.
+void SchedulerPrinter::fetchPPD(std::vector<QueueJob> goneJobs) {
     state_ = State::fetching;
-    using PPD = platform::PPDRecord;
-    const auto fetch = [queue = queueName()](SchedulerConnection& connection) {
-        SchedulerProblem ignored;
-        return scheduler::ppdRecord(connection, queue, ignored);
+    freshPPD_ = nullptr;
+    struct Fetched {
+        std::vector<QueueJob> ended;
+        platform::PPDRecord ppd;
+        SchedulerProblem problem;
     };
-    request_ = SchedulerWorker::shared().start<PPD>(
-        queueName(), options_.deadline, fetch, [this](std::optional<PPD> ppd) {
+    const auto fetch = [queue = queueName(), gone = std::move(goneJobs)](SchedulerConnection& connection) {
+        Fetched fetched;
+        SchedulerProblem ignored;
+        for (const QueueJob& job : gone)
+            if (auto ended = scheduler::job(connection, job.id, ignored); ended && ended->id == job.id)
+                fetched.ended.push_back(*std::move(ended));
+        fetched.ppd = scheduler::ppdRecord(connection, queue, fetched.problem);
+        return fetched;
+    };
+    request_ = SchedulerWorker::shared().start<Fetched>(
+        queueName(), options_.deadline, fetch, [this](std::optional<Fetched> fetched) {
             state_ = State::idle;
             sentTitle_.clear();
             titles_ = titlesOf(fetched_.activeJobs);
-            freshPPD_ = ppd ? *std::move(ppd) : nullptr;
+            if (!fetched) {
+                if (refusal_.kind == SchedulerProblem::Kind::none) refused(schedulerSilence());
+                return;
+            }
+            std::ranges::move(fetched->ended, std::back_inserter(endedJobs_));
+            freshPPD_ = std::move(fetched->ppd);
+            const bool wasRefused = refusal_.kind != SchedulerProblem::Kind::none;
+            if (freshPPD_ == nullptr && !wasRefused) refused(fetched->problem);
         });
 }
 

@@ -45,9 +45,9 @@ public:
     int submittedJob() const { return submittedJob_; }
     // Whether it has not said yet whether it takes one.
     bool isSubmitting() const { return state_ == State::sending; }
-    // Why it did not take the last one that was handed over, or does not tell what became of it; nothing when
-    // all went well so far.
-    const platform::Failure& refusal() const { return refusal_; }
+    // Why it did not take the last one that was handed over, or does not tell what became of it; of kind none
+    // when all went well so far.
+    const SchedulerProblem& refusal() const { return refusal_; }
     // Told the same as soon as it is known.
     void setRefusalHandler(std::function<void(const std::string&)> handler) {
         onRefusal_ = std::move(handler);
@@ -58,6 +58,10 @@ public:
     void takeBack(SchedulerWorker::Duration time);
     // This person's active jobs in the queue, as they were seen last.
     const std::vector<QueueJob>& activeJobs() const { return fetched_.activeJobs; }
+    // Those whose end was waited for and has come, as they ended, oldest first.
+    const std::vector<QueueJob>& endedJobs() const { return endedJobs_; }
+    // The queue, as it was before the panel.
+    const SchedulerQueue& queue() const { return fetched_.queue; }
 
 private:
     enum class State {
@@ -70,10 +74,11 @@ private:
 
     void watch();
     void seen(const SeenJobs& seen);
-    void refused(const std::string& why);
-    void fetchPPD();
+    void refused(const SchedulerProblem& why);
+    void fetchPPD(std::vector<QueueJob> goneJobs);
 
     bool isJobGone() const;
+    std::vector<QueueJob> jobsGoneSince(const std::vector<QueueJob>& before) const;
 
     FetchedQueue fetched_;
     SchedulerPrinterOptions options_;
@@ -82,7 +87,8 @@ private:
     std::string sentTitle_;           // of the job that was handed over and has not gone; "" for none
     std::chrono::steady_clock::time_point lastAsked_;
     int submittedJob_ = 0;
-    platform::Failure refusal_;
+    SchedulerProblem refusal_;
+    std::vector<QueueJob> endedJobs_;
     std::function<void(const std::string&)> onRefusal_;
     platform::PPDRecord freshPPD_;
     SchedulerRequest request_;

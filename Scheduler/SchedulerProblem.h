@@ -14,6 +14,9 @@ struct SchedulerProblem {
         wantsPassword,   // nobody here is asked for one
         unknown,         // it has no such thing
         severalPrinters, // the queue is not one printer
+        rejectsJobs,     // the queue does, all of them
+        notPermitted,    // this person may not
+        noRoom,          // for a job's file, as on a full disk
         refuses,         // it says why not
     };
 

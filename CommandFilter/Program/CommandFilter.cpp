@@ -1,6 +1,7 @@
 #include "CommandFilter/Program/CommandFilter.h"
 
 #include "BiDi/ppdx.h"
+#include "CommandFilter/Commands.h"
 #include "CommandFilter/Program/CommandFile.h"
 #include "CommandFilter/Program/FilterMessages.h"
 #include "CommandFilter/Program/PrinterLevels.h"
@@ -9,50 +10,30 @@
 #include "Common/DNSMessage.h"
 #include "Platform/LogLimit.h"
 
-#include <strings.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <array>
+#include <charconv>
+#include <cstdint>
 #include <ctime>
+#include <future>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace orvan {
 namespace {
 
-enum class Source {
-    document,   // the status document; answered in chunks
-    accounting, // the SNMP agent; answered in chunks
-    levels,     // the status document; told to the scheduler
-};
-
-// A command, and the keys of the ticket that answer it.
-struct CommandSpec {
-    const char* name;
-    Source source;
-    std::array<std::string_view, 2> keys;
-};
-constexpr std::array<CommandSpec, 7> kCommands{{
-    {"com.orvan.CustomPaperTypes", Source::document, {OVOVGCustomPaperTypes}},
-    {"com.orvan.DeviceStatus", Source::document, {OVCPSSInputTrays, OVCPSSColorantHousing}},
-    {"com.orvan.StoredJobs", Source::document, {kSavedJobs}},
-    {"com.orvan.ColorModes", Source::document, {kColorModes}},
-    {"com.orvan.Permissions", Source::document, {kColorPermissions}},
-    {"com.orvan.JobAccounting", Source::accounting, {OVSNMPJobAccountingOID}},
-    {"ReportLevels", Source::levels, {}},
-}};
-
-// What CUPS's own commands do not tell apart either: capitals.
-const CommandSpec* findCommand(const std::string& name) {
-    const auto found = std::ranges::find_if(
-        kCommands, [&](const CommandSpec& spec) { return strcasecmp(spec.name, name.c_str()) == 0; });
-    return found != kCommands.end() ? &*found : nullptr;
-}
+// The attribute of the queue's PPD that says whether the scheduler has been told of supplies.
+constexpr const char* kMarkersTold = "OVNMarkersTold";
+constexpr const char* kYes = "1";
+constexpr const char* kNo = "0";
 
 struct ClosePPD {
     void operator()(ppd_file_t* ppd) const { ppdClose(ppd); }
 };
 
+using Source = CommandSpec::Source;
 using Commands = std::vector<const CommandSpec*>;
 
 Commands knownCommands(const CommandFile& file) {
@@ -90,66 +71,87 @@ void dropUnusableTypes(platform::PropertyList& papers) {
     }
 }
 
-// With the time at which the printer was asked.
-void answerInChunks(const CommandSpec& command, const Ticket& ticket, std::time_t askedAt) {
-    Ticket part;
-    for (const std::string_view key : command.keys)
-        if (const auto found = ticket.find(key); found != ticket.end()) part.insert(*found);
-    if (const auto papers = part.find(OVOVGCustomPaperTypes); papers != part.end())
-        dropUnusableTypes(papers->second);
-    const std::string list = platform::PropertyList(std::move(part)).writeXML();
-    ppdxWriteData(command.name, list.data(), list.size());
-    tellPPD(std::string(command.name) + kAnswerTime, std::to_string(askedAt));
-}
-
-void reportLevels(const Ticket& ticket) {
+// What the scheduler was told of supplies stays until it is told something else.
+void reportLevels(const Ticket& ticket, ppd_file_t* ppd) {
     const PrinterLevels levels = levelsIn(ticket);
-    if (!levels.attributes.empty()) tellAttributes(levels.attributes);
+    const ppd_attr_t* const told = ppd != nullptr ? ppdFindAttr(ppd, kMarkersTold, nullptr) : nullptr;
+    const bool wereTold = told != nullptr && told->value != nullptr && *told->value == *kYes;
+    const bool areTold = !levels.attributes.empty();
+    if (areTold || wereTold) tellAttributes(areTold ? levels.attributes : kNoMarkers);
+    if (areTold != wereTold) tellPPD(kMarkersTold, areTold ? kYes : kNo);
     tellState('+', levels.reasonsThatHold);
     tellState('-', levels.reasonsThatAreOver);
 }
 
-bool wantsDocument(const CommandSpec* command) {
-    return command->source != Source::accounting;
-}
+// One question to one printer.
+class Answering {
+public:
+    Answering(const FilterCall& call, Commands commands, ppd_file_t* ppd)
+        : call_(call), commands_(std::move(commands)), ppd_(ppd) {}
 
-// True when there is nothing to complain of.
-bool answerFromDocument(
-    const Commands& commands, const PrinterAddress& address, const CommandFile& file, bool* isOffline) {
-    if (std::ranges::none_of(commands, wantsDocument)) return true;
-    const std::time_t askedAt = std::time(nullptr);
-    const StatusAnswer answer = askForDocument(address, {file.user, file.password});
-    std::ranges::for_each(answer.trace, tellDebug);
-    *isOffline = answer.isOffline;
-    tellState(answer.isOffline ? '+' : '-', "offline-report");
-    if (!answer.ticket) {
-        tellError(answer.problem);
-        return false;
+    // Of the document's commands or the agent's.
+    bool wants(bool document) const {
+        return std::ranges::any_of(commands_,
+            [document](const CommandSpec* command) { return isForDocument(*command) == document; });
     }
-    for (const CommandSpec* command : commands) {
-        if (command->source == Source::document) answerInChunks(*command, *answer.ticket, askedAt);
-        if (command->source == Source::levels) reportLevels(*answer.ticket);
-    }
-    return true;
-}
 
-bool answerFromAgent(const Commands& commands, const PrinterAddress& address, const std::string& serverRoot,
-    bool alreadyComplained) {
-    const auto command = std::ranges::find_if_not(commands, wantsDocument);
-    if (command == commands.end()) return true;
-    const std::time_t askedAt = std::time(nullptr);
-    const StatusAnswer answer = askForAccounting(address, serverRoot);
-    if (answer.ticket) {
-        answerInChunks(**command, *answer.ticket, askedAt);
-        return true;
+    void answer(bool fromDocument, const Ticket& ticket) {
+        for (const CommandSpec* command : commands_) {
+            if (isForDocument(*command) != fromDocument) continue;
+            command->source == Source::levels ? reportLevels(ticket, ppd_) : answerInChunks(*command, ticket);
+        }
     }
-    // One printer, one complaint.
-    if (alreadyComplained)
-        tellDebug(answer.problem);
-    else
-        tellError(answer.problem);
-    return false;
-}
+
+    // No answer, to any that has none yet: for the reader of the earlier ones.
+    void explain(bool fromDocument, const std::string& word) const {
+        if (call_.jobNumber.empty()) return;
+        for (const CommandSpec* command : commands_)
+            if (isForDocument(*command) == fromDocument && command->source != Source::levels)
+                tellPPD(std::string(command->name) + kAnswerProblem, call_.jobNumber + ':' + word);
+    }
+
+private:
+    static bool isForDocument(const CommandSpec& command) { return command.source != Source::accounting; }
+
+    void answerInChunks(const CommandSpec& command, const Ticket& ticket) const {
+        Ticket part;
+        for (const std::string_view key : command.keys)
+            if (const auto found = ticket.find(key); found != ticket.end()) part.insert(*found);
+        if (const auto papers = part.find(OVOVGCustomPaperTypes); papers != part.end())
+            dropUnusableTypes(papers->second);
+        const std::string list = platform::PropertyList(std::move(part)).writeXML();
+        const std::string name = command.name;
+        std::uint32_t count = 0;
+        ppdxWriteDataToDescriptor(STDERR_FILENO, command.name, list.data(), list.size(), &count);
+        emptyRest(name, count);
+        tellPPD(name + kAnswerTime, std::to_string(askedAt_));
+        if (!call_.jobNumber.empty()) tellPPD(name + kAnswerJob, call_.jobNumber);
+    }
+
+    // The entries of an earlier answer from that number on.
+    void emptyRest(const std::string& name, std::uint32_t first) const {
+        if (ppd_ == nullptr) return;
+        for (int i = 0; i < ppd_->num_attrs; ++i) {
+            const ppd_attr_t& attribute = *ppd_->attrs[i];
+            const std::string_view keyword = attribute.name;
+            if (!keyword.starts_with(name) || attribute.value == nullptr || *attribute.value == '\0')
+                continue;
+            const std::string_view digits = keyword.substr(name.size());
+            std::uint32_t number = 0;
+            constexpr int kHexadecimal = 16;
+            constexpr std::size_t kFewestDigits = 4;
+            const char* const end = digits.data() + digits.size();
+            const auto [place, error] = std::from_chars(digits.data(), end, number, kHexadecimal);
+            if (digits.size() >= kFewestDigits && error == std::errc() && place == end && number >= first)
+                tellPPD(std::string(keyword), R"("")");
+        }
+    }
+
+    const FilterCall& call_;
+    Commands commands_;
+    ppd_file_t* ppd_; // null when there is none
+    std::time_t askedAt_ = std::time(nullptr);
+};
 
 // What discovery says of damaged replies is for the scheduler's log.
 AddressSearch findAddress(const FilterCall& call, ppd_file_t* ppd) {
@@ -163,22 +165,47 @@ AddressSearch findAddress(const FilterCall& call, ppd_file_t* ppd) {
 void runCommandFilter(const FilterCall& call) {
     const std::optional<CommandFile> file = readCommandFile(call.job);
     if (!file) return tellError("The job is no CUPS command file; nothing was asked.");
-    const Commands commands = knownCommands(*file);
+    Commands commands = knownCommands(*file);
     if (commands.empty()) return;
 
     const std::unique_ptr<ppd_file_t, ClosePPD> ppd(
         call.ppdFile.empty() ? nullptr : ppdOpenFile(call.ppdFile.c_str()));
     const auto [address, problem, isNotOnNetwork] = findAddress(call, ppd.get());
-    if (isNotOnNetwork) return tellDebug("this queue's device has no network address");
-    if (!address) return tellError(problem);
+    Answering answering(call, std::move(commands), ppd.get());
+    if (!address) {
+        for (const bool fromDocument : {true, false})
+            answering.explain(fromDocument, problemWord::kNoAddress);
+        return isNotOnNetwork ? tellDebug("this queue's device has no network address") : tellError(problem);
+    }
 
     tellInfo("Asking the printer at " + address->shownURL + " for its status.");
-    bool isOffline = false;
-    const bool documentDone = answerFromDocument(commands, *address, *file, &isOffline);
-    // Who does not answer the one question does not answer the other.
-    if (isOffline) return;
-    const bool agentDone = answerFromAgent(commands, *address, call.serverRoot, !documentDone);
-    if (documentDone && agentDone) tellInfo(kStatusReadMessage);
+    // Both at once: a printer whose agent is off keeps nobody waiting.
+    std::future<StatusAnswer> agent;
+    if (answering.wants(false))
+        agent = std::async(std::launch::async, askForAccounting, *address, call.serverRoot);
+    StatusAnswer document;
+    if (answering.wants(true)) {
+        document = askForDocument(*address, {file->user, file->password});
+        std::ranges::for_each(document.trace, tellDebug);
+        tellState(document.isOffline ? '+' : '-', "offline-report");
+        if (document.ticket) answering.answer(true, *document.ticket);
+        if (!document.ticket) answering.explain(true, document.problemWord);
+    }
+    StatusAnswer accounting;
+    if (agent.valid()) accounting = agent.get();
+    if (accounting.ticket) answering.answer(false, *accounting.ticket);
+    if (!accounting.problem.empty()) answering.explain(false, accounting.problemWord);
+
+    // One printer, one complaint.
+    if (!document.problem.empty()) {
+        tellError(document.problem);
+        if (!accounting.problem.empty()) tellDebug(accounting.problem);
+    } else if (!accounting.problem.empty()) {
+        answering.wants(true) ? tellInfo(std::string(kStatusReadMessage) + " " + accounting.problem + '.')
+                              : tellError(accounting.problem);
+    } else {
+        tellInfo(kStatusReadMessage);
+    }
 }
 
 } // namespace orvan

@@ -1,5 +1,6 @@
 #include "CommandFilter/Program/PrinterLevels.h"
 
+#include "CommandFilter/PrinterWords.h"
 #include "CommandFilter/WordTable.h"
 
 #include <algorithm>
@@ -83,32 +84,42 @@ void readTrays(const PropertyList::List& trays, PrinterLevels& levels) {
     addReasons(levels, {low, empty});
 }
 
-void readSupplyReasons(const PropertyList::List& supplies, PrinterLevels& levels) {
+// A supply's; nothing when its word says none.
+std::optional<std::int64_t> supplyLevel(
+    const Ticket& ticket, const PropertyList::List& supplies, std::size_t i) {
+    const PropertyList::List* const words = listIn(ticket, kToldSupplies);
+    if (words != nullptr && i < words->size())
+        if (const std::string* status = (*words)[i].findString(kWordStatus)) return levelInWord(*status);
+    return levelIn(supplies[i], OVCPSSColorantLevel);
+}
+
+void readSupplyReasons(const Ticket& ticket, const PropertyList::List& supplies, PrinterLevels& levels) {
     Reason lowToner{"toner-low-report"};
     Reason noToner{"toner-empty-warning"};
     Reason lowOther{"marker-supply-low-report"};
     Reason noOther{"marker-supply-empty-warning"};
-    for (const PropertyList& supply : supplies) {
-        const bool isToner = textIn(supply, OVCPSSColorantType) == OVCPSSTonerColorantType;
-        judge(levelIn(supply, OVCPSSColorantLevel), kLowSupply, isToner ? lowToner : lowOther,
+    for (std::size_t i = 0; i < supplies.size(); ++i) {
+        const bool isToner = textIn(supplies[i], OVCPSSColorantType) == OVCPSSTonerColorantType;
+        judge(supplyLevel(ticket, supplies, i), kLowSupply, isToner ? lowToner : lowOther,
             isToner ? noToner : noOther);
     }
     addReasons(levels, {lowToner, noToner, lowOther, noOther});
 }
 
-std::string markerAttributes(const PropertyList::List& supplies) {
+std::string markerAttributes(const Ticket& ticket, const PropertyList::List& supplies) {
     std::string names;
     std::string types;
     std::string colors;
     std::string levels;
-    for (const PropertyList& supply : supplies) {
+    for (std::size_t i = 0; i < supplies.size(); ++i) {
+        const PropertyList& supply = supplies[i];
         const auto colorant = valueFor(kSortedColorants, textIn(supply, OVCPSSColorant));
         if (!colorant) continue;
         const MarkerType type = markerType(supply);
         addWord(names, '"' + std::string(colorant->name).append(type.name) + '"');
         addWord(types, type.keyword);
         addWord(colors, colorant->color);
-        const auto level = levelIn(supply, OVCPSSColorantLevel);
+        const auto level = supplyLevel(ticket, supplies, i);
         addWord(levels,
             std::to_string(!level || *level < 0 ? kUnknownMarkerLevel : std::min(*level, kFullMarker)));
     }
@@ -120,12 +131,13 @@ std::string markerAttributes(const PropertyList::List& supplies) {
 } // namespace
 
 PrinterLevels levelsIn(const Ticket& ticket) {
+    static const PropertyList::List kNone;
     PrinterLevels levels;
-    if (const PropertyList::List* trays = listIn(ticket, OVCPSSInputTrays)) readTrays(*trays, levels);
-    if (const PropertyList::List* supplies = listIn(ticket, OVCPSSColorantHousing)) {
-        readSupplyReasons(*supplies, levels);
-        levels.attributes = markerAttributes(*supplies);
-    }
+    const PropertyList::List* const trays = listIn(ticket, OVCPSSInputTrays);
+    readTrays(trays != nullptr ? *trays : kNone, levels);
+    const PropertyList::List* const supplies = listIn(ticket, OVCPSSColorantHousing);
+    readSupplyReasons(ticket, supplies != nullptr ? *supplies : kNone, levels);
+    levels.attributes = markerAttributes(ticket, supplies != nullptr ? *supplies : kNone);
     return levels;
 }
 

@@ -2,7 +2,9 @@
 
 #include "CommandFilter/OVOVGParser.h"
 #include "CommandFilter/OVSNMPParser.h"
+#include "CommandFilter/PrinterWords.h"
 #include "CommandFilter/Program/Communities.h"
+#include "Common/CommandJob.h"
 #include "Common/Utilities/HostContact.h"
 #include "Common/Utilities/URIParts.h"
 #include "Common/Utilities/URLFetch.h"
@@ -18,6 +20,7 @@ namespace orvan {
 namespace {
 
 constexpr std::chrono::seconds kMaximumTime{20};
+constexpr std::chrono::milliseconds kAgentPatience{900};
 constexpr long kUnauthorized = 401; // RFC 9110, section 15.5.2
 constexpr long kForbidden = 403;
 constexpr long kFirstError = 400;
@@ -35,6 +38,7 @@ bool isAbsent(const PrinterAddress& address, const std::string& where, StatusAns
                                (contact.isThere ? ". But a connection was accepted." : "."));
     if (contact.isThere) return false;
     answer.isOffline = true;
+    answer.problemWord = problemWord::kOffline;
     answer.problem = where + " does not answer: " + contact.problem +
                      ". Check that it is switched on and connected to the network, and that " +
                      kAddressAdvice;
@@ -110,6 +114,7 @@ StatusAnswer askForDocument(
     const FetchResult result = fetchFromPrinter(std::move(request), answer.trace);
     if (verdict.refusal) {
         answer.isOther = verdict.isOther;
+        answer.problemWord = problemWord::kCertificate;
         answer.problem = where + " was not asked: " + *verdict.refusal + '.';
         return answer;
     }
@@ -121,19 +126,23 @@ StatusAnswer askForDocument(
                            std::to_string(result.bytes.size()) + " bytes");
     if (result.bytes.empty() && result.status == 0) {
         answer.isOffline = true;
+        answer.problemWord = problemWord::kOffline;
         answer.problem = where + " does not answer: " + result.problem +
                          ". Check that its web server is on, and that " + kAddressAdvice;
         return answer;
     }
     platform::Failure parseError;
     if (const auto parser = OVOVGParser::initWithData(result.bytes, parseError)) {
-        Ticket ticket;
-        parser->writeToTicket(ticket);
-        if (!ticket.empty()) answer.ticket = std::move(ticket);
+        const platform::XMLDocument& document = *parser->document();
+        if (isStatusDocument(document)) {
+            parser->writeToTicket(answer.ticket.emplace());
+            addPrinterWords(document, *answer.ticket);
+            return answer;
+        }
     }
-    if (!answer.ticket)
-        answer.problem =
-            whyNoTicket(where, result, parseError.value_or(""), credentials.password.has_value());
+    const bool isPassword = result.status == kUnauthorized || result.status == kForbidden;
+    answer.problemWord = isPassword ? problemWord::kPassword : problemWord::kDocument;
+    answer.problem = whyNoTicket(where, result, parseError.value_or(""), credentials.password.has_value());
     return answer;
 }
 
@@ -142,17 +151,18 @@ StatusAnswer askForAccounting(const PrinterAddress& address, const std::filesyst
     request.host = address.snmpHost;
     request.port = address.snmpPort;
     request.objects = {std::string(OVSNMPJobAccountingOID)};
+    request.communities = snmpCommunities(serverRoot);
+    request.patience = kAgentPatience / 2;
+    request.retries = 1;
     StatusAnswer answer;
-    for (std::string& community : snmpCommunities(serverRoot)) {
-        request.community = std::move(community);
-        platform::Failure problem;
-        const auto response = platform::getSNMPObjects(request, problem);
-        answer.problem = problem.value_or("");
-        if (!response) continue;
+    platform::Failure problem;
+    bool isSilent = false;
+    if (const auto response = platform::getSNMPObjects(request, problem, &isSilent)) {
         OVSNMPParser::initWithSNMPResponse(&*response).writeToTicket(answer.ticket.emplace());
         return answer;
     }
-    answer.problem = "The printer's job accounting is not known: " + answer.problem;
+    answer.problemWord = isSilent ? problemWord::kAgentSilent : problemWord::kAgentRefuses;
+    answer.problem = "The printer's job accounting is not known: " + problem.value_or("");
     return answer;
 }
 

@@ -17,6 +17,8 @@ struct StatusAnswer {
     // people.
     std::optional<Ticket> ticket;
     std::string problem;
+    // The word for it (Common/CommandJob.h); "" with a ticket.
+    std::string problemWord;
     // Not even a refusal came.
     bool isOffline = false;
     // It shows another certificate than the one that is remembered, so it was not asked.
@@ -30,8 +32,8 @@ struct Credentials {
     std::optional<std::string> password;
 };
 
-// Fetches and reads the status document. Its host is contacted first (Common/Utilities/HostContact.h); when
-// that is not there, nothing is fetched.
+// Fetches and reads the status document; the ticket has the printer's own words as well (PrinterWords.h). Its
+// host is contacted first (Common/Utilities/HostContact.h); when that is not there, nothing is fetched.
 //
 // A certificate that nobody vouches for is taken when it is the one that is remembered, or the first.
 //
@@ -40,8 +42,9 @@ struct Credentials {
 StatusAnswer askForDocument(const PrinterAddress& address, const Credentials& credentials,
     const KnownCertificates& certificates = KnownCertificates());
 
-// Asks the SNMP agent for the job-accounting object, in one community of the scheduler's configuration after
-// the other. Blocks, for three seconds a community.
+// Asks the SNMP agent for the job-accounting object, in all communities of the scheduler's configuration at
+// once. Blocks, for a second at most and as long as the resolver takes for the host's name. May run beside
+// askForDocument, on another thread.
 StatusAnswer askForAccounting(const PrinterAddress& address, const std::filesystem::path& serverRoot);
 
 } // namespace orvan

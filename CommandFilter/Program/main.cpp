@@ -73,7 +73,7 @@ int main(int count, char** arguments) {
         std::optional<std::string> job = readJob(file);
         if (job)
             orvan::runCommandFilter({*std::move(job), variable("DEVICE_URI", ""), variable("PPD", ""),
-                variable("CUPS_SERVERROOT", "/etc/cups")});
+                variable("CUPS_SERVERROOT", "/etc/cups"), arguments[1]});
         else
             orvan::tellError("The job's file cannot be read: " + std::string(std::strerror(errno)));
     } catch (const std::exception& problem) {

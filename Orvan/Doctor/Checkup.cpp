@@ -29,48 +29,71 @@ const Word& wordFor(const Finding& finding) {
     return kWords[static_cast<std::size_t>(finding.verdict)];
 }
 
-void writeLine(const std::string& station, const Finding& finding) {
+} // namespace
+
+bool Checkup::isShown(const Finding& finding) const {
+    return !style_.problemsAlone || finding.verdict == Verdict::problem;
+}
+
+void Checkup::writeLine(const Station& station) const {
     constexpr std::size_t kVerdictWidth = 13;
     constexpr int kStationWidth = 16;
+    const Finding& finding = station.finding;
     const Word& word = wordFor(finding);
     const std::string verdict = word.text;
+    const std::size_t queueWidth = style_.queueColumns == 0 ? 0 : style_.queueColumns + 2;
     std::cout << colored(verdict, word.color, isDecorated(STDOUT_FILENO))
-              << std::string(kVerdictWidth - verdict.size(), ' ') << std::left << std::setw(kStationWidth)
-              << station << platform::onOneLine(finding.found);
+              << std::string(kVerdictWidth - verdict.size(), ' ') << station.queue
+              << std::string(queueWidth - std::min(queueWidth, station.queue.size()), ' ') << std::left
+              << std::setw(kStationWidth) << station.name << platform::onOneLine(finding.found);
     if (!finding.mend.empty())
         std::cout << (finding.found.ends_with(".)") ? " " : ". ") << platform::onOneLine(finding.mend);
     std::cout << std::endl;
 }
 
-} // namespace
-
 bool Checkup::look(const char* station, const std::function<Finding()>& examine) {
     Finding finding;
     {
         ProgressLine line;
-        line.show("Looking at: " + std::string(station) + (queue_.empty() ? "" : " (" + queue_ + ")"));
+        line.show("Looking at: " + std::string(station));
         finding = examine();
     }
-    if (!json_) writeLine(station, finding);
     const bool works = finding.verdict == Verdict::ok;
-    stations_.push_back({station, queue_, std::move(finding)});
+    add(station, "", std::move(finding));
     return works;
 }
 
-void Checkup::end() const {
-    if (!json_) return;
+void Checkup::add(const std::string& station, const std::string& queue, Finding finding) {
+    stations_.push_back({station, queue, std::move(finding)});
+    if (!style_.json && isShown(stations_.back().finding)) writeLine(stations_.back());
+}
+
+void Checkup::end(const std::string& problem) const {
+    const std::size_t problems = count(Verdict::problem);
+    const std::size_t works = count(Verdict::ok);
+    const std::size_t notChecked = count(Verdict::notChecked);
+    if (!style_.json) {
+        std::cout << (problems == 0      ? "No problem"
+                         : problems == 1 ? "1 problem"
+                                         : std::to_string(problems) + " problems")
+                  << "; " << works << " ok, " << notChecked << " not checked." << std::endl;
+        return;
+    }
     Json stations = Json::array();
     for (const Station& station : stations_)
-        stations.push_back(
-            {{"station", station.name}, {"queue", station.queue}, {"state", wordFor(station.finding).text},
-                {"found", station.finding.found}, {"mend", station.finding.mend}});
-    std::cout << jsonText(Json{{"schemaVersion", 1}, {"ok", allIsWell()}, {"stations", std::move(stations)}})
+        if (isShown(station.finding))
+            stations.push_back({{"station", station.name}, {"queue", station.queue},
+                {"state", wordFor(station.finding).text}, {"found", station.finding.found},
+                {"mend", station.finding.mend}});
+    std::cout << jsonText(Json{{"schemaVersion", 2}, {"ok", allIsWell() && problem.empty()},
+                     {"problem", problem}, {"problems", problems}, {"works", works},
+                     {"notChecked", notChecked}, {"stations", std::move(stations)}})
               << '\n';
 }
 
-bool Checkup::allIsWell() const {
-    return std::ranges::none_of(
-        stations_, [](const Station& station) { return station.finding.verdict == Verdict::problem; });
+std::size_t Checkup::count(Verdict verdict) const {
+    return static_cast<std::size_t>(std::ranges::count(
+        stations_, verdict, [](const Station& station) { return station.finding.verdict; }));
 }
 
 } // namespace orvan

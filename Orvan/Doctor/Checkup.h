@@ -3,6 +3,7 @@
 
 #include "Orvan/Terminal.h"
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -38,19 +39,27 @@ inline Finding notChecked(std::string why, std::string mend = {}) {
 // as JSON in the end.
 class Checkup {
 public:
-    explicit Checkup(bool json) : json_(json) {}
+    struct Style {
+        bool json = false;
+        bool problemsAlone = false;
+        std::size_t queueColumns = 0; // of the longest name of a queue, for the lines
+    };
+    explicit Checkup(Style style) : style_(style) {}
     Checkup(const Checkup&) = delete;
     Checkup& operator=(const Checkup&) = delete;
 
-    // The queue that the stations from now on are about; "" for none.
-    void setQueue(const std::string& queue) { queue_ = queue; }
+    // The longest name of a queue from now on.
+    void setQueueColumns(std::size_t columns) { style_.queueColumns = columns; }
     // Looks at a station, and answers whether it works. A terminal shows which one meanwhile.
     bool look(const char* station, const std::function<Finding()>& examine);
-    // Writes the JSON, if that is wanted.
-    void end() const;
+    // What was found at a station of the queue; "" for none.
+    void add(const std::string& station, const std::string& queue, Finding finding);
+    // Writes how many of each there are, or the JSON. `problem`, for people, is why not everything was looked
+    // at; mostly empty.
+    void end(const std::string& problem = {}) const;
 
     // Whether no station so far has a problem.
-    bool allIsWell() const;
+    bool allIsWell() const { return count(Verdict::problem) == 0; }
 
 private:
     struct Station {
@@ -59,8 +68,11 @@ private:
         Finding finding;
     };
 
-    bool json_;
-    std::string queue_;
+    std::size_t count(Verdict verdict) const;
+    bool isShown(const Finding& finding) const;
+    void writeLine(const Station& station) const;
+
+    Style style_;
     std::vector<Station> stations_;
 };
 

@@ -123,7 +123,6 @@ constexpr ArgumentSpec kOpenModuleArguments[]{
 } // namespace
 
 void examineDesktop(Checkup& checkup) {
-    checkup.setQueue({});
     checkup.look("password", examinePassword);
     checkup.look("bundle", examineBundle);
     checkup.look("module", examineModule);

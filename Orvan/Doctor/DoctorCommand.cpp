@@ -7,7 +7,10 @@
 #include "Orvan/PrinterQuery.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <deque>
+#include <future>
 #include <string>
 #include <vector>
 
@@ -18,6 +21,7 @@ struct DoctorArguments {
     std::string queue; // "": every queue of an Orvan printer
     std::chrono::duration<double> timeout{};
     bool json = false;
+    bool problemsAlone = false;
 };
 
 // The queues to look at, with what the scheduler says of them.
@@ -47,6 +51,9 @@ const char* adviceFor(SchedulerProblem::Kind kind) {
     case Kind::none:
     case Kind::unknown:
     case Kind::severalPrinters:
+    case Kind::rejectsJobs:
+    case Kind::notPermitted:
+    case Kind::noRoom:
     case Kind::refuses:
         break;
     }
@@ -54,7 +61,6 @@ const char* adviceFor(SchedulerProblem::Kind kind) {
 }
 
 Finding examineScheduler(const DoctorArguments& arguments, Patients& patients) {
-    platform::Failure error;
     SchedulerProblem trouble;
     const auto time = SchedulerPatience(arguments.timeout).time();
     auto queues = listQueues(time, trouble);
@@ -63,10 +69,10 @@ Finding examineScheduler(const DoctorArguments& arguments, Patients& patients) {
     const std::string count = std::to_string(patients.queues.size());
     if (!arguments.queue.empty())
         patients.names = {arguments.queue};
-    else if (auto names = orvanQueues(arguments.timeout, error))
+    else if (auto names = orvanQueues(arguments.timeout, trouble))
         patients.names = *std::move(names);
     else
-        return problem(*error, "Look at its error log.");
+        return problem(trouble.text, adviceFor(trouble.kind));
     return ok(schedulerName() + " answers; it has " + count + (count == "1" ? " queue" : " queues"));
 }
 
@@ -75,21 +81,66 @@ std::optional<SchedulerQueue> queueOf(const Patients& patients, const std::strin
     return found != patients.queues.end() ? std::optional(*found) : std::nullopt;
 }
 
+// As many at a time wait for the network.
+constexpr std::size_t kMostAtOnce = 32;
+
+void lookAtPrinters(std::deque<QueueCheckup>& queues) {
+    ProgressLine line;
+    line.show("Looking at: printers");
+    std::atomic<std::size_t> next = 0;
+    std::vector<std::future<void>> workers;
+    for (std::size_t i = 0; i < std::min(queues.size(), kMostAtOnce); ++i)
+        workers.push_back(std::async(std::launch::async, [&] {
+            for (std::size_t n = next++; n < queues.size(); n = next++)
+                queues[n].lookAtPrinter();
+        }));
+    for (std::future<void>& worker : workers)
+        worker.get();
+}
+
+// All queues side by side, so that many take as long as the slowest.
+void examineQueues(const Patients& patients, const DoctorArguments& arguments, Checkup& checkup) {
+    SchedulerPatience patience(arguments.timeout);
+    std::deque<QueueCheckup> queues; // which stay where they are
+    std::vector<std::string> asked;
+    for (const std::string& name : patients.names) {
+        QueueCheckup& queue = queues.emplace_back(name, queueOf(patients, name), patience);
+        queue.begin();
+        if (queue.wantsAnswers()) asked.push_back(name);
+    }
+    const std::vector<PrinterAnswers> answers = askPrinters(asked, arguments.timeout);
+    for (QueueCheckup& queue : queues) {
+        const auto own = std::ranges::find(answers, queue.name(), &PrinterAnswers::queue);
+        if (own != answers.end()) queue.answered(*own);
+    }
+    if (!wasInterrupted()) lookAtPrinters(queues);
+    for (const QueueCheckup& queue : queues)
+        for (QueueCheckup::Station& station : queue.findings())
+            checkup.add(station.name, queue.name(), std::move(station.finding));
+}
+
 int examine(const DoctorArguments& arguments) {
-    Checkup checkup(arguments.json);
+    Checkup checkup({.json = arguments.json, .problemsAlone = arguments.problemsAlone});
     Patients patients;
-    if (checkup.look("scheduler", [&] { return examineScheduler(arguments, patients); }) &&
-        patients.names.empty())
+    const bool hasScheduler =
+        checkup.look("scheduler", [&] { return examineScheduler(arguments, patients); });
+    if (hasScheduler && patients.names.empty())
         checkup.look("queue", [] {
             return problem("there is no queue of an Orvan printer",
                 "Add one in the system's printer settings, with the driver Orvan 4500.");
         });
-    for (const std::string& name : patients.names) {
-        if (wasInterrupted()) break;
-        checkup.setQueue(name);
-        QueueCheckup(name, queueOf(patients, name), arguments.timeout, checkup).run();
+    const std::vector<std::string>& names = patients.names;
+    if (!names.empty()) checkup.setQueueColumns(std::ranges::max(names, {}, &std::string::size).size());
+    if (hasScheduler && !names.empty())
+        examineQueues(patients, arguments, checkup);
+    else if (!hasScheduler)
+        for (const auto& [station, finding] : QueueCheckup::notLookedAt("the scheduler has to answer first"))
+            checkup.add(station, arguments.queue, finding);
+    if (wasInterrupted()) {
+        const std::string problem = "interrupted; not everything was looked at";
+        checkup.end(problem);
+        return cannot(problem);
     }
-    if (wasInterrupted()) return cannot("interrupted; not everything was looked at");
     examineDesktop(checkup);
     checkup.end();
     return checkup.allIsWell() ? kDone : kNotDone;
@@ -98,7 +149,8 @@ int examine(const DoctorArguments& arguments) {
 int examineFor(const Arguments& arguments) {
     return examine({.queue = arguments.text("--queue"),
         .timeout = timeoutIn(arguments),
-        .json = arguments.has("--json")});
+        .json = arguments.has("--json"),
+        .problemsAlone = arguments.has("--problems")});
 }
 
 constexpr ArgumentSpec kDoctorArguments[]{
@@ -107,6 +159,7 @@ constexpr ArgumentSpec kDoctorArguments[]{
         .value = kQueueOption.value},
     kServerOption,
     kTimeoutOption,
+    {.name = "--problems", .text = "Only the stations with a problem"},
     kJSONFlag,
 };
 
@@ -116,7 +169,8 @@ const Command kDoctorCommand{
     .name = "doctor",
     .text = "Find out what keeps the paper options or a printer's status away",
     .arguments = kDoctorArguments,
-    .footer = "One line a station: ok, problem or not checked, what was found, and how to mend it.\n"
+    .footer = "One line a station: ok, problem or not checked, its queue, what was found, and how to mend\n"
+              "it; then how many of each. Queues are looked at side by side.\n"
               "The exit code is 0 when no station has a problem.\n"
               "Examples:\n"
               "  orvan doctor -q Office\n"

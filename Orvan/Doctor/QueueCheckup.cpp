@@ -10,10 +10,10 @@
 #include "Orvan/Doctor/CommandFilterFile.h"
 #include "Orvan/Interruption.h"
 #include "Orvan/PrinterQuery.h"
-#include "Orvan/StatusJobs.h"
 #include "Orvan/StatusReport.h"
 #include "Orvan/Waiting.h"
 #include "PrintDialog/Host/QueuePPD.h"
+#include "PrintDialog/Host/StatusJobs.h"
 
 #include <algorithm>
 #include <array>
@@ -22,9 +22,6 @@
 
 namespace orvan {
 namespace {
-
-// Commands of this printer family; CUPS's own are not answered in chunks.
-constexpr std::string_view kCommandPrefix = "com.orvan.";
 
 constexpr const char* kErrorLog = "The scheduler's error log (/var/log/cups/error_log) says more.";
 constexpr const char* kNeedsQueue = "there has to be a queue first";
@@ -44,34 +41,68 @@ std::string joined(const std::vector<std::string>& words) {
 
 } // namespace
 
-QueueCheckup::QueueCheckup(const std::string& name, std::optional<SchedulerQueue> queue,
-    std::chrono::duration<double> timeout, Checkup& checkup)
-    : name_(name), queue_(std::move(queue)), timeout_(timeout), patience_(timeout), checkup_(checkup) {}
+std::vector<QueueCheckup::Station> QueueCheckup::notLookedAt(const std::string& why) {
+    std::vector<Station> stations;
+    for (const char* const name : {"queue", "PPD", "command filter", "earlier job", "command job", "answers",
+             "address", "ping", "document"})
+        stations.push_back({name, notChecked(why)});
+    return stations;
+}
+
+QueueCheckup::QueueCheckup(std::string name, std::optional<SchedulerQueue> queue, SchedulerPatience& patience)
+    : name_(std::move(name)),
+      queue_(std::move(queue)),
+      patience_(patience),
+      stations_(notLookedAt(queue_ && queue_->isOnePrinter() ? kNeedsPPD : kNeedsQueue)) {}
 
 QueueCheckup::~QueueCheckup() = default;
 
-void QueueCheckup::run() {
-    const char* const whyNoQueue = queue_ && queue_->isOnePrinter() ? nullptr : kNeedsQueue;
-    checkup_.look("queue", [this] { return examineQueue(); });
-    checkup_.look("PPD", [&] { return whyNoQueue ? notChecked(whyNoQueue) : examinePPD(); });
-    const char* const whyNot = whyNoQueue ? whyNoQueue : ppd_ == nullptr ? kNeedsPPD : nullptr;
-    struct Station {
-        const char* name;
-        Finding (*examine)(QueueCheckup&);
+Finding& QueueCheckup::at(std::string_view station) {
+    return std::ranges::find(stations_, station, &Station::name)->finding;
+}
+
+void QueueCheckup::begin() {
+    at("queue") = examineQueue();
+    if (!queue_ || !queue_->isOnePrinter()) return;
+    at("PPD") = examinePPD();
+    if (ppd_ == nullptr) return;
+    at("command filter") = examineFilter();
+    at("earlier job") = examineEarlierJob();
+    const std::string why = whyNoJob();
+    wantsAnswers_ = why.empty();
+    at("command job") = notChecked(why);
+    PrinterAnswers stored;
+    stored.queue = name_;
+    for (const StoredAnswer& answer : storedAnswers(ppd_->record()))
+        stored.commands.push_back({.command = answer.command,
+            .state = answer.list ? CommandAnswer::State::stored : CommandAnswer::State::never,
+            .list = answer.list,
+            .reason = {AnswerCode::askingForbidden}});
+    at("answers") = examineAnswers(stored);
+}
+
+void QueueCheckup::answered(const PrinterAnswers& answers) {
+    at("command job") = examineCommandJob(answers.problem);
+    at("answers") = examineAnswers(answers);
+    using Code = AnswerCode;
+    static constexpr std::array<Code, 6> kPrinters{Code::noAddress, Code::printerOffline,
+        Code::passwordWanted, Code::otherPrinter, Code::noStatusDocument, Code::filterComplains};
+    isAnswersFaultAtPrinter_ = std::ranges::find(kPrinters, answers.problem.code) != kPrinters.end();
+}
+
+void QueueCheckup::lookAtPrinter() {
+    if (ppd_ == nullptr) return;
+    bool hasProblem = false;
+    const auto look = [&](const char* station, Finding finding) {
+        hasProblem = hasProblem || finding.verdict == Verdict::problem;
+        at(station) = std::move(finding);
     };
-    static constexpr std::array<Station, 7> kStations{{
-        {"command filter", [](QueueCheckup& queue) { return queue.examineFilter(); }},
-        {"earlier job", [](QueueCheckup& queue) { return queue.examineEarlierJob(); }},
-        {"command job", [](QueueCheckup& queue) { return queue.examineCommandJob(); }},
-        {"answers", [](QueueCheckup& queue) { return queue.examineAnswers(); }},
-        {"address", [](QueueCheckup& queue) { return queue.examineAddress(); }},
-        {"ping", [](QueueCheckup& queue) { return queue.examineContact(); }},
-        {"document", [](QueueCheckup& queue) { return queue.examineDocument(); }},
-    }};
-    for (const Station& station : kStations) {
-        if (wasInterrupted()) return;
-        checkup_.look(station.name, [&] { return whyNot ? notChecked(whyNot) : station.examine(*this); });
-    }
+    look("address", examineAddress());
+    look("ping", examineContact());
+    look("document", examineDocument());
+    Finding& answers = at("answers");
+    if (hasProblem && isAnswersFaultAtPrinter_ && answers.verdict == Verdict::problem)
+        answers = notChecked(answers.found);
 }
 
 Finding QueueCheckup::examineQueue() const {
@@ -95,7 +126,9 @@ Finding QueueCheckup::examineQueue() const {
 
 Finding QueueCheckup::examinePPD() {
     platform::Failure error;
-    const std::unique_ptr<FetchedPPD> file = fetchQueuePPDFile(name_, patience_.time(), error);
+    const std::unique_ptr<FetchedPPD> file =
+        patience_.ask([&](auto time) { return fetchQueuePPDFile(name_, time, error); });
+    if (file == nullptr && patience_.isUsedUp()) return notChecked(schedulerSilence().text);
     if (file == nullptr) return problem(*error, driverAdvice(name_));
     std::unique_ptr<DialogPPD> ppd = DialogPPD::open(file->file(), error);
     if (ppd == nullptr)
@@ -118,14 +151,13 @@ Finding QueueCheckup::examineFilter() {
         return problem(std::string("the queue's PPD names no command filter (\"cupsFilter2\" for ") +
                            platform::kCommandFileType + ")",
             driverAdvice(name_));
-    Finding finding = examineCommandFilter(*filter, *queue_);
-    isFilterRight_ = finding.verdict != Verdict::problem;
-    return finding;
+    return examineCommandFilter(*filter, *queue_);
 }
 
-Finding QueueCheckup::examineEarlierJob() const {
-    const auto job = findStatusJob(name_, patience_.time());
-    if (job && isInTrouble(*job))
+Finding QueueCheckup::examineEarlierJob() {
+    const auto job = patience_.ask([this](auto time) { return findStatusJob(name_, time); });
+    isEarlierJobInTheWay_ = job && isInTrouble(*job);
+    if (isEarlierJobInTheWay_)
         return problem("an earlier command job " +
                            std::string(job->state == IPP_JSTATE_HELD
                                            ? "is held"
@@ -135,84 +167,84 @@ Finding QueueCheckup::examineEarlierJob() const {
     return ok(std::string("no \"") + kStatusJobTitle + "\" job of yours is held or stopped");
 }
 
-Finding QueueCheckup::examineCommandJob() {
+// "" when one may be submitted.
+std::string QueueCheckup::whyNoJob() const {
     if (!RunningOn107OrLater() || RunningOn1010OrLater())
-        return notChecked("on release " + currentRelease() + " no command job is submitted");
-    if (const auto job = findStatusJob(name_, patience_.time()); job && isInTrouble(*job))
-        return notChecked("it would wait for the earlier job");
-    if (!isFilterRight_) return notChecked("the command filter has to be right first");
-    if (queue_->isPaused || !queue_->takesJobs)
-        return notChecked("the queue has to take and print jobs first");
-    const InterruptionGuard guard;
-    PrinterQuestion question(name_, patience_);
-    waitForPrinters([&question] { return !question.isWaiting(); }, timeout_,
-        [this] { return "Waiting for printer " + name_; });
-    const auto job = findStatusJob(name_, patience_.time());
-    // A job that does not end would be in the way of every later one.
-    question.withdraw();
-    if (wasInterrupted()) return notChecked("interrupted; the job is taken back");
-    if (const platform::Failure refusal = question.refusal()) return whyNoJob(*refusal);
-    if (job) return whyNoEnd(*job);
-    complaint_ = complaintOfLastJob(name_, patience_.time());
-    hasJobEnded_ = true;
-    return ok("the scheduler took it, and it went through");
+        return "on release " + currentRelease() + " no command job is submitted";
+    if (isEarlierJobInTheWay_) return "it would wait for the earlier job";
+    const auto filter = std::ranges::find(stations_, std::string_view("command filter"), &Station::name);
+    if (filter->finding.verdict == Verdict::problem) return "the command filter has to be right first";
+    if (queue_->isPaused || !queue_->takesJobs) return "the queue has to take and print jobs first";
+    return {};
 }
 
-Finding QueueCheckup::whyNoEnd(const QueueJob& job) const {
-    const std::string said = lastWordOn(job);
-    if (job.state == IPP_JSTATE_STOPPED)
-        return problem("the command filter failed, so the scheduler stopped its job" + said, kErrorLog);
-    return problem(job.state == IPP_JSTATE_HELD ? "the queue holds new jobs" + said
-                                                : "the command job did not end in time" + said,
-        job.state == IPP_JSTATE_HELD ? "\"cupsenable --release " + name_ + "\" lets them go."
-                                     : "See what the next stations say, or wait longer (--timeout).");
+Finding QueueCheckup::examineCommandJob(const AnswerReason& reason) const {
+    switch (reason.code) {
+    case AnswerCode::interrupted:
+        return notChecked("interrupted; the job is taken back");
+    case AnswerCode::filterFailed:
+        return problem("the command filter failed, so the scheduler stopped its job", kErrorLog);
+    case AnswerCode::jobHeld:
+        return problem(reason.text, "\"cupsenable --release " + name_ + "\" lets them go.");
+    case AnswerCode::jobCancelled:
+        return problem("the command job was cancelled", "Try again, and see who cancels jobs.");
+    case AnswerCode::printerBusy:
+    case AnswerCode::noAnswerYet:
+        return problem("the command job did not end in time: " + reason.text,
+            "See what the next stations say, or wait longer (--timeout).");
+    case AnswerCode::notPermitted:
+        return problem("the scheduler does not take the command job: " + reason.text,
+            "Permit this user to print to " + name_ + ".");
+    case AnswerCode::noRoom:
+        return problem("the scheduler does not take the command job: " + reason.text,
+            "Make room on the disk of its spool folder (/var/spool/cups).");
+    default:
+        return reason.wasNotAsked() && reason.code != AnswerCode::noAddress
+                   ? problem("the scheduler did not take the command job: " + reason.text, kErrorLog)
+                   : ok("the scheduler took it, and it went through");
+    }
 }
 
-Finding QueueCheckup::whyNoJob(const std::string& refusal) {
-    platform::Failure error;
-    return wouldTakeCommand(name_, patience_.time(), error)
-               ? problem("the scheduler did not take the command job: " + refusal, kErrorLog)
-               : problem("the scheduler does not take the command job: " + *error,
-                     "Permit this user to print to " + name_ + ", and the queue to take jobs.");
-}
-
-Finding QueueCheckup::examineAnswers() const {
-    platform::Failure error;
-    const std::unique_ptr<DialogPPD> ppd = fetchQueuePPD(name_, patience_.time(), error);
-    if (ppd == nullptr) return problem(*error, kErrorLog);
-    const CommandList commands = supportedCommandsInPPD(ppd->record()).value_or(CommandList{});
-    std::vector<std::string> missing;
-    std::vector<std::string> unreadable;
-    const std::vector<StoredAnswer> answers = storedAnswers(ppd->record());
-    for (const std::string& command : commands) {
-        if (!command.starts_with(kCommandPrefix)) continue;
-        if (std::ranges::find(answers, command, &StoredAnswer::command) != answers.end()) continue;
-        const bool hasChunks = ppdx_get_chunk_ppd(ppd->record(), (command + "0000").c_str()) != nullptr;
-        (hasChunks ? unreadable : missing).push_back(command);
+Finding QueueCheckup::examineAnswers(const PrinterAnswers& answers) const {
+    using State = CommandAnswer::State;
+    if (!isOnNetwork(queue_->deviceURI, ppd_->record()))
+        return notChecked("this queue's device has no network address");
+    if (stations_[4].finding.verdict != Verdict::ok) {
+        const auto never = std::ranges::count(answers.commands, State::never, &CommandAnswer::state);
+        return notChecked(never == 0 ? "the command job has to go through first; earlier answers are stored"
+                                     : "the command job has to go through first");
     }
     const std::string how =
         "See what the next stations say; the scheduler's error log has the filter's messages.";
-    if (!isOnNetwork(queue_->deviceURI, ppd->record()))
-        return notChecked("this queue's device has no network address");
-    if (!complaint_.empty())
-        return problem("the command filter complains: " + complaint_ +
-                           (!answers.empty() ? " (earlier answers are kept)" : ""),
+    const auto those = [&answers](AnswerCode code) {
+        std::vector<std::string> commands;
+        for (const CommandAnswer& answer : answers.commands)
+            if (answer.reason.code == code) commands.push_back(answer.command);
+        return joined(commands);
+    };
+    if (const std::string damaged = those(AnswerCode::notDecodable); !damaged.empty())
+        return problem("the answers to " + damaged + " cannot be decoded", how);
+    if (answers.problem.code == AnswerCode::noAnswer)
+        return problem("there are no answers to " + those(AnswerCode::noAnswer), how);
+    const bool hasEarlier =
+        std::ranges::find(answers.commands, State::stored, &CommandAnswer::state) != answers.commands.end();
+    if (!answers.problem.isNone())
+        return problem("the command filter complains: " + answers.problem.text +
+                           (hasEarlier ? " (earlier answers are kept)" : ""),
             how);
-    if (!unreadable.empty())
-        return problem("the answers to " + joined(unreadable) + " cannot be decoded", how);
-    if (!missing.empty())
-        return hasJobEnded_ ? problem("there are no answers to " + joined(missing), how)
-                            : notChecked("there are no answers yet to " + joined(missing));
-    if (const StoredAnswer* const papers = answerWithPapers(answers)) {
-        std::vector<std::string> unknown;
-        for (const CustomPaper& paper : papersUnknownTo(*ppd, customPapers({papers->list})))
-            unknown.push_back(paper.name);
-        if (!unknown.empty())
-            return problem("the queue's PPD cannot name these papers to the printer: " + joined(unknown),
-                "Give them types that the PPD has as CustomType1 and so on, or the queue a driver that has "
-                "theirs.");
-    }
-    return ok(std::to_string(answers.size()) + " answers are stored and can be decoded");
+    std::vector<std::string> unknown;
+    for (const CustomPaper& paper : answers.unknownPapers)
+        unknown.push_back(paper.name);
+    if (!unknown.empty())
+        return problem("the queue's PPD cannot name these papers to the printer: " + joined(unknown),
+            "Give them types that the PPD has as CustomType1 and so on, or the queue a driver that has "
+            "theirs.");
+    const std::string remark = answers.remark();
+    const auto now = std::ranges::count(answers.commands, State::now, &CommandAnswer::state);
+    Finding finding =
+        ok(std::to_string(now) + " commands are answered" + (remark.empty() ? "" : ", " + remark));
+    if (!remark.empty()) finding.mend = "Switch SNMP on at the printer if its job accounting is wanted.";
+    return finding;
 }
 
 } // namespace orvan

@@ -3,55 +3,72 @@
 
 #include "CommandFilter/Program/PrinterAddress.h"
 #include "Orvan/Doctor/Checkup.h"
+#include "Orvan/PrinterQuery.h"
 #include "Orvan/SchedulerPatience.h"
-#include "Orvan/StatusJobs.h"
 #include "PrintDialog/Host/DialogPPD.h"
 #include "Scheduler/PrintScheduler.h"
 
-#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace orvan {
 
-// Main thread.
+// In this order: begin(), answered() when wantsAnswers(), lookAtPrinter(), findings(). On the main thread but
+// for lookAtPrinter(), which may run beside those of other queues.
 class QueueCheckup {
 public:
-    // `queue` is what the scheduler says of it; nothing when it has none of that name. `timeout` is for the
-    // answer to a command job.
-    QueueCheckup(const std::string& name, std::optional<SchedulerQueue> queue,
-        std::chrono::duration<double> timeout, Checkup& checkup);
+    struct Station {
+        const char* name;
+        Finding finding;
+    };
+    // The stations in their order, none of them looked at.
+    static std::vector<Station> notLookedAt(const std::string& why);
+
+    // `queue` is what the scheduler says of it; nothing when it has none of that name. The patience is for
+    // all queues.
+    QueueCheckup(std::string name, std::optional<SchedulerQueue> queue, SchedulerPatience& patience);
     ~QueueCheckup();
     QueueCheckup(const QueueCheckup&) = delete;
     QueueCheckup& operator=(const QueueCheckup&) = delete;
 
-    // Looks at all of them. A command job is submitted; it is taken back when the person interrupts.
-    void run();
+    const std::string& name() const { return name_; }
+    // Looks at the queue, its PPD, its filter and its jobs.
+    void begin();
+    // Whether a command job may be submitted.
+    bool wantsAnswers() const { return wantsAnswers_; }
+    // What came of that job.
+    void answered(const PrinterAnswers& answers);
+    // Looks for the printer, and asks it. Blocks, for half a minute at most.
+    void lookAtPrinter();
+    // Of all stations, in their order. One fault is one problem: where a later station finds it, an earlier
+    // one that only suffers from it is not checked.
+    std::vector<Station> findings() const { return stations_; }
 
 private:
+    Finding& at(std::string_view station);
     Finding examineQueue() const;
     Finding examinePPD();
     Finding examineFilter();
-    Finding examineEarlierJob() const;
-    Finding examineCommandJob();
-    Finding whyNoJob(const std::string& refusal);
-    Finding whyNoEnd(const QueueJob& job) const;
-    Finding examineAnswers() const;
+    Finding examineEarlierJob();
+    std::string whyNoJob() const;
+    Finding examineCommandJob(const AnswerReason& reason) const;
+    Finding examineAnswers(const PrinterAnswers& answers) const;
     Finding examineAddress();
     Finding examineContact();
     Finding examineDocument() const;
 
     std::string name_;
     std::optional<SchedulerQueue> queue_;
-    std::chrono::duration<double> timeout_;
-    SchedulerPatience patience_;
-    Checkup& checkup_;
+    SchedulerPatience& patience_;
+    std::vector<Station> stations_;
 
     std::unique_ptr<DialogPPD> ppd_; // null until it is found to be whole
-    bool isFilterRight_ = false;
-    bool hasJobEnded_ = false; // the command job of this checkup
-    std::string complaint_;    // of the filter in that job
+    bool isEarlierJobInTheWay_ = false;
+    bool wantsAnswers_ = false;
+    bool isAnswersFaultAtPrinter_ = false;
     std::optional<PrinterAddress> address_;
     bool isThere_ = false; // the address's host
 };

@@ -91,7 +91,8 @@ void DialogAttachment::printerSelected() {
 
 void DialogAttachment::queueArrived(std::optional<OpenedQueue> opened, const QueueFailure& failure) {
     if (!opened) {
-        if (failure.isTrouble) logOnce("no paper options for printer " + queue_ + ": " + failure.text);
+        if (failure.isTrouble)
+            logOnce("no paper options for printer " + queue_ + ": " + failure.problem.text);
         return;
     }
     if (auto session = openSession(
@@ -103,7 +104,6 @@ std::unique_ptr<PanelSession> DialogAttachment::openSession(OpenedQueue opened, 
     ppd_file_t* const record = opened.ppd->record();
     if (MyCheckPDEContextCUPS(record) != kPDEContextValid) return nullptr;
     PaperNames::Start start{.stored = storedAnswers(record, kAnswerBudget),
-        .isBusy = opened.fetched.queue.isPrinting,
         .hasCommands = ppdFindAttr(record, "cupsCommands", nullptr) != nullptr,
         .asksPrinter = question == Question::asked,
         .isAnswered = question == Question::answered};

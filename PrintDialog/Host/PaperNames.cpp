@@ -2,9 +2,8 @@
 
 #include "Common/Utilities/ReleaseGates.h"
 #include "PrintDialog/Host/HostText.h"
+#include "PrintDialog/Host/StatusJobs.h"
 
-#include <array>
-#include <ctime>
 #include <utility>
 
 namespace orvan {
@@ -12,26 +11,14 @@ namespace {
 
 constexpr double kOften = 0.1; // seconds
 constexpr double kSeldom = 0.5;
-constexpr std::chrono::seconds kNew{2}; // times of answers are whole seconds
 
 std::optional<platform::PropertyList> papersOf(const StoredAnswer* answer) {
     if (answer == nullptr) return std::nullopt;
-    return *answer->list.find(kCustomPaperTypesKey);
+    return *answer->list->find(kCustomPaperTypesKey);
 }
 
-// "14:05" of today, and with the date of another day.
-std::string timeText(const StoredAnswer& answer) {
-    if (!answer.askedAt) return hostText("an earlier time");
-    const std::time_t then = std::chrono::system_clock::to_time_t(*answer.askedAt);
-    const std::time_t now = std::time(nullptr);
-    std::tm day{};
-    std::tm today{};
-    localtime_r(&then, &day);
-    localtime_r(&now, &today);
-    const bool isToday = day.tm_yday == today.tm_yday && day.tm_year == today.tm_year;
-    std::array<char, 64> text{};
-    const std::size_t size = std::strftime(text.data(), text.size(), isToday ? "%H:%M" : "%x %H:%M", &day);
-    return {text.data(), size};
+std::string timeOf(const CommandAnswer& answer) {
+    return answer.askedAt ? timeText(*answer.askedAt) : hostText("an earlier time");
 }
 
 } // namespace
@@ -43,10 +30,13 @@ PaperNames::PaperNames(platform::PDEPanel& panel, std::shared_ptr<DialogPrinter>
       start_(std::move(start)),
       changed_(std::move(changed)),
       outdated_(std::move(outdated)),
+      answers_{.before = start_.stored},
       isReady_(start_.isAnswered || isOver()) {
     if (isReady_) return;
+    if (const auto job = statusJobIn(printer_->printer().activeJobs())) answers_.sharedJob = job->id;
     // The channel takes the PPD before it gives the panel what is in it, so this only notes it.
-    printer_->setAnswerHandler([this](std::vector<StoredAnswer> answers) { fresh_ = std::move(answers); });
+    printer_->setAnswerHandler(
+        [this](std::vector<StoredAnswer> answers) { answers_.after = std::move(answers); });
     timer_ = platform::RepeatingTimer::schedule(
         kOften, [this](platform::RepeatingTimer&) { look(); }, "paper names");
 }
@@ -77,43 +67,60 @@ void PaperNames::look() {
 
 void PaperNames::willShow() {
     // Before 10.7 the filter's answers go to the panel alone.
-    const bool hasItsOwn = fresh_ || (isOver() && !RunningOn107OrLater());
+    const bool hasItsOwn = answers_.after || (isOver() && !RunningOn107OrLater());
     if (!hasItsOwn && !RunningOn1010OrLater())
         for (const StoredAnswer& answer : start_.stored)
-            panel_.receivedPrinterAnswer(answer.list);
+            if (answer.list) panel_.receivedPrinterAnswer(*answer.list);
     shownPapers_ = papersOf(newest());
     isShown_ = true;
 }
 
 bool PaperNames::isOutdated() const {
-    return isShown_ && fresh_ && papersOf(answerWithPapers(*fresh_)) != shownPapers_;
+    return isShown_ && answers_.after && papersOf(answerWithPapers(*answers_.after)) != shownPapers_;
 }
 
 const StoredAnswer* PaperNames::newest() const {
-    return answerWithPapers(fresh_ ? *fresh_ : start_.stored);
+    return answerWithPapers(answers_.after ? *answers_.after : answers_.before);
+}
+
+// What is shown is what the line is about.
+CommandAnswer PaperNames::papersAnswer() const {
+    AnswersToQuestion shown = answers_;
+    if (isOutdated()) shown.after.reset();
+    const StoredAnswer* const papers = answerWithPapers(shown.after ? *shown.after : shown.before);
+    const SchedulerPrinter& printer = printer_->printer();
+    const AnswerReason why =
+        start_.asksPrinter ? reasonOf(printer, isOver()) : AnswerReason{AnswerCode::askingForbidden};
+    for (CommandAnswer& answer : commandAnswers(shown, printer, why))
+        if (papers != nullptr && answer.command == papers->command) return std::move(answer);
+    return {.command = {}, .reason = why};
 }
 
 std::string PaperNames::line() const {
     if (!isReady_) return hostText("Asking the printer \u2026");
     if (start_.isAnswered || !start_.hasCommands || !RunningOn107OrLater() || RunningOn1010OrLater())
         return {};
-    const StoredAnswer* const before = answerWithPapers(start_.stored);
-    // What is shown is what the line is about.
-    const StoredAnswer* const answer = isOutdated() ? before : newest();
-    if (const platform::Failure& refusal = printer_->printer().refusal())
-        return hostText("The printer was not asked for its paper names: %1.", {*refusal}) +
-               (answer != nullptr ? " " + hostText("Paper names of %1.", {timeText(*answer)}) : "");
-    if (answer == nullptr) return hostText("The printer has not told its paper names.");
-    const std::string time = timeText(*answer);
-    if (!start_.asksPrinter || isOutdated()) return hostText("Paper names of %1.", {time});
-    if (!isOver())
-        return hostText(start_.isBusy ? "Paper names of %1; the printer is busy with another job."
-                                      : "Paper names of %1; the printer has not answered yet.",
-            {time});
-    // An answer that is not newer is the one of before, unless that was new itself.
-    const bool isSame = before != nullptr && answer->askedAt && answer->askedAt == before->askedAt;
-    const bool isOld = !fresh_ || (isSame && *answer->askedAt + kNew < begin_);
-    return isOld ? hostText("Paper names of %1; the printer did not answer.", {time}) : std::string();
+    const CommandAnswer papers = papersAnswer();
+    const bool hasNames = papers.state != CommandAnswer::State::never;
+    if (const std::string& refusal = printer_->printer().refusal().text; !refusal.empty())
+        return hostText("The printer was not asked for its paper names: %1.", {refusal}) +
+               (hasNames ? " " + hostText("Paper names of %1.", {timeOf(papers)}) : "");
+    if (!hasNames) return hostText("The printer has not told its paper names.");
+    if (papers.state == CommandAnswer::State::now) return {};
+    const std::vector<std::string> time{timeOf(papers)};
+    if (isOutdated()) return hostText("Paper names of %1.", time);
+    switch (papers.reason.code) {
+    case AnswerCode::askingForbidden:
+        return hostText("Paper names of %1.", time);
+    case AnswerCode::printerBusy:
+        return hostText("Paper names of %1; the printer is busy with another job.", time);
+    case AnswerCode::noAnswerYet:
+    case AnswerCode::queuePaused:
+    case AnswerCode::jobHeld:
+        return hostText("Paper names of %1; the printer has not answered yet.", time);
+    default:
+        return hostText("Paper names of %1; the printer did not answer.", time);
+    }
 }
 
 } // namespace orvan

@@ -4,10 +4,10 @@
 // when the printer has answered, or after a second, and then with the names of an earlier answer.
 #pragma once
 
-#include "BiDi/StoredAnswers.h"
 #include "Platform/PrintDialog.h"
 #include "Platform/RunLoop.h"
 #include "PrintDialog/Host/DialogPrinter.h"
+#include "PrintDialog/Host/PrinterAnswers.h"
 
 #include <chrono>
 #include <functional>
@@ -26,7 +26,6 @@ public:
 
     struct Start {
         std::vector<StoredAnswer> stored; // of the PPD that the panel is for
-        bool isBusy = false;              // the printer prints another job
         bool hasCommands = true;          // whether the PPD lists what can be asked
         bool asksPrinter = true;
         bool isAnswered = false; // the stored answers are those of a question of this dialog
@@ -52,15 +51,15 @@ private:
     bool isOver() const { return !panel_.awaitsPrinter(); }
     bool isOutdated() const;
     const StoredAnswer* newest() const;
+    CommandAnswer papersAnswer() const;
 
     platform::PDEPanel& panel_;
     std::shared_ptr<DialogPrinter> printer_;
     Start start_;
     std::function<void()> changed_;
     std::function<void()> outdated_;
-    std::optional<std::vector<StoredAnswer>> fresh_; // after the panel's question
+    AnswersToQuestion answers_;
     std::chrono::steady_clock::time_point deadline_ = std::chrono::steady_clock::now() + kPatience;
-    std::chrono::system_clock::time_point begin_ = std::chrono::system_clock::now();
     bool isReady_ = false;
     bool isShown_ = false;
     std::optional<platform::PropertyList> shownPapers_;

@@ -10,14 +10,15 @@ struct Opening {
     QueueFailure failure;
 };
 
+using Kind = SchedulerProblem::Kind;
+
 Opening open(SchedulerConnection& connection, const std::string& name) {
     Opening opening;
     SchedulerProblem problem;
     std::optional<FetchedQueue> fetched = scheduler::queue(connection, name, problem);
     if (!fetched) {
-        using Kind = SchedulerProblem::Kind;
-        opening.failure = {
-            problem.text, problem.kind != Kind::unknown && problem.kind != Kind::severalPrinters};
+        const bool isTrouble = problem.kind != Kind::unknown && problem.kind != Kind::severalPrinters;
+        opening.failure = {std::move(problem), isTrouble};
         return opening;
     }
     platform::Failure error;
@@ -25,13 +26,13 @@ Opening open(SchedulerConnection& connection, const std::string& name) {
     if (ppd != nullptr)
         opening.queue = OpenedQueue{*std::move(fetched), std::move(ppd)};
     else
-        opening.failure.text = "the PPD of queue " + name +
-                               " is damaged: " + withoutFile(error.value_or(""), fetched->ppd->file());
+        opening.failure.problem = {Kind::refuses, "the PPD of queue " + name + " is damaged: " +
+                                                      withoutFile(error.value_or(""), fetched->ppd->file())};
     return opening;
 }
 
 QueueFailure silence() {
-    return {schedulerSilence().text, true};
+    return {schedulerSilence(), true};
 }
 
 } // namespace
@@ -57,7 +58,7 @@ std::optional<OpenedQueue> fetchQueue(
     auto opening = SchedulerWorker::shared().wait<Opening>(
         queue, time, [queue](SchedulerConnection& connection) { return open(connection, queue); });
     if (opening && opening->queue) return std::move(opening->queue);
-    error = opening ? opening->failure.text : silence().text;
+    error = (opening ? opening->failure : silence()).problem.text;
     return std::nullopt;
 }
 

@@ -21,7 +21,7 @@ struct OpenedQueue {
 
 // Why a queue was not opened.
 struct QueueFailure {
-    std::string text; // for people
+    SchedulerProblem problem; // a damaged PPD is a refusal
     // Whether it is something to tell: not for a queue that has no PPD, or is a class, as other people's
     // printers are.
     bool isTrouble = true;

@@ -99,7 +99,7 @@ TEST_F(QueueChannelTest, WaitsForTheJobAndDeliversFromThePPD) {
     EXPECT_EQ(channel->state(), State::waiting);
     ASSERT_TRUE(runUntilSpent(*channel));
     EXPECT_EQ(delegate_->commands(), (Names{"A", "B"}));
-    EXPECT_NE(refused->refusal().value_or("").find("refuses: "), std::string::npos);
+    EXPECT_NE(refused->refusal().text.find("refuses: "), std::string::npos);
 }
 
 TEST_F(QueueChannelTest, GoesOnWaitingWhileTheJobIsThere) {

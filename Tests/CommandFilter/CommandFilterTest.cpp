@@ -1,17 +1,22 @@
 // The command filter as the scheduler and the query channel run it, in front of a simulated printer.
 #include "BiDi/ResponseEntries.h"
 #include "BiDi/ppdx.h"
+#include "CommandFilter/PrinterWords.h"
 #include "CommandFilter/Program/PrinterAddress.h"
 #include "CommandFilter/Program/StatusQuery.h"
 #include "CommandFilter/TicketVocabulary.h"
 #include "Common/CommandJob.h"
 #include "Formats/PropertyList.h"
+#include "Platform/FileDescriptor.h"
 #include "Tests/Support/DerivedPPD.h"
 #include "Tests/Support/OwnNetwork.h"
 #include "Tests/Support/Processes.h"
 #include "Tests/Support/SimulatedPrinter.h"
 
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 #include <ctime>
 #include <map>
@@ -110,8 +115,11 @@ TEST(CommandFilter, AnswersEachCommandAndAsksThePrinterOnce) {
         {"com.orvan.Permissions", {kColorPermissions}},
         {"com.orvan.JobAccounting", {OVSNMPJobAccountingOID}}};
     for (const auto& [command, keys] : answers) {
-        const auto answer = report.answer(command);
+        auto answer = report.answer(command);
         ASSERT_TRUE(answer) << command << '\n' << report.errors;
+        // The printer's own words are beside the ticket.
+        for (const std::string_view words : {kToldTrays, kToldSupplies, kToldOtherSupplies})
+            EXPECT_EQ(answer->asDictionary()->erase(std::string(words)), keys.size() == 2 ? 1U : 0U);
         EXPECT_EQ(answer->asDictionary()->size(), keys.size());
         for (const std::string_view key : keys) {
             ASSERT_NE(answer->find(key), nullptr) << key;
@@ -174,7 +182,7 @@ TEST(CommandFilter, SendsTheJobsCredentialsAndTellsNobody) {
     for (const auto& [rest, words] : refused) {
         const Report report = runFilter({.attributes = addressOf(printer), .commands = command + rest});
         EXPECT_EQ(report.exitCode, 0);
-        EXPECT_EQ(report.count("PPD"), 0U);
+        EXPECT_EQ(report.only("PPD"), "com.orvan.PermissionsProblem=7:password-wanted");
         EXPECT_NE(report.only("ERROR").find(words), std::string::npos) << report.errors;
     }
     EXPECT_EQ(occurrences(printer.log(), "no credentials"), 1U) << printer.log();
@@ -195,7 +203,10 @@ TEST(CommandFilter, LeavesOldAnswersWhenThePrinterGivesNone) {
         const Report report =
             runFilter({.attributes = addressOf(printer), .commands = "com.orvan.DeviceStatus\nReportLevels"});
         EXPECT_EQ(report.exitCode, 0);
-        EXPECT_EQ(report.count("PPD") + report.count("ATTR"), 0U) << report.errors;
+        const bool isOffline = *state == '+';
+        EXPECT_EQ(report.only("PPD"), std::string("com.orvan.DeviceStatusProblem=7:") +
+                                          (isOffline ? "printer-offline" : "no-status-document"));
+        EXPECT_EQ(report.count("ATTR"), 0U) << report.errors;
         EXPECT_EQ(report.only("STATE"), state);
         EXPECT_NE(report.only("ERROR").find(error), std::string::npos) << report.errors;
     }
@@ -227,7 +238,8 @@ TEST(CommandFilter, SaysWhereItCannotAsk) {
     for (const auto& [run, error] : cases) {
         const Report report = runFilter(run);
         EXPECT_EQ(report.exitCode, 0);
-        EXPECT_EQ(report.count("PPD"), 0U);
+        EXPECT_EQ(report.count("PPD"), occurrences(run.commands, "com.orvan")); // why not, of each
+        EXPECT_EQ(occurrences(report.errors, "Problem=7:"), report.count("PPD"));
         EXPECT_NE(report.only("ERROR").find(error), std::string::npos) << report.errors;
         EXPECT_EQ(report.errors.find("secret"), std::string::npos) << report.errors;
     }
@@ -240,7 +252,9 @@ TEST(CommandFilter, SaysWhereItCannotAsk) {
     EXPECT_NE(flooded.errors.find("WARNING: ... and 4900 more lines like that"), std::string::npos);
     // A device that is not on the network is nothing to complain of, and nobody is looked for.
     const Report local = runFilter({.device = "usb://Orvan/4500"});
-    EXPECT_EQ(local.errors, "DEBUG: this queue's device has no network address\n");
+    EXPECT_EQ(local.only("DEBUG"), "this queue's device has no network address");
+    EXPECT_EQ(occurrences(local.errors, "Problem=7:no-address\n"), 6U) << local.errors;
+    EXPECT_EQ(local.count("ERROR") + local.count("INFO"), 0U) << local.errors;
     EXPECT_NE(Report(runProgram({ORVAN_COMMAND_FILTER, "--help"})).exitCode, 0);
     const Report nothing(runProgram({ORVAN_COMMAND_FILTER, "1", "a", "b", "1", "", "/no/such/job"}));
     EXPECT_EQ(nothing.exitCode, 0);
@@ -339,6 +353,10 @@ TEST(CommandFilter, ReportsLevelsToEveryClientOfTheScheduler) {
         {document("Mystery", "OK", "-1"), "100,-2", nullptr,
             "-media-low-report,media-empty-warning,toner-low-report,toner-empty-warning,"
             "marker-supply-low-report,marker-supply-empty-warning"},
+        // A word says nothing of how much there is.
+        {document("Mystery", "NearEmpty", "Unknown"), "-2,-2", nullptr,
+            "-media-low-report,media-empty-warning,toner-low-report,toner-empty-warning,"
+            "marker-supply-low-report,marker-supply-empty-warning"},
     };
     const SimulatedPrinter printer({}, "");
     for (const auto& [status, levels, hold, over] : cases) {
@@ -352,7 +370,62 @@ TEST(CommandFilter, ReportsLevelsToEveryClientOfTheScheduler) {
         if (hold != nullptr) states.emplace_back(hold);
         states.emplace_back(over);
         EXPECT_EQ(report.lines.at("STATE"), states);
-        EXPECT_EQ(report.count("PPD"), 0U);
+        EXPECT_EQ(report.only("PPD"), "OVNMarkersTold=1");
+    }
+    // What is not told any more is over, and what the scheduler was told of it is replaced once.
+    printer.replaceDocument("<s><permissions/></s>");
+    for (const bool wereTold : {true, false}) {
+        const Report report =
+            runFilter({.attributes = addressOf(printer) + (wereTold ? "*OVNMarkersTold: \"1\"\n" : ""),
+                .commands = "ReportLevels"});
+        EXPECT_EQ(report.count("ATTR"), wereTold ? 1U : 0U) << report.errors;
+        EXPECT_EQ(report.count("PPD"), wereTold ? 1U : 0U) << report.errors;
+        EXPECT_EQ(report.lines.at("STATE").back(), cases[2].over);
+    }
+}
+
+// An older, longer answer leaves nothing behind, and nothing else is touched.
+TEST(CommandFilter, EmptiesWhatIsLeftOfALongerAnswer) {
+    const SimulatedPrinter printer({}, "<s><permissions/></s>");
+    std::string older = addressOf(printer);
+    for (const char* const entry :
+        {"Permissions0000=a", "Permissions0001=b", "Permissions0009=c", "Permissions00ff=d",
+            "Permissions10000=e", "Permissions00fe=", "PermissionsX002=f", "StoredJobs0009=g"}) {
+        const std::string text = entry;
+        const std::size_t equals = text.find('=');
+        older.append("*com.orvan.").append(text, 0, equals).append(": \"").append(text, equals + 1) += "\"\n";
+    }
+    const Report report = runFilter({.attributes = older, .commands = "com.orvan.Permissions"});
+    std::string emptied;
+    for (const std::string& line : report.lines.at("PPD"))
+        if (line.ends_with("=\"\"")) emptied += line + "\n";
+    EXPECT_TRUE(report.answer("com.orvan.Permissions")) << report.errors;
+    EXPECT_EQ(occurrences(emptied, "\n"), 4U) << emptied; // with the end of the new one
+    for (const char* const number : {"0009", "00ff", "10000"})
+        EXPECT_NE(emptied.find("com.orvan.Permissions" + std::string(number) + "=\"\"\n"), std::string::npos)
+            << emptied;
+}
+
+// It says so within the second that it may take, and answers all else.
+TEST(CommandFilter, WaitsForNoAgentThatIsOff) {
+    const platform::FileDescriptor silent(::socket(AF_INET, SOCK_DGRAM, 0));
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ASSERT_EQ(bind(silent.get(), reinterpret_cast<sockaddr*>(&address), size), 0);
+    getsockname(silent.get(), reinterpret_cast<sockaddr*>(&address), &size);
+    const SimulatedPrinter printer({"--no-snmp"});
+    for (const int port : {9, static_cast<int>(ntohs(address.sin_port))}) {
+        const Report report =
+            runFilter({.attributes = "*OVNStatusDocument: \"" + printer.url() +
+                                     "\"\n*OVNSNMPAgent: \"127.0.0.1:" + std::to_string(port) + "\"\n"});
+        EXPECT_TRUE(report.answer("com.orvan.CustomPaperTypes")) << report.errors;
+        EXPECT_EQ(report.count("ERROR"), 0U) << report.errors;
+        EXPECT_TRUE(report.lines.at("INFO").back().starts_with(
+            std::string(kStatusReadMessage) + " The printer's job accounting is not known: "));
+        EXPECT_NE(
+            report.errors.find("PPD: com.orvan.JobAccountingProblem=7:agent-silent\n"), std::string::npos);
     }
 }
 

@@ -95,7 +95,7 @@ protected:
 
 TEST_F(DoctorCommand, FindsNothingWhereAllIsWell) {
     const Json answer = examine({}, 0);
-    EXPECT_EQ(answer["schemaVersion"], 1);
+    EXPECT_EQ(answer["schemaVersion"], 2);
     EXPECT_EQ(answer["ok"], true);
     std::vector<std::string> stations;
     for (const Json& one : answer["stations"]) {
@@ -115,9 +115,12 @@ TEST_F(DoctorCommand, FindsNothingWhereAllIsWell) {
         {{"DISPLAY", std::nullopt}, {"WAYLAND_DISPLAY", std::nullopt}, {"GTK3_MODULES", std::nullopt}});
     EXPECT_EQ(text.exitCode, 0) << text.output;
     EXPECT_EQ(text.errors, "");
-    EXPECT_EQ(std::ranges::count(text.output, '\n'), 14) << text.output;
-    EXPECT_NE(text.output.find("\nok           command job     "), std::string::npos) << text.output;
-    EXPECT_NE(text.output.find("\nnot checked  session         this is no desktop session. Ask "),
+    EXPECT_EQ(std::ranges::count(text.output, '\n'), 15) << text.output;
+    EXPECT_NE(text.output.find("\nok           Office  command job     "), std::string::npos) << text.output;
+    EXPECT_TRUE(text.output.find(" not checked.\n") != std::string::npos &&
+                text.output.find("\nNo problem; ") != std::string::npos)
+        << text.output;
+    EXPECT_NE(text.output.find("\nnot checked          session         this is no desktop session. Ask "),
         std::string::npos)
         << text.output;
 }
@@ -153,7 +156,13 @@ TEST_F(DoctorCommand, FindsFaultsOfTheQueue) {
     addQueue("Insecure", withFilter(insecure));
     addQueue("Failing", withFilter("/bin/false"));
     addQueue("Stopped", withFilter("/bin/false"));
-    CommandQueue::orvan({"status", "-q", "Stopped"});
+    run({"/bin/sh", "-c",
+        "printf '#CUPS-COMMAND\\ncom.orvan.Permissions' | lp -s -d Stopped -t 'Printer Status' -"});
+    EXPECT_TRUE(eventually([this] {
+        std::vector<PrintJob> stopped;
+        return !system_->jobs("Stopped", &stopped) && stopped.size() == 1 &&
+               stopped.front().state == IPP_JSTATE_STOPPED;
+    }));
     addQueue("Mute", withFilter("/bin/true"));
     addQueue("Damaged", [&](std::string& ppd) {
         withFilter("/bin/true")(ppd);
@@ -201,21 +210,32 @@ TEST_F(DoctorCommand, FindsFaultsOfThePrinter) {
     addQueue("Closed", closed);
     addQueue("Off", off);
     off.end();
-    // What the filter complains of is the same fault, seen from the queue.
-    const std::pair<std::string, std::string> complaint("answers", "the command filter complains: ");
     const std::pair<const char*, Problems> cases[] = {
         {"NoAddress",
             {{"address", "leads to no printer | This queue's device has no network address: it is file:"}}},
         {"Odd", {{"answers", "the queue's PPD cannot name these papers to the printer: Gold |"}}},
-        {"Wrong", {complaint, {"document", "something that is no status document"}}},
-        {"Closed", {complaint, {"document", "wants a user name and a password"}}},
-        {"Off", {complaint, {"ping", "127.0.0.1 is not there"}}},
+        {"Wrong", {{"document", "something that is no status document"}}},
+        {"Closed", {{"document", "wants a user name and a password"}}},
+        {"Off", {{"ping", "127.0.0.1 is not there"}}},
     };
     for (const auto& [queue, problems] : cases)
         expectProblems(examine({"-q", queue}, 1), problems);
     const ProgramEnd papers = orvan({"papers", "-q", "Odd"});
     EXPECT_EQ(papers.output, "Gold\t17\t\n");
     EXPECT_EQ(papers.errors, "orvan: the driver of queue Odd cannot name Gold to the printer\n");
+}
+
+TEST_F(DoctorCommand, NamesTheQueueOfEachProblem) {
+    const SimulatedPrinter silent({"--misbehave", "silent"});
+    for (const char* const name : {"Silent1", "Silent2", "Silent3", "Silent4"})
+        addQueue(name, silent);
+    const Json answer = examine({"--problems"}, 1);
+    ASSERT_EQ(answer["stations"].size(), 4U) << answer;
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(answer["stations"][i]["queue"], "Silent" + std::to_string(i + 1));
+        EXPECT_EQ(answer["stations"][i]["station"], "document");
+    }
+    EXPECT_EQ(answer["problems"], 4);
 }
 
 TEST_F(DoctorCommand, FindsAnotherCertificate) {
@@ -225,17 +245,17 @@ TEST_F(DoctorCommand, FindsAnotherCertificate) {
     addQueue("Office2", "commandtoorvan", server.old("/status.xml"), printer_.snmpAgent());
     Environment variables = environment();
     variables["CUPS_CACHEDIR"] = cache.path();
-    const auto certificates = [&variables] {
-        Json answer = orvan::examine(variables, {"-q", "Office2"}, 1);
+    const auto certificates = [&variables](bool isAnother) {
+        Json answer = orvan::examine(variables, {"-q", "Office2"}, isAnother ? 1 : 0);
         std::vector<std::string> said;
         for (const Json& one : answer["stations"])
             if (std::string text = one.dump(); text.find("certificate") != std::string::npos)
                 said.push_back(text);
         return said;
     };
-    EXPECT_EQ(certificates(), std::vector<std::string>());
+    EXPECT_EQ(certificates(false), std::vector<std::string>());
     server.becomeAnother();
-    const auto said = certificates();
+    const auto said = certificates(true);
     ASSERT_EQ(said.size(), 2U); // the filter's complaint, and the doctor's own look
     for (const std::string& one : said) {
         const std::size_t first = one.find("fingerprint is ");
@@ -275,7 +295,9 @@ TEST(Doctor, FindsFaultsOfTheDesktop) {
         Environment variables = environment;
         variables.insert({{"CUPS_SERVER", "/no/such/socket"}, {"LC_ALL", "C.UTF-8"}, {"LANGUAGE", ""}});
         const Json answer = examine(variables, {"-q", "Office"}, 1, tree.at("bin/orvan"));
-        EXPECT_EQ(answer["stations"].size(), 5U);
+        EXPECT_EQ(answer["stations"].size(), 14U);
+        EXPECT_EQ(answer["stations"][1]["queue"], "Office");
+        EXPECT_EQ(answer["stations"][1]["found"], "the scheduler has to answer first");
         Problems all{{"scheduler", "cannot reach the print scheduler at /no/such/socket"}};
         all.insert(all.end(), problems.begin(), problems.end());
         expectProblems(answer, all);

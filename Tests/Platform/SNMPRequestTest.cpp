@@ -42,7 +42,7 @@ protected:
         if (access(kAgent, X_OK) != 0) GTEST_SKIP() << kAgent << " is not installed";
         request_.host = "127.0.0.1";
         request_.port = freePort();
-        request_.community = "office";
+        request_.communities = {"office"};
         request_.patience = std::chrono::milliseconds(300);
         const std::string file =
             folder_.write("snmpd.conf", "agentaddress udp:127.0.0.1:" + std::to_string(request_.port) +
@@ -84,7 +84,7 @@ TEST_F(SNMPRequests, SayWhyThereIsNoAnswer) {
                                  bool isAnswered) {
         platform::SNMPRequest request = request_;
         request.objects = {object};
-        request.community = community;
+        request.communities = {community};
         request.host = host;
         request.retries = 0;
         if (!isAnswered) request.patience = std::chrono::milliseconds(300);

@@ -53,7 +53,7 @@ TEST(SchedulerWorkerTest, TellsApartWhyThereIsNoAnswer) {
             {{"/", "", Then::silence}, 0.3s, Kind::silent, "does not answer"},
             {{"/", wholeAnswer(std::string(9000, 'x')), Then::close, 2000}, 0.3s, Kind::silent,
                 "does not answer"},
-            {{"/", "HTTP/1.1 403 Forbidden\r\nContent-Length: 0\r\n\r\n"}, 100s, Kind::refuses,
+            {{"/", "HTTP/1.1 403 Forbidden\r\nContent-Length: 0\r\n\r\n"}, 100s, Kind::notPermitted,
                 "refuses: "}}) {
         const ScriptedServer server({test.answer});
         talkTo(server);

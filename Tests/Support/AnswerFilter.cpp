@@ -2,6 +2,7 @@
 // its job with the bytes of the file of that name in the folder ORVAN_ANSWERS, and commands without a file
 // not at all. Run as filter(7) says.
 #include "BiDi/ppdx.h"
+#include "Common/CommandJob.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -12,7 +13,7 @@
 
 namespace {
 
-void answer(std::istream& job, const std::filesystem::path& folder) {
+void answer(std::istream& job, const std::string& number, const std::filesystem::path& folder) {
     std::string line;
     std::getline(job, line); // #CUPS-COMMAND
     while (std::getline(job, line)) {
@@ -21,6 +22,7 @@ void answer(std::istream& job, const std::filesystem::path& folder) {
         if (command.empty() || command.find('/') != std::string::npos || !file) continue;
         const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
         orvan::ppdxWriteData(command.c_str(), bytes.data(), bytes.size());
+        if (!number.empty()) std::cerr << "PPD: " << command << orvan::kAnswerJob << '=' << number << '\n';
     }
 }
 
@@ -31,9 +33,9 @@ int main(int count, char** arguments) {
     if (folder == nullptr) return 0;
     if (count > 6) {
         std::ifstream job(arguments[6], std::ios::binary);
-        answer(job, folder);
+        answer(job, arguments[1], folder);
     } else {
-        answer(std::cin, folder);
+        answer(std::cin, count > 1 ? arguments[1] : "", folder);
     }
     return 0;
 }

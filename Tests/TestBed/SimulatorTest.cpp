@@ -62,7 +62,7 @@ TEST(SimulatorTest, AnswersSNMP) {
     const SimulatedPrinter printer({"--community", "of \"fice", "--job-accounting", "-2147483648"});
     platform::SNMPRequest request{.host = "127.0.0.1",
         .port = std::stoi(portOf(printer.snmpAgent())),
-        .community = "of \"fice",
+        .communities = {"of \"fice"},
         .objects = {object}};
     platform::Failure problem;
     const auto values = platform::getSNMPObjects(request, problem);
@@ -71,7 +71,7 @@ TEST(SimulatorTest, AnswersSNMP) {
     request.objects = {object + ".0"};
     EXPECT_FALSE(platform::getSNMPObjects(request, problem));
     EXPECT_NE(problem.value_or("").find("noSuchName"), std::string::npos) << problem.value_or("");
-    request.community = "public";
+    request.communities = {"public"};
     request.patience = std::chrono::milliseconds(300); // nothing comes
     EXPECT_FALSE(platform::getSNMPObjects(request, problem));
     EXPECT_EQ(printer.log(), "");

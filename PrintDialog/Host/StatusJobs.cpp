@@ -1,4 +1,4 @@
-#include "Orvan/StatusJobs.h"
+#include "PrintDialog/Host/StatusJobs.h"
 
 #include "Common/CommandJob.h"
 
@@ -21,13 +21,6 @@ std::optional<QueueJob> statusJobIn(const std::vector<QueueJob>& jobs) {
 
 std::optional<QueueJob> findStatusJob(const std::string& queue, SchedulerWorker::Duration time) {
     return statusJobIn(listJobs(queue, WhichJobs::active, time).value_or(std::vector<QueueJob>()));
-}
-
-std::string complaintOfLastJob(const std::string& queue, SchedulerWorker::Duration time) {
-    std::vector<QueueJob> jobs = listJobs(queue, WhichJobs::ended, time).value_or(std::vector<QueueJob>());
-    std::erase_if(jobs, [](const QueueJob& job) { return job.title != kStatusJobTitle; });
-    const auto newest = std::ranges::max_element(jobs, {}, &QueueJob::id);
-    return newest == jobs.end() || newest->message == kStatusReadMessage ? "" : newest->message;
 }
 
 std::string lastWordOn(const QueueJob& job) {

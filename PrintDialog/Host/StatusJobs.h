@@ -19,10 +19,6 @@ std::optional<QueueJob> statusJobIn(const std::vector<QueueJob>& jobs);
 // This person's active ones in the queue. Nothing, too, when the scheduler does not say.
 std::optional<QueueJob> findStatusJob(const std::string& queue, SchedulerWorker::Duration time);
 
-// What the command filter last said for people in this person's newest job of the channel that has ended;
-// empty when it said nothing or all went well.
-std::string complaintOfLastJob(const std::string& queue, SchedulerWorker::Duration time);
-
 // For people, to go on with a sentence: what the scheduler last said of the job; "" when it said nothing.
 std::string lastWordOn(const QueueJob& job);
 
