@@ -142,6 +142,9 @@ SchedulerProblem SchedulerConnection::problemWith(const std::string& what, ipp_s
     if (status == IPP_STATUS_ERROR_NOT_FOUND)
         return {Kind::unknown, schedulerName() + " does not know it: " + cupsLastErrorString()};
     const std::string refusal = schedulerName() + " refuses: " + cupsLastErrorString();
+    // What CUPS answers when it cannot write what it is sent.
+    if (http_ != nullptr && httpGetStatus(http_.get()) == HTTP_STATUS_REQUEST_TOO_LARGE)
+        return {Kind::noRoom, refusal};
     switch (status) {
     case IPP_STATUS_ERROR_NOT_ACCEPTING_JOBS:
         return {Kind::rejectsJobs, refusal};
@@ -149,8 +152,6 @@ SchedulerProblem SchedulerConnection::problemWith(const std::string& what, ipp_s
     case IPP_STATUS_ERROR_NOT_AUTHENTICATED:
     case IPP_STATUS_ERROR_NOT_AUTHORIZED:
         return {Kind::notPermitted, refusal};
-    case IPP_STATUS_ERROR_REQUEST_ENTITY:
-        return {Kind::noRoom, refusal};
     default:
         return {Kind::refuses, refusal};
     }

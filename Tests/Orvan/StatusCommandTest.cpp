@@ -25,38 +25,19 @@ protected:
         return std::ranges::count(jobs, state, &PrintJob::state);
     }
 
-    void SetUp() override {
-        // Where the scheduler's user can read.
-        std::filesystem::permissions(gate_.path(), std::filesystem::perms(0755));
-        CommandQueue::SetUp();
-    }
-
-    // A queue whose filter asks nobody while the gate is shut.
-    void addGatedQueue(const std::string& name, const SimulatedPrinter& printer) const {
-        const std::string filter =
-            gate_.write("filter", "#!/bin/sh\nwhile [ -e " + shut() +
-                                      " ]; do sleep 0.05; done\nexec " ORVAN_COMMAND_FILTER " \"$@\"\n");
-        std::filesystem::permissions(filter, std::filesystem::perms(0755));
-        addQueue(name, filter, printer.url(), printer.snmpAgent());
-    }
-
     // A line of a shell in which $ORVAN is the program, on a terminal of its own. Its gated queues wait until
     // the terminal has shown `waiting`; "" for no wait.
     std::string onTerminal(
         const std::string& line, const Environment& variables, const std::string& waiting) const {
-        if (!waiting.empty()) gate_.write("shut", "");
+        if (!waiting.empty()) shutGate();
         Environment all = variables;
         all.insert({{"ORVAN", ORVAN_PROGRAM}, {"TERM", "xterm"}, {"NO_COLOR", std::nullopt}});
         all.merge(environment());
         Terminal terminal({"/bin/sh", "-c", line}, all);
         const std::string shown = waiting.empty() ? "" : terminal.shownUntil(waiting);
-        std::filesystem::remove(shut());
+        openGate();
         return shown + terminal.shownUntilEnd();
     }
-
-private:
-    std::string shut() const { return gate_.path() / "shut"; }
-    TempFolder gate_;
 };
 
 TEST_F(StatusCommand, AsksAllPrintersAtOnce) {

@@ -40,6 +40,16 @@ void CommandQueue::addQueue(const std::string& name, const std::string& filter, 
     ASSERT_EQ(system_->addQueue({.name = name, .ppdFile = file}), std::nullopt);
 }
 
+void CommandQueue::addGatedQueue(const std::string& name, const SimulatedPrinter& printer) const {
+    const std::string filter =
+        gate_.write("filter", "#!/bin/sh\nwhile [ -e " + (gate_.path() / "shut").string() +
+                                  " ]; do sleep 0.05; done\n" + "exec " ORVAN_COMMAND_FILTER " \"$@\"\n");
+    // Where the scheduler's user can read.
+    std::filesystem::permissions(gate_.path(), std::filesystem::perms(0755));
+    std::filesystem::permissions(filter, std::filesystem::perms(0755));
+    addQueue(name, filter, printer.url(), printer.snmpAgent());
+}
+
 Environment CommandQueue::environment() const {
     const ClientEnvironment client = system_->environment();
     Environment environment(client.begin(), client.end());
@@ -55,7 +65,8 @@ ProgramEnd CommandQueue::run(const std::vector<std::string>& command, const Envi
 
 ProgramEnd CommandQueue::orvan(std::vector<std::string> arguments, const Environment& more) const {
     const std::vector<std::string> asking{"doctor", "panel", "papers", "status"};
-    if (!arguments.empty() && std::ranges::binary_search(asking, arguments.front()))
+    const bool isTimed = std::ranges::find(arguments, "--timeout") != arguments.end();
+    if (!arguments.empty() && !isTimed && std::ranges::binary_search(asking, arguments.front()))
         arguments.insert(arguments.begin() + 1, {"--timeout", "100"});
     arguments.insert(arguments.begin(), ORVAN_PROGRAM);
     return run(arguments, more);

@@ -33,6 +33,11 @@ protected:
         addQueue(name, "commandtoorvan", printer.url(), printer.snmpAgent());
     }
 
+    // One whose filter asks nobody while the gate is shut, which it is not at first.
+    void addGatedQueue(const std::string& name, const SimulatedPrinter& printer) const;
+    void shutGate() const { gate_.write("shut", ""); }
+    void openGate() const { std::filesystem::remove(gate_.path() / "shut"); }
+
     // The variables by which clients find the system, and English.
     Environment environment() const;
     ProgramEnd run(const std::vector<std::string>& command, const Environment& more = {}) const;
@@ -40,6 +45,9 @@ protected:
     ProgramEnd orvan(std::vector<std::string> arguments, const Environment& more = {}) const;
 
     std::unique_ptr<PrintingSystem> system_;
+
+private:
+    TempFolder gate_;
 };
 
 } // namespace orvan
