@@ -27,6 +27,9 @@ struct CleanUpMulti {
 struct CleanUpURL {
     void operator()(CURLU* url) const { curl_url_cleanup(url); }
 };
+struct FreeList {
+    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+};
 struct FreeText {
     void operator()(char* text) const { curl_free(text); }
 };
@@ -43,14 +46,25 @@ std::string partOf(CURLU* url, CURLUPart part) {
     return text != nullptr ? text : "";
 }
 
-// "host:port" of a URL of an HTTP or HTTPS server; empty when it is none.
-std::string serverOf(const std::string& text) {
+struct Server {
+    std::string host;
+    std::string port;
+};
+
+// That of a URL of an HTTP or HTTPS server; nothing when it is none.
+std::optional<Server> separateServer(const std::string& text) {
     const std::unique_ptr<CURLU, CleanUpURL> url(curl_url());
-    if (url == nullptr || text.find('\0') != std::string::npos) return {};
-    if (curl_url_set(url.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK) return {};
+    if (url == nullptr || text.find('\0') != std::string::npos) return std::nullopt;
+    if (curl_url_set(url.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK) return std::nullopt;
     const std::string scheme = partOf(url.get(), CURLUPART_SCHEME);
-    if (scheme != "http" && scheme != "https") return {};
-    return partOf(url.get(), CURLUPART_HOST) + ":" + partOf(url.get(), CURLUPART_PORT);
+    if (scheme != "http" && scheme != "https") return std::nullopt;
+    return Server{partOf(url.get(), CURLUPART_HOST), partOf(url.get(), CURLUPART_PORT)};
+}
+
+// "host:port" of the same; empty when it is none.
+std::string serverOf(const std::string& text) {
+    const std::optional<Server> server = separateServer(text);
+    return server ? server->host + ":" + server->port : "";
 }
 
 } // namespace
@@ -117,6 +131,7 @@ private:
         return curl_easy_getinfo(easy_.get(), which, &value) == CURLE_OK ? value : otherwise;
     }
     bool setCredentials(const HTTPRequest& request);
+    bool setAddress(const HTTPRequest& request);
     bool setTLS(const TLSSettings& tls);
     void end(CURLcode result);
     static CURLcode prepareTLS(CURL*, void* context, void* transfer);
@@ -127,6 +142,7 @@ private:
     TLSSettings tls_;
     std::array<char, CURL_ERROR_SIZE> details_{};
     std::string buffer_; // what has come and is not read
+    std::unique_ptr<curl_slist, FreeList> addresses_;
     std::unique_ptr<CURLM, CleanUpMulti> multi_;
     std::unique_ptr<CURL, CleanUp> easy_;
     bool isAdded_ = false; // to multi_
@@ -147,7 +163,23 @@ bool HTTPStream::Transfer::prepare(const HTTPRequest& request, const TLSSettings
            set(CURLOPT_NOPROXY, "*") && set(CURLOPT_NETRC, long{CURL_NETRC_IGNORED}) &&
            set(CURLOPT_PROTOCOLS_STR, "http,https") && set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https") &&
            set(CURLOPT_MAXREDIRS, long{kMaximumRedirects}) && set(CURLOPT_WRITEFUNCTION, &receive) &&
-           set(CURLOPT_WRITEDATA, this) && setCredentials(request) && setTLS(tls);
+           set(CURLOPT_WRITEDATA, this) && setCredentials(request) && setAddress(request) && setTLS(tls);
+}
+
+// libcurl looks some names up without their final dot.
+bool HTTPStream::Transfer::setAddress(const HTTPRequest& request) {
+    const std::optional<Server> server = separateServer(url_);
+    if (request.address.empty() || !server) return true;
+    std::string host = server->host;
+    if (host.ends_with('.')) host.pop_back();
+    for (const char* const dot : {"", "."}) {
+        const std::string entry = host + dot + ":" + server->port + ":" + request.address;
+        curl_slist* const longer = curl_slist_append(addresses_.get(), entry.c_str());
+        if (longer == nullptr) return false;
+        static_cast<void>(addresses_.release());
+        addresses_.reset(longer);
+    }
+    return set(CURLOPT_RESOLVE, addresses_.get());
 }
 
 bool HTTPStream::Transfer::setCredentials(const HTTPRequest& request) {

@@ -21,6 +21,8 @@ struct HTTPRequest {
     // as empty. They go to the host, the port and the scheme of the URL and nowhere else.
     std::optional<std::string> user = std::nullopt;
     std::optional<std::string> password = std::nullopt;
+    // Where the URL's host is, an IPv4 address in dotted form; empty: the host is looked up.
+    std::string address = {};
 };
 
 struct TLSSettings {

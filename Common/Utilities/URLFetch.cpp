@@ -1,6 +1,8 @@
 #include "Common/Utilities/URLFetch.h"
 
+#include "Common/Utilities/HostAddress.h"
 #include "Common/Utilities/IdleTimer.h"
+#include "Common/Utilities/URIParts.h"
 #include "Platform/Gestalt.h"
 #include "Platform/HTTPStream.h"
 #include "Platform/TickCount.h"
@@ -63,9 +65,15 @@ std::string seconds(std::chrono::duration<double> time) {
     return text.str();
 }
 
+// Of a host under "local", which the library's own look-up finds only where the system's resolver does.
+std::string localAddressOf(const std::string& url) {
+    const std::optional<URIParts> parts = separateURI(url);
+    return parts && isUnderLocal(parts->host) ? findHostAddress(parts->host).address : "";
+}
+
 Outcome Fetch::run(const std::string& url, const Way& way) {
     const std::unique_ptr<HTTPStream> stream =
-        HTTPStream::create({url, request_.user, request_.password}, way.tls);
+        HTTPStream::create({url, request_.user, request_.password, localAddressOf(url)}, way.tls);
     if (stream == nullptr) {
         outcome_.result.problem = "this is not the URL of a web server (http://... or https://...)";
     } else if ((way.followsRedirects && !stream->setAutoRedirect(true)) || !stream->open()) {
