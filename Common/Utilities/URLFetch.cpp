@@ -82,6 +82,7 @@ Outcome Fetch::run(const std::string& url, const Way& way) {
         transfer(*stream, way);
         outcome_.result.status = stream->responseStatus();
         outcome_.result.redirect = stream->redirectURL();
+        outcome_.result.charset = stream->charset();
         stream->close();
     }
     return std::move(outcome_);
@@ -97,6 +98,7 @@ bool Fetch::takeTurn(HTTPStream& stream, const Way& way, IdleTimer& idle) {
     switch (stream.status()) {
     case HTTPStreamStatus::opening:
         stream.proceed(kOpeningSlice);
+        if (stream.status() != HTTPStreamStatus::opening) idle.restart(platform::TickCount());
         return true;
     case HTTPStreamStatus::atEnd:
     case HTTPStreamStatus::closed:
@@ -134,14 +136,19 @@ bool Fetch::readOnce(HTTPStream& stream, IdleTimer& idle) {
     return false;
 }
 
+// Why nothing more is waited for.
+std::string describeSilence(const HTTPStream& stream) {
+    const std::string limit = seconds(platform::Ticks{IdleTimer::kLimit});
+    if (stream.status() != HTTPStreamStatus::opening)
+        return stream.server() + " fell silent for " + limit + " in the middle of its answer";
+    return (stream.isAnswering() ? "no whole header of the answer from " : "no answer from ") +
+           stream.server() + " within " + limit;
+}
+
 bool Fetch::isInTime(const HTTPStream& stream, IdleTimer& idle) {
-    constexpr platform::Ticks kIdleLimit{IdleTimer::kLimit};
     if (stream.status() == HTTPStreamStatus::atEnd) return true;
     if (idle.hasPassed(platform::TickCount()))
-        outcome_.result.problem = stream.responseStatus() == 0
-                                      ? "no answer from " + stream.server() + " within " + seconds(kIdleLimit)
-                                      : stream.server() + " fell silent for " + seconds(kIdleLimit) +
-                                            " in the middle of its answer";
+        outcome_.result.problem = describeSilence(stream);
     else if (Clock::now() > deadline_)
         outcome_.result.problem =
             "the answer of " + stream.server() + " was not complete within " + seconds(request_.maximumTime);
@@ -157,12 +164,14 @@ std::string overHTTPS(std::string url) {
 }
 
 Outcome withoutURL() {
-    return {{{}, 0, "there is no URL", {}, {}}, std::nullopt};
+    Outcome outcome;
+    outcome.result.problem = "there is no URL";
+    return outcome;
 }
 
 Outcome fetchOverTLS(const FetchRequest& request, Clock::time_point deadline) {
     if (!request.url) return withoutURL();
-    // This platform does not tell the packed version, and needs none of the care that older releases did. It
+    // A platform that does not tell the packed version needs none of the care that older releases did. It
     // makes no difference here when the credentials join the request, only how the stream is read.
     std::int32_t version = kTenFive;
     platform::Gestalt(platform::kGestaltSystemVersion, &version);
@@ -186,7 +195,13 @@ Outcome fetch(const FetchRequest& request) {
     const Clock::time_point deadline = Clock::now() + request.maximumTime;
     Outcome outcome = Fetch(request, deadline).run(*request.url, {{}, request.followsRedirects, false});
     if (!outcome.readError || !isTLSErrorCode(outcome.readError->code)) return outcome;
-    return fetchOverTLS(request, deadline);
+    const std::string first = outcome.result.problem;
+    outcome = fetchOverTLS(request, deadline);
+    // What a person has to know about the certificate does not depend on what else went wrong.
+    std::string& second = outcome.result.problem;
+    if (!second.empty() && second != first)
+        second.append(" (asked again after this: ").append(first).append(")");
+    return outcome;
 }
 
 std::string bytesOf(Outcome outcome) {

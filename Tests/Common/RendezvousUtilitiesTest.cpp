@@ -102,6 +102,22 @@ TEST(PrinterURL, asksNoInterfaceWithoutMulticast) {
     EXPECT_EQ(answer, "-1 1 0");
 }
 
+// Releases whose own resolver knows "local".
+TEST(PrinterURL, leavesTheQuestionToAResolverThatKnowsLocal) {
+    for (const auto& [version, isAsked] : {std::pair("0x1022", true), std::pair("0x1023", false)}) {
+        const std::string answer = inOwnNetwork({}, [version = version] {
+            changeEnvironment({{"ORVAN_PACKED_VERSION", version}});
+            const Responder responder(
+                [](const std::string& query) { return std::vector{answerTo(query, "a.")}; });
+            std::array<std::uint8_t, 512> message{};
+            const bool isAnswered = mDNS_res_query("x.local.", 1, 33, message) > 0;
+            return std::to_string(isAnswered) + " " + std::to_string(responder.queries());
+        });
+        ORVAN_SKIP_WITHOUT_NETWORK(answer);
+        EXPECT_EQ(answer, isAsked ? "1 1" : "0 0") << version;
+    }
+}
+
 TEST(PrinterURL, takesTheFirstAnswerToItsQuestion) {
     using Answers = std::vector<std::string>;
     const std::tuple<const char*, Responder::Answers, const char*> cases[] = {
