@@ -407,8 +407,9 @@ std::string HTTPStream::charset() const {
     constexpr std::string_view kName = "charset=";
     const std::string type = transfer_->contentType();
     const auto sameLetter = [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == b; };
-    const auto found = std::ranges::search(type, kName, sameLetter);
-    std::string value(found.end(), type.end());
+    const auto found = std::search(type.begin(), type.end(), kName.begin(), kName.end(), sameLetter);
+    if (found == type.end()) return {};
+    std::string value(found + kName.size(), type.end());
     value.resize(std::min(value.find_first_of("; \t"), value.size()));
     std::erase(value, '"');
     return value;

@@ -10,12 +10,14 @@
 #include "Tests/Support/DerivedPPD.h"
 #include "Tests/Support/OwnNetwork.h"
 #include "Tests/Support/Processes.h"
+#include "Tests/Support/PublishedPrinter.h"
 #include "Tests/Support/SimulatedPrinter.h"
 #include "Tests/Support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <filesystem>
 #include <map>
 #include <sstream>
 #include <string>
@@ -188,6 +190,26 @@ TEST(CommandFilter, ReadsTheSchedulersCommunities) {
         folder.write("snmp.conf", text);
         EXPECT_EQ(snmpCommunities(folder.path()), names) << text;
     }
+}
+
+// By the name of a service alone: its host's address comes from the local network as well.
+TEST(CommandFilter, AsksADiscoveredPrinter) {
+    if (!std::filesystem::exists(PublishedPrinter::kDaemon))
+        GTEST_SKIP() << "no " << PublishedPrinter::kDaemon << " (Debian package avahi-daemon)";
+    const std::string answer = inOwnNetwork({}, [] {
+        const PublishedPrinter published;
+        const SimulatedPrinter printer({"--port", "80"});
+        std::string errors;
+        const bool isAnswered = eventually([&errors] { // when the daemon is ready
+            const Report report =
+                runFilter({.device = PublishedPrinter::kDevice, .commands = "com.orvan.Permissions"});
+            errors = report.errors;
+            return report.answer("com.orvan.Permissions").has_value();
+        });
+        return isAnswered ? "answered" : errors;
+    });
+    ORVAN_SKIP_WITHOUT_NETWORK(answer);
+    EXPECT_EQ(answer, "answered");
 }
 
 TEST(CommandFilter, SendsTheJobsCredentialsAndTellsNobody) {

@@ -100,7 +100,8 @@ TEST(XMLDocument, readsSingleByteEncodingsOfDeclarationAndCharset) {
         const std::string declaration =
             declared.empty() ? "" : "<?xml version='1.0' encoding='" + declared + "'?>";
         platform::Failure error;
-        const auto document = XMLDocument::parse(declaration + "<r>" + bytes + "</r>", error, charset);
+        const std::string root = "<r>" + bytes + "</r>";
+        const auto document = XMLDocument::parse(declaration + root, error, charset);
         ASSERT_NE(document, nullptr) << declared << charset << error.value_or("");
         EXPECT_EQ(document->rootElement()->stringValue(), text) << declared << charset;
     }
