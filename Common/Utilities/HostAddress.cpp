@@ -39,9 +39,11 @@ HostAddress findHostAddress(const std::string& host) {
         if (address || !lookup.valid()) return found(address);
     }
     if (isOver(lookup, start + kMaximumLookupTime)) return found(lookup.get());
-    return {{}, "the address of " + host + " could not be looked up within " +
-                    std::to_string(kMaximumLookupTime.count()) +
-                    " seconds, because this machine's name server does not answer"};
+    const std::string time = std::to_string(kMaximumLookupTime.count()) + " seconds";
+    if (isUnderLocal(host))
+        return {{}, "nobody on the local network told the address of " + host + " within " + time};
+    return {{}, "the address of " + host + " could not be looked up within " + time +
+                    ", because this machine's name server does not answer"};
 }
 
 bool isUnderLocal(std::string_view host) {

@@ -9,7 +9,7 @@ namespace orvan {
 
 struct HostAddress {
     std::string address; // IPv4 in dotted form; empty when none was found
-    std::string problem; // for people, a clause: that the resolver did not answer; empty when it did
+    std::string problem; // for people, a clause: that nobody answered in time; empty otherwise
 };
 
 // The system's resolver is waited for no longer than this.

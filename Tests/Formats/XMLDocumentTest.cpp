@@ -89,6 +89,7 @@ TEST(XMLDocument, readsSingleByteEncodingsOfDeclarationAndCharset) {
         {"iso-8859-15", "", "\xA4", "\u20AC"},
         {"windows-1252", "", "\x80\x84", "\u20AC\u201E"},
         {"Windows-1251", "", "\xC0", "\u0410"},
+        {"KOI8-R", "", "\xC1", "\u0430"},
         {"", "iso-8859-1", "\xFC", "\u00FC"},
         {"", "ISO-8859-7", "\xE1", "\u03B1"},
         {"", "windows-1250", "\xB9", "\u0105"},
