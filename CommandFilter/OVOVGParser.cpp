@@ -47,8 +47,9 @@ std::unique_ptr<OVOVGParser> OVOVGParser::initWithDocument(std::shared_ptr<const
     return std::unique_ptr<OVOVGParser>(new OVOVGParser(std::move(doc)));
 }
 
-std::unique_ptr<OVOVGParser> OVOVGParser::initWithData(std::string_view data, platform::Failure& error) {
-    auto doc = platform::XMLDocument::parse(data, error);
+std::unique_ptr<OVOVGParser> OVOVGParser::initWithData(
+    std::string_view data, platform::Failure& error, const std::string& charset) {
+    auto doc = platform::XMLDocument::parse(data, error, charset);
     if (doc != nullptr) return initWithDocument(std::move(doc));
     platform::systemLog("Could not parse " + *error);
     return nullptr;

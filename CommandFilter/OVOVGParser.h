@@ -27,9 +27,10 @@ public:
     // A parser of a null document writes nothing.
     static std::unique_ptr<OVOVGParser> initWithDocument(std::shared_ptr<const platform::XMLDocument> doc);
     // Null, and a line in the system log, when the bytes are no document (XMLDocument::parse); error then
-    // says what is wrong with them, and where.
-    static std::unique_ptr<OVOVGParser> initWithData(
-        std::string_view data, platform::Failure& error = platform::ignoredFailure());
+    // says what is wrong with them, and where. The charset is that of the web server's answer
+    // (FetchResult::charset).
+    static std::unique_ptr<OVOVGParser> initWithData(std::string_view data,
+        platform::Failure& error = platform::ignoredFailure(), const std::string& charset = {});
 
     // What it reads; null for a null document.
     const platform::XMLDocument* document() const { return _doc.get(); }

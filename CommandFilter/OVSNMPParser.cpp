@@ -12,6 +12,7 @@ std::int32_t integerOf(const platform::PropertyList& value) {
     using Limits = std::numeric_limits<std::int32_t>;
     if (const std::string* text = value.asString()) return leadingInteger(*text);
     if (const auto number = value.asInteger()) return nearestInteger(*number);
+    if (const auto boolean = value.asBoolean()) return *boolean ? 1 : 0;
     if (value.asUnsignedInteger()) return Limits::max();
     if (const auto real = value.asReal(); real && *real == *real)
         return static_cast<std::int32_t>(std::clamp<double>(*real, Limits::min(), Limits::max()));

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <vector>
 
 namespace orvan {
 namespace {
@@ -14,6 +15,7 @@ constexpr std::size_t kMaximumName = 255; // bytes, with length bytes and the ro
 constexpr std::size_t kSRVDataBeforeTarget = 6;
 
 constexpr const char* kRanOff = "decode error, ran off the buffer";
+constexpr const char* kNoData = "decode error, packet too short for reported rr length";
 
 void say(const char* message) {
     if (!DNSMessages::take(message)) std::puts(message);
@@ -52,9 +54,8 @@ RecordFault readRecord(std::size_t* position, DNSBytes message, Record* record) 
     const std::size_t length = cursor.number().value_or(0);
     *position = record->dataPosition = cursor.position();
     const std::optional<DNSBytes> data = cursor.bytes(length);
-    const bool isWhole = data && (record->type != kDNSTypeSRV || length >= kSRVDataBeforeTarget);
-    if (!isWhole) {
-        say("decode error, packet too short for reported rr length");
+    if (!data) {
+        say(kNoData);
         return RecordFault::data;
     }
     record->data = *data;
@@ -71,8 +72,9 @@ int decode_name(std::size_t* position, DNSBytes message, std::string* destinatio
     if (destination != nullptr) destination->clear();
     constexpr const char* kPastEnd = "\ndecode error, name extends past end of packet";
     DNSCursor cursor(message, *position);
-    std::size_t lastTarget = *position;
-    std::size_t size = 1; // the root's byte
+    const std::size_t start = *position;
+    std::vector<bool> targets; // by position; empty before the first pointer
+    std::size_t size = 1;      // the root's byte
     bool hasJumped = false;
     for (;;) {
         const std::optional<std::uint8_t> length = cursor.byte();
@@ -86,9 +88,10 @@ int decode_name(std::size_t* position, DNSBytes message, std::string* destinatio
             const std::size_t target = (*length & ~kPointerBits) << 8U | *low;
             if (target >= *position)
                 return fail(kNameOffsetInvalid, "\ndecode error, compression offset invalid!");
-            if (target >= lastTarget)
+            if (targets.empty()) targets.resize(message.size());
+            if (target == start || targets[target])
                 return fail(kNameLoop, "\ndecode error, compression offset yields loop!");
-            lastTarget = target;
+            targets[target] = true;
             cursor.moveTo(target);
             continue;
         }
@@ -109,6 +112,7 @@ int decode_srv(std::size_t* position, DNSBytes message, std::string* target, std
     const RecordFault fault = readRecord(position, message, &record);
     if (fault != RecordFault::none) return kSRVCodes[static_cast<std::size_t>(fault)];
     if (record.type == kDNSTypeSRV) {
+        if (record.data.size() < kSRVDataBeforeTarget) return fail(kSRVDataInvalid, kNoData);
         constexpr std::size_t kPortPosition = 4;
         if (port != nullptr) std::memcpy(port, record.data.subspan(kPortPosition).data(), sizeof *port);
         std::size_t targetPosition = record.dataPosition + kSRVDataBeforeTarget;

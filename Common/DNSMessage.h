@@ -24,15 +24,15 @@ inline constexpr std::uint16_t kDNSClassIN = 1;
 inline constexpr std::uint16_t kDNSTypeTXT = 16;
 inline constexpr std::uint16_t kDNSTypeSRV = 33;
 
-inline constexpr int kNameOffsetInvalid = -2; // a pointer that does not lead before the name
+inline constexpr int kNameOffsetInvalid = -2; // a pointer that does not lead before the name's end
 inline constexpr int kNamePastEnd = -3;
-inline constexpr int kNameLoop = -4;         // a pointer that does not lead before the last pointer's target
+inline constexpr int kNameLoop = -4; // a pointer to the name's beginning, or to where one has led already
 inline constexpr int kNameLabelInvalid = -5; // a label's length above 63
 inline constexpr int kNameTooLong = -6;      // above 255 bytes, RFC 1035 section 2.3.4
 
-// Each label followed by a dot, the last one too; the root is empty text. Labels are copied as they are. A
-// pointer is followed only to what lies before everything that the name has consisted of so far. The
-// destination may be null. A name that begins with a pointer or ends with one is left behind that pointer.
+// Each label followed by a dot, the last one too; the root is empty text. Labels are copied as they are. The
+// name's end is behind its first pointer; every pointer is followed to where it leads before that, once. The
+// destination may be null.
 int decode_name(std::size_t* position, DNSBytes message, std::string* destination);
 
 inline constexpr int kSRVOutside = -1;

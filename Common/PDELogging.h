@@ -4,7 +4,8 @@
 //
 // The object is a pointer to one of any class, or null. Format and arguments are those of
 // Formats/TextFormat.h; the object's description is plain text and takes no argument. Each call writes one
-// line, always. Callable from any thread.
+// line, always: a line feed, a NUL, a carriage return and a tabulator in it are shown as "\n", "\0", "\r" and
+// "\t". Callable from any thread.
 #pragma once
 
 #include "Formats/TextFormat.h"

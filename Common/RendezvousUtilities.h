@@ -30,6 +30,14 @@ inline constexpr std::chrono::seconds kMaximumMulticastTime{6};
 // checked.
 int mDNS_res_query(const char* name, int queryClass, int type, std::span<std::uint8_t> answer);
 
+// The same for who has to do with real networks: an interface that cannot send does not keep the others from
+// being asked, and an empty datagram, or one that cannot be read, is not the answer.
+int askLocalNetwork(const char* name, int queryClass, int type, std::span<std::uint8_t> answer);
+
+// The first IPv4 address that the local network knows for a host under "local", asked as above; nothing when
+// nobody answers with one.
+std::optional<in_addr> addressUnderLocal(const std::string& host);
+
 // The host's IPv4 address in dotted form, or the host as it was when it has none. No host, no result. Of
 // the given vocabulary; nothing here calls it.
 std::optional<std::string> ResolveToIP(const std::optional<std::string>& host);

@@ -3,10 +3,11 @@
 #include <cxxabi.h>
 
 #include <algorithm>
-#include <cctype>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
+#include <system_error>
 
 namespace platform {
 namespace {
@@ -31,12 +32,33 @@ std::optional<std::string> print(const std::string& conversion, T value) {
     return text;
 }
 
-// A conversion as far as printf's own work goes: "%", flags, width and precision.
 struct Conversion {
-    std::string head = "%";
+    std::string flags;
+    std::optional<int> width;                 // a negative one is for the left side
+    std::optional<int> precision;             // a negative one is none
     std::size_t size = sizeof(std::uint64_t); // bytes that the length modifier leaves
     char kind = '\0';
 };
+
+// As far as printf's own work goes.
+std::string headOf(const Conversion& conversion) {
+    std::string head = "%" + conversion.flags;
+    if (conversion.width) head += std::to_string(*conversion.width);
+    if (conversion.precision && *conversion.precision >= 0)
+        head.append(".").append(std::to_string(*conversion.precision));
+    return head;
+}
+
+// What printf does with %s, for a text that may have a NUL in it.
+std::string fitted(const Conversion& conversion, std::string text) {
+    const int precision = conversion.precision.value_or(-1);
+    if (precision >= 0) text.resize(std::min(text.size(), static_cast<std::size_t>(precision)));
+    const std::int64_t width = conversion.width.value_or(0);
+    const auto least = static_cast<std::size_t>(std::abs(width));
+    if (text.size() >= least) return text;
+    const bool isLeft = width < 0 || contains(conversion.flags, '-');
+    return text.insert(isLeft ? text.size() : 0, least - text.size(), ' ');
+}
 
 std::int64_t signedOf(const FormatValue::Integer& number, std::size_t size) {
     const std::size_t unused = 64 - 8 * std::min(size, number.size);
@@ -63,15 +85,16 @@ std::optional<std::string> expandOne(const Conversion& conversion, const FormatV
     const auto* const real = std::get_if<double>(&value.value());
     const auto* const pointer = std::get_if<FormatValue::Pointer>(&value.value());
     const char kind = conversion.kind;
+    const std::string head = headOf(conversion);
     if (number != nullptr && contains(kSigned, kind))
-        return print(conversion.head + "jd", std::intmax_t{signedOf(*number, conversion.size)});
+        return print(head + "jd", std::intmax_t{signedOf(*number, conversion.size)});
     if (number != nullptr && contains(kUnsigned, kind))
-        return print(conversion.head + "j" + kind, std::uintmax_t{unsignedOf(*number, conversion.size)});
+        return print(head + "j" + kind, std::uintmax_t{unsignedOf(*number, conversion.size)});
     if (number != nullptr && kind == 'c')
-        return print(conversion.head + kind, static_cast<int>(signedOf(*number, sizeof(int))));
-    if (real != nullptr && contains(kReals, kind)) return print(conversion.head + kind, *real);
-    if (pointer != nullptr && kind == 'p') return print(conversion.head + kind, pointer->address);
-    return print(conversion.head + "s", plainText(value).c_str());
+        return fitted(conversion, std::string(1, static_cast<char>(signedOf(*number, sizeof(int)))));
+    if (real != nullptr && contains(kReals, kind)) return print(head + kind, *real);
+    if (pointer != nullptr && kind == 'p') return print(head + kind, pointer->address);
+    return fitted(conversion, plainText(value));
 }
 
 class Expansion {
@@ -99,12 +122,14 @@ private:
     std::optional<std::string> conversion() {
         ++position_;
         Conversion found;
+        const std::optional<int> place = placeOfValue();
         while (contains(kFlags, peek()))
-            found.head += take();
-        if (!number(found.head)) return std::nullopt;
+            found.flags += take();
+        if (!readNumber(found.width)) return std::nullopt;
         if (peek() == '.') {
-            found.head += take();
-            if (!number(found.head)) return std::nullopt;
+            take();
+            if (!readNumber(found.precision)) return std::nullopt;
+            if (!found.precision) found.precision = 0;
         }
         while (contains(kLengths, peek()))
             if (take() == 'h') found.size = found.size > 2 ? 2 : 1;
@@ -113,28 +138,50 @@ private:
         constexpr std::string_view kOthers = "csp@";
         const bool isKnown = contains(kSigned, found.kind) || contains(kUnsigned, found.kind) ||
                              contains(kReals, found.kind) || contains(kOthers, found.kind);
-        if (!isKnown || values_.empty()) return std::nullopt;
-        return expandOne(found, nextValue());
+        const FormatValue* const value = isKnown ? valueAt(place) : nullptr;
+        return value != nullptr ? expandOne(found, *value) : std::nullopt;
     }
 
-    // A width or precision; without digits there is none.
-    bool number(std::string& head) {
-        if (peek() == '*') {
+    // Digits; nothing, and the position stays, when there are none.
+    std::optional<int> digits() {
+        int number = 0;
+        const std::string_view rest = format_.substr(position_);
+        const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
+        if (error != std::errc() || number < 0) return std::nullopt;
+        position_ += static_cast<std::size_t>(end - rest.data());
+        return number;
+    }
+
+    // The "2$" of a conversion that names its value; nothing, and the position stays, for others.
+    std::optional<int> placeOfValue() {
+        const std::size_t start = position_;
+        const std::optional<int> place = digits();
+        if (place && peek() == '$') {
             take();
-            if (values_.empty()) return false;
-            const auto* const given = std::get_if<FormatValue::Integer>(&nextValue().value());
-            if (given != nullptr) head += std::to_string(signedOf(*given, sizeof(int)));
-            return given != nullptr;
+            return place;
         }
-        while (std::isdigit(static_cast<unsigned char>(peek())) != 0)
-            head += take();
-        return true;
+        position_ = start;
+        return std::nullopt;
     }
 
-    const FormatValue& nextValue() {
-        const FormatValue& value = values_.front();
-        values_ = values_.subspan(1);
-        return value;
+    // A width or precision; without digits there is none. False when it wants a value that does not fit.
+    bool readNumber(std::optional<int>& number) {
+        if (peek() != '*') {
+            number = digits();
+            return true;
+        }
+        take();
+        const FormatValue* const value = valueAt(placeOfValue());
+        const auto* const given =
+            value != nullptr ? std::get_if<FormatValue::Integer>(&value->value()) : nullptr;
+        if (given != nullptr) number = static_cast<int>(signedOf(*given, sizeof(int)));
+        return given != nullptr;
+    }
+
+    // The next one unless the place is given, which counts from 1; null when there is none.
+    const FormatValue* valueAt(std::optional<int> place) {
+        const std::size_t index = place ? static_cast<std::size_t>(*place) - 1 : next_++;
+        return index < values_.size() ? &values_[index] : nullptr;
     }
 
     // NUL at the end, which is no part of any conversion.
@@ -144,6 +191,7 @@ private:
     std::string_view format_;
     std::span<const FormatValue> values_;
     std::size_t position_ = 0;
+    std::size_t next_ = 0; // of the values
 };
 
 } // namespace

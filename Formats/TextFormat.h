@@ -65,10 +65,10 @@ private:
     Value value_;
 };
 
-// The format with its conversions replaced by the values in turn. Flags, width and precision (numbers or "*")
-// count; of the length modifiers only h and hh do, because a value knows its size. A conversion that does not
-// fit its value's kind gives the value's plain text. One without a value, an unknown one and %n stand in the
-// answer as they stand in the format.
+// The format with its conversions replaced by the values in turn, or by those that they name ("%2$s", from
+// 1). Flags, width and precision (numbers, "*" or "*2$") count; of the length modifiers only h and hh do,
+// because a value knows its size. A conversion that does not fit its value's kind gives the value's plain
+// text. One without a value, an unknown one and %n stand in the answer as they stand in the format.
 std::string formatText(std::string_view format, std::span<const FormatValue> values);
 
 } // namespace platform

@@ -17,6 +17,10 @@ std::string_view XMLNode::stringValue() const {
 }
 
 XMLAttribute XMLNode::attributeAtIndex(std::size_t index) const {
+    return writtenAttribute(index);
+}
+
+XMLAttribute XMLNode::writtenAttribute(std::size_t index) const {
     const XMLDocument::Attribute& attribute = document_->attributes_[firstAttribute_ + index];
     const std::string_view names = document_->names_;
     return {names.substr(attribute.nameStart, attribute.nameLength),
@@ -76,33 +80,33 @@ void appendEscaped(std::string& out, std::string_view text, bool inAttribute) {
     }
 }
 
-void appendStart(std::string& out, const XMLNode& node) {
-    switch (node.kind()) {
-    case XMLNode::Kind::text:
-        return appendEscaped(out, node.stringValue(), false);
-    case XMLNode::Kind::comment:
-        out.append("<!--").append(node.stringValue()).append("-->");
+} // namespace
+
+void XMLNode::appendStart(std::string& out) const {
+    switch (kind_) {
+    case Kind::text:
+        return appendEscaped(out, stringValue(), false);
+    case Kind::comment:
+        out.append("<!--").append(stringValue()).append("-->");
         return;
-    case XMLNode::Kind::element:
-        out.append("<").append(node.name());
-        for (std::size_t i = 0; i < node.attributeCount(); ++i) {
-            const XMLAttribute attribute = node.attributeAtIndex(i);
+    case Kind::element:
+        out.append("<").append(name());
+        for (std::size_t i = 0; i < std::size_t{attributeCount_} + declarationCount_; ++i) {
+            const XMLAttribute attribute = writtenAttribute(i);
             out.append(" ").append(attribute.name).append("=\"");
             appendEscaped(out, attribute.value, true);
             out += '"';
         }
-        out += node.childCount() == 0 ? "/>" : ">";
+        out += childCount_ == 0 ? "/>" : ">";
     }
 }
-
-} // namespace
 
 std::string XMLNode::xmlText(std::size_t maximum) const {
     std::string out;
     const XMLNode* node = this;
     while (true) {
         if (out.size() > maximum) return std::string(prefixOfUTF8(out, maximum));
-        appendStart(out, *node);
+        node->appendStart(out);
         if (node->childCount() != 0) {
             node = node->firstChild();
             continue;

@@ -38,7 +38,8 @@ public:
     // text.
     std::string_view stringValue() const;
 
-    // In document order. Empty for text and comments.
+    // In document order, without the declarations of namespaces ("xmlns", "xmlns:..."). Empty for text and
+    // comments.
     std::size_t attributeCount() const { return attributeCount_; }
     XMLAttribute attributeAtIndex(std::size_t index) const; // index < attributeCount()
     // The value of the attribute of a name; nothing when there is none.
@@ -67,6 +68,10 @@ private:
     friend class XMLDocument;
     friend class XMLDocumentBuilder;
 
+    // Of the attributes and, behind them, the declarations.
+    XMLAttribute writtenAttribute(std::size_t index) const;
+    void appendStart(std::string& out) const;
+
     const XMLDocument* document_ = nullptr;
     Kind kind_ = Kind::element;
     // Places in the document's vectors and texts. A node's descendants are the nodes from behind it to end_.
@@ -76,7 +81,8 @@ private:
     std::uint32_t childCount_ = 0;
     std::uint32_t firstAttribute_ = 0;
     std::uint32_t attributeCount_ = 0;
-    std::uint32_t nameStart_ = 0; // in names_; for a comment its text
+    std::uint32_t declarationCount_ = 0; // of namespaces; behind the attributes
+    std::uint32_t nameStart_ = 0;        // in names_; for a comment its text
     std::uint32_t nameLength_ = 0;
     std::uint32_t textStart_ = 0; // in text_
     std::uint32_t textLength_ = 0;
@@ -87,17 +93,21 @@ public:
     // Limits of what is read.
     static constexpr std::size_t kMaximumSize = std::size_t{1} << 20U; // bytes
     static constexpr std::size_t kMaximumDepth = 256;                  // elements
-    static constexpr std::size_t kMaximumAttributes = 256;             // of one element
+    static constexpr std::size_t kMaximumAttributes = 256; // of one element, declarations among them
 
-    // Reads a document. Null when it is not well-formed, exceeds a limit, declares an encoding that expat
-    // does not know, or has a document type with an internal subset; then `error` says what is
+    // Reads a document. Null when it is not well-formed, exceeds a limit, is in an encoding that is not
+    // known, or has a document type with an internal subset; then `error` says what is
     // wrong and in which line.
+    //
+    // Known are UTF-8, UTF-16, ASCII and the single-byte encodings of Formats/SingleByteEncoding.h. The
+    // charset, which came with the document (in Content-Type, RFC 7303), counts where neither the first bytes
+    // nor the XML declaration name one; empty: none came, and the document is UTF-8 then.
     //
     // Contiguous characters, whichever way they are written, are one text node, and none when they are all
     // white space. Processing instructions are passed over. An external document type is never fetched, an
     // entity that it might define is an error in text and stands for nothing in an attribute.
     static std::shared_ptr<const XMLDocument> parse(
-        std::string_view bytes, Failure& error = ignoredFailure());
+        std::string_view bytes, Failure& error = ignoredFailure(), const std::string& charset = {});
 
     XMLDocument(const XMLDocument&) = delete;
     XMLDocument& operator=(const XMLDocument&) = delete;

@@ -1,17 +1,19 @@
 #include "Formats/ExpatParser.h"
+#include "Formats/SingleByteEncoding.h"
 #include "Formats/XMLDocument.h"
 
 #include <strings.h>
 
 #include <algorithm>
 #include <climits>
+#include <span>
 
 namespace platform {
 
 // Receives expat's events in document order, which is also the order in which nodes and texts are stored.
 class XMLDocumentBuilder {
 public:
-    XMLDocumentBuilder(XML_Parser parser, std::size_t size)
+    XMLDocumentBuilder(XML_Parser parser, std::size_t size, std::string_view charset)
         : parser_(parser), result_(new XMLDocument), document_(*result_) {
         XML_SetUserData(parser, this);
         XML_SetElementHandler(parser, &XMLDocumentBuilder::onStart, &XMLDocumentBuilder::onEnd);
@@ -20,6 +22,8 @@ public:
         XML_SetXmlDeclHandler(parser, &XMLDocumentBuilder::onDeclaration);
         XML_SetStartDoctypeDeclHandler(parser, &XMLDocumentBuilder::onDoctype);
         XML_SetSkippedEntityHandler(parser, &XMLDocumentBuilder::onSkippedEntity);
+        XML_SetUnknownEncodingHandler(parser, &XMLDocumentBuilder::onEncoding, this);
+        noteEncoding(charset);
         document_.nodes_.reserve(size / kBytesOfNode);
         document_.names_.reserve(size / 2);
         document_.text_.reserve(size / 4);
@@ -27,8 +31,8 @@ public:
 
     std::shared_ptr<const XMLDocument> build(std::string_view bytes, std::string& error) {
         // XML 1.0 appendix F.1: UTF-16, with a byte order mark or without
-        isUTF8_ =
-            bytes.substr(0, 2).find_first_of(std::string_view("\0\xFE\xFF", 3)) == std::string_view::npos;
+        if (bytes.substr(0, 2).find_first_of(std::string_view("\0\xFE\xFF", 3)) != std::string_view::npos)
+            isUTF8_ = false;
         const auto status = XML_Parse(parser_, bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
         if (status != XML_STATUS_OK && error_.empty()) fail(XML_ErrorString(XML_GetErrorCode(parser_)));
         if (!error_.empty()) {
@@ -54,12 +58,21 @@ private:
     }
     static void XMLCALL onComment(void* self, const XML_Char* text) { of(self).comment(text); }
     static void XMLCALL onDeclaration(void* self, const XML_Char*, const XML_Char* encoding, int) {
-        if (encoding != nullptr && strcasecmp(encoding, "UTF-8") != 0) of(self).isUTF8_ = false;
+        if (encoding != nullptr) of(self).noteEncoding(encoding);
     }
     static void XMLCALL onDoctype(
         void* self, const XML_Char*, const XML_Char*, const XML_Char*, int hasInternalSubset) {
         if (hasInternalSubset != 0)
             of(self).fail("the document type has an internal subset, which is not allowed");
+    }
+    // Expat knows a few encodings, and asks for the others.
+    static int XMLCALL onEncoding(void* self, const XML_Char* name, XML_Encoding* encoding) {
+        encoding->data = nullptr;
+        encoding->convert = nullptr;
+        encoding->release = nullptr;
+        if (fillSingleByteEncoding(name, std::span(encoding->map))) return XML_STATUS_OK;
+        of(self).fail("the encoding \"" + std::string(name) + "\" is not known");
+        return XML_STATUS_ERROR;
     }
     static void XMLCALL onSkippedEntity(void* self, const XML_Char* name, int) {
         of(self).fail("the entity \"" + std::string(name) + "\" is not defined");
@@ -72,6 +85,10 @@ private:
         error_ = expatPosition(parser_) + ": ";
         error_ += reason;
         XML_StopParser(parser_, XML_FALSE);
+    }
+
+    void noteEncoding(std::string_view name) {
+        if (!name.empty() && strcasecmp(std::string(name).c_str(), "UTF-8") != 0) isUTF8_ = false;
     }
 
     // Of the characters up to the space, a document can have only white space (XML 1.0 section 2.2).
@@ -109,16 +126,27 @@ private:
         node.nameLength_ = small(name.size());
         document_.names_ += name;
         node.firstAttribute_ = small(document_.attributes_.size());
-        for (; attributes[0] != nullptr; attributes += 2) {
-            if (node.attributeCount_ == XMLDocument::kMaximumAttributes)
-                return fail("an element has too many attributes");
+        for (const XML_Char** one = attributes; *one != nullptr; one += 2)
             ++node.attributeCount_;
-            const std::string_view attributeName = attributes[0];
+        if (node.attributeCount_ > XMLDocument::kMaximumAttributes)
+            return fail("an element has too many attributes");
+        addAttributes(attributes, false);
+        const std::size_t count = document_.attributes_.size() - node.firstAttribute_;
+        addAttributes(attributes, true);
+        node.declarationCount_ = node.attributeCount_ - small(count);
+        node.attributeCount_ = small(count);
+    }
+
+    // The declarations of namespaces, or all others.
+    void addAttributes(const XML_Char** attributes, bool declarations) {
+        for (; attributes[0] != nullptr; attributes += 2) {
+            const std::string_view name = attributes[0];
             const std::string_view value = attributes[1];
-            if (!isName(attributeName)) return fail(XML_ErrorString(XML_ERROR_INVALID_TOKEN));
+            if ((name == "xmlns" || name.starts_with("xmlns:")) != declarations) continue;
+            if (!isName(name)) return fail(XML_ErrorString(XML_ERROR_INVALID_TOKEN));
             document_.attributes_.push_back(
-                {small(document_.names_.size()), small(attributeName.size()), small(value.size())});
-            document_.names_.append(attributeName).append(value);
+                {small(document_.names_.size()), small(name.size()), small(value.size())});
+            document_.names_.append(name).append(value);
         }
     }
 
@@ -182,19 +210,35 @@ private:
     bool isUTF8_ = true;
 };
 
-std::shared_ptr<const XMLDocument> XMLDocument::parse(std::string_view bytes, Failure& error) {
+namespace {
+
+// Whether the document says itself how it is encoded: by its first bytes, or in its declaration (XML 1.0,
+// appendix F).
+bool namesEncoding(std::string_view bytes) {
+    if (bytes.starts_with("\xEF\xBB\xBF") || bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"))
+        return true;
+    if (bytes.substr(0, 2).find('\0') != std::string_view::npos) return true;
+    const std::string_view declaration = bytes.substr(0, bytes.find("?>"));
+    return declaration.starts_with("<?xml") && declaration.find("encoding") != std::string_view::npos;
+}
+
+} // namespace
+
+std::shared_ptr<const XMLDocument> XMLDocument::parse(
+    std::string_view bytes, Failure& error, const std::string& charset) {
     if (bytes.size() > kMaximumSize) {
         error = "the document has " + std::to_string(bytes.size()) + " bytes; " +
                 std::to_string(kMaximumSize) + " are the most that is read";
         return nullptr;
     }
-    const ExpatParser parser(XML_ParserCreate(nullptr));
+    const std::string encoding = namesEncoding(bytes) ? "" : charset;
+    const ExpatParser parser(XML_ParserCreate(encoding.empty() ? nullptr : encoding.c_str()));
     if (!parser) {
         error = "out of memory";
         return nullptr;
     }
     std::string reason;
-    auto document = XMLDocumentBuilder(parser.get(), bytes.size()).build(bytes, reason);
+    auto document = XMLDocumentBuilder(parser.get(), bytes.size(), encoding).build(bytes, reason);
     if (document == nullptr) error = std::move(reason);
     return document;
 }

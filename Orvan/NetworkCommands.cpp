@@ -1,5 +1,6 @@
 // "orvan url" and "orvan ping": where a printer is, and whether it is there.
 #include "Common/SimplePing.h"
+#include "Common/Utilities/HostAddress.h"
 #include "Common/Utilities/HostContact.h"
 #include "Common/Utilities/PrinterURL.h"
 #include "Common/Utilities/URIParts.h"
@@ -82,10 +83,15 @@ int ping(const Arguments& arguments) {
     const std::string host = isURL ? parts->host : target;
     ProgressLine line;
     line.show("Waiting for " + host);
-    const int result = SimplePing(host.c_str(), wholeNumber(arguments, "--count", kDefaultCount),
-        wholeNumber(arguments, "--timeout", kDefaultTimeout), false);
+    const HostAddress found = findHostAddress(host);
+    const std::string& asked = found.address.empty() ? host : found.address;
+    // A name that nobody looks up in time has no address.
+    const int result = found.problem.empty()
+                           ? SimplePing(asked.c_str(), wholeNumber(arguments, "--count", kDefaultCount),
+                                 wholeNumber(arguments, "--timeout", kDefaultTimeout), false)
+                           : -1;
     line.show({});
-    const std::string problem = explainPing(result, host);
+    const std::string problem = found.problem.empty() ? explainPing(result, host) : found.problem;
     if (arguments.has("--json"))
         std::cout << jsonText(Json{{"schemaVersion", 1}, {"host", host}, {"reachable", result == 0},
                          {"problem", problem}})

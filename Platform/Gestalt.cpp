@@ -26,6 +26,18 @@ std::optional<Release> parseRelease(std::string_view text) {
     return std::nullopt;
 }
 
+std::optional<std::int32_t> packedVersion() {
+    const char* const set = std::getenv("ORVAN_PACKED_VERSION");
+    std::string_view text = set != nullptr ? set : "";
+    if (text.starts_with("0x")) text.remove_prefix(2);
+    constexpr int kHexadecimal = 16;
+    std::int32_t version = 0;
+    const char* const last = text.data() + text.size();
+    const auto [end, error] = std::from_chars(text.data(), last, version, kHexadecimal);
+    const bool isWhole = error == std::errc() && end == last && version >= 0;
+    return isWhole ? std::optional(version) : std::nullopt;
+}
+
 } // namespace
 
 std::string systemRelease() {
@@ -42,6 +54,11 @@ std::string systemRelease() {
 }
 
 std::int32_t Gestalt(std::uint32_t selector, std::int32_t* answer) {
+    if (selector == kGestaltSystemVersion) {
+        const std::optional<std::int32_t> version = packedVersion();
+        if (version) *answer = *version;
+        return version ? 0 : kGestaltUndefinedSelector;
+    }
     std::size_t position = 0;
     switch (selector) {
     case kGestaltSystemVersionMajor:

@@ -24,7 +24,8 @@ inline constexpr std::int32_t kGestaltUndefinedSelector = -5551;
 
 // 0 when the fact is known, and then it is in *answer; otherwise kGestaltUndefinedSelector and *answer is as
 // it was. The three release numbers are those of systemRelease() ("10.6.8"; missing positions count as 0).
-// The packed version is never known here.
+// The packed version is that of the environment variable ORVAN_PACKED_VERSION ("0x1040"), and not known
+// without it: the resolvers of this platform do not all know "local", which it would stand for.
 std::int32_t Gestalt(std::uint32_t selector, std::int32_t* answer);
 
 // The release that the process stands for: that of the environment variable ORVAN_SYSTEM_RELEASE. Unset,

@@ -5,9 +5,11 @@
 #include <curl/curl.h>
 #include <openssl/ssl.h>
 #include <openssl/x509.h>
+#include <strings.h>
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <exception>
 #include <span>
 #include <string_view>
@@ -27,6 +29,9 @@ struct CleanUpMulti {
 struct CleanUpURL {
     void operator()(CURLU* url) const { curl_url_cleanup(url); }
 };
+struct FreeList {
+    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+};
 struct FreeText {
     void operator()(char* text) const { curl_free(text); }
 };
@@ -43,14 +48,25 @@ std::string partOf(CURLU* url, CURLUPart part) {
     return text != nullptr ? text : "";
 }
 
-// "host:port" of a URL of an HTTP or HTTPS server; empty when it is none.
-std::string serverOf(const std::string& text) {
+struct Server {
+    std::string host;
+    std::string port;
+};
+
+// That of a URL of an HTTP or HTTPS server; nothing when it is none.
+std::optional<Server> separateServer(const std::string& text) {
     const std::unique_ptr<CURLU, CleanUpURL> url(curl_url());
-    if (url == nullptr || text.find('\0') != std::string::npos) return {};
-    if (curl_url_set(url.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK) return {};
+    if (url == nullptr || text.find('\0') != std::string::npos) return std::nullopt;
+    if (curl_url_set(url.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK) return std::nullopt;
     const std::string scheme = partOf(url.get(), CURLUPART_SCHEME);
-    if (scheme != "http" && scheme != "https") return {};
-    return partOf(url.get(), CURLUPART_HOST) + ":" + partOf(url.get(), CURLUPART_PORT);
+    if (scheme != "http" && scheme != "https") return std::nullopt;
+    return Server{partOf(url.get(), CURLUPART_HOST), partOf(url.get(), CURLUPART_PORT)};
+}
+
+// "host:port" of the same; empty when it is none.
+std::string serverOf(const std::string& text) {
+    const std::optional<Server> server = separateServer(text);
+    return server ? server->host + ":" + server->port : "";
 }
 
 } // namespace
@@ -80,7 +96,10 @@ public:
     ~Transfer() { stop(); }
 
     bool prepare(const HTTPRequest& request, const TLSSettings& tls);
-    bool follow(bool follows) { return set(CURLOPT_FOLLOWLOCATION, follows ? 1L : 0L); }
+    bool follow(bool follows) {
+        follows_ = follows;
+        return set(CURLOPT_FOLLOWLOCATION, follows ? 1L : 0L);
+    }
     bool connectOnly() { return set(CURLOPT_CONNECT_ONLY, 1L); }
     bool start();
     void stop();
@@ -88,19 +107,28 @@ public:
     // Whether there are bytes, or there will be no more.
     bool hasAnswer() const { return !buffer_.empty() || ended_; }
     bool hasBytes() const { return !buffer_.empty(); }
+    bool hasHeader() const { return header_ == Header::complete; }
+    bool isAnswering() const { return header_ != Header::awaited; }
     CURLcode result() const { return result_; }
     long responseStatus() const { return information<long>(CURLINFO_RESPONSE_CODE, 0); }
 
-    void proceed(std::chrono::milliseconds slice);
+    void proceed(std::chrono::milliseconds slice, bool untilHeader);
     void take(std::string& bytes, std::size_t maximum);
     std::string redirectURL() const {
         const char* const url = information<const char*>(CURLINFO_REDIRECT_URL, nullptr);
         return url != nullptr ? url : "";
     }
+    std::string contentType() const {
+        const char* const type = information<const char*>(CURLINFO_CONTENT_TYPE, nullptr);
+        return type != nullptr ? type : "";
+    }
     std::string server() const;
     HTTPTransferFailure failure() const;
 
 private:
+    // That of the answer whose body is read.
+    enum class Header : std::uint8_t { awaited, begun, complete };
+
     // libcurl delivers pieces of 16 KiB at most.
     static constexpr std::size_t kBufferSize = std::size_t{4} * CURL_MAX_WRITE_SIZE;
 
@@ -117,20 +145,27 @@ private:
         return curl_easy_getinfo(easy_.get(), which, &value) == CURLE_OK ? value : otherwise;
     }
     bool setCredentials(const HTTPRequest& request);
+    bool setAddress(const HTTPRequest& request);
     bool setTLS(const TLSSettings& tls);
     void end(CURLcode result);
     static CURLcode prepareTLS(CURL*, void* context, void* transfer);
     static int examine(X509_STORE_CTX* store, void* transfer);
+    void noteHeader(std::string_view line);
     static std::size_t receive(char* bytes, std::size_t, std::size_t size, void* receiver);
+    static std::size_t receiveHeader(char* bytes, std::size_t, std::size_t size, void* receiver);
 
     std::string url_;
     TLSSettings tls_;
     std::array<char, CURL_ERROR_SIZE> details_{};
     std::string buffer_; // what has come and is not read
+    std::unique_ptr<curl_slist, FreeList> addresses_;
     std::unique_ptr<CURLM, CleanUpMulti> multi_;
     std::unique_ptr<CURL, CleanUp> easy_;
     bool isAdded_ = false; // to multi_
     bool isPaused_ = false;
+    bool follows_ = false;    // redirects
+    bool isRedirect_ = false; // what the header that has begun is of
+    Header header_ = Header::awaited;
     bool ended_ = false;
     CURLcode result_ = CURLE_OK; // when it has ended
 };
@@ -147,7 +182,24 @@ bool HTTPStream::Transfer::prepare(const HTTPRequest& request, const TLSSettings
            set(CURLOPT_NOPROXY, "*") && set(CURLOPT_NETRC, long{CURL_NETRC_IGNORED}) &&
            set(CURLOPT_PROTOCOLS_STR, "http,https") && set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https") &&
            set(CURLOPT_MAXREDIRS, long{kMaximumRedirects}) && set(CURLOPT_WRITEFUNCTION, &receive) &&
-           set(CURLOPT_WRITEDATA, this) && setCredentials(request) && setTLS(tls);
+           set(CURLOPT_WRITEDATA, this) && set(CURLOPT_HEADERFUNCTION, &receiveHeader) &&
+           set(CURLOPT_HEADERDATA, this) && setCredentials(request) && setAddress(request) && setTLS(tls);
+}
+
+// libcurl looks some names up without their final dot.
+bool HTTPStream::Transfer::setAddress(const HTTPRequest& request) {
+    const std::optional<Server> server = separateServer(url_);
+    if (request.address.empty() || !server) return true;
+    std::string host = server->host;
+    if (host.ends_with('.')) host.pop_back();
+    for (const char* const dot : {"", "."}) {
+        const std::string entry = host + dot + ":" + server->port + ":" + request.address;
+        curl_slist* const longer = curl_slist_append(addresses_.get(), entry.c_str());
+        if (longer == nullptr) return false;
+        static_cast<void>(addresses_.release());
+        addresses_.reset(longer);
+    }
+    return set(CURLOPT_RESOLVE, addresses_.get());
 }
 
 bool HTTPStream::Transfer::setCredentials(const HTTPRequest& request) {
@@ -210,16 +262,39 @@ std::size_t HTTPStream::Transfer::receive(char* bytes, std::size_t, std::size_t 
     return size;
 }
 
-void HTTPStream::Transfer::proceed(std::chrono::milliseconds slice) {
+std::size_t HTTPStream::Transfer::receiveHeader(char* bytes, std::size_t, std::size_t size, void* receiver) {
+    static_cast<Transfer*>(receiver)->noteHeader({bytes, size});
+    return size;
+}
+
+// Line by line. The headers of interim answers (RFC 9110, section 15.2) and of redirects that are followed
+// are not the awaited one; those behind a chunked body are none.
+void HTTPStream::Transfer::noteHeader(std::string_view line) {
+    if (header_ == Header::complete) return;
+    if (std::exchange(header_, Header::begun) == Header::awaited) isRedirect_ = false;
+    constexpr std::string_view kLocation = "location:";
+    isRedirect_ = isRedirect_ || (line.size() > kLocation.size() &&
+                                     strncasecmp(line.data(), kLocation.data(), kLocation.size()) == 0);
+    if (!line.empty() && line.front() != '\r' && line.front() != '\n') return;
+    constexpr long kOK = 200;
+    constexpr long kMultipleChoices = 300;
+    constexpr long kBadRequest = 400;
+    const long status = responseStatus();
+    const bool isFollowed = follows_ && isRedirect_ && status >= kMultipleChoices && status < kBadRequest;
+    header_ = status < kOK || isFollowed ? Header::awaited : Header::complete;
+}
+
+void HTTPStream::Transfer::proceed(std::chrono::milliseconds slice, bool untilHeader) {
     const auto deadline = Clock::now() + slice;
-    while (!hasAnswer()) {
+    const auto isDone = [&] { return hasAnswer() || (untilHeader && hasHeader()); };
+    while (!isDone()) {
         if (std::exchange(isPaused_, false)) curl_easy_pause(easy_.get(), CURLPAUSE_CONT);
         int count = 0;
         if (curl_multi_perform(multi_.get(), &count) != CURLM_OK) end(CURLE_FAILED_INIT);
         if (const CURLMsg* const message = curl_multi_info_read(multi_.get(), &count); message != nullptr)
             end(message->data.result);
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        if (hasAnswer() || left.count() <= 0) return;
+        if (isDone() || left.count() <= 0) return;
         curl_multi_poll(multi_.get(), nullptr, 0, static_cast<int>(left.count()), nullptr);
     }
 }
@@ -274,11 +349,13 @@ bool HTTPStream::hasBytesAvailable() const {
 void HTTPStream::proceed(std::chrono::milliseconds slice) {
     switch (status_) {
     case HTTPStreamStatus::opening:
+        transfer_->proceed(slice, true);
+        if (transfer_->hasAnswer() || transfer_->hasHeader()) status_ = HTTPStreamStatus::open;
+        return;
     case HTTPStreamStatus::open:
     case HTTPStreamStatus::reading:
     case HTTPStreamStatus::writing:
-        transfer_->proceed(slice);
-        if (status_ == HTTPStreamStatus::opening && transfer_->hasAnswer()) status_ = HTTPStreamStatus::open;
+        transfer_->proceed(slice, false);
         return;
     case HTTPStreamStatus::notOpen:
     case HTTPStreamStatus::atEnd:
@@ -320,6 +397,22 @@ HTTPRead HTTPStream::readEnd() {
 
 long HTTPStream::responseStatus() const {
     return transfer_->responseStatus();
+}
+
+bool HTTPStream::isAnswering() const {
+    return transfer_->isAnswering();
+}
+
+std::string HTTPStream::charset() const {
+    constexpr std::string_view kName = "charset=";
+    const std::string type = transfer_->contentType();
+    const auto sameLetter = [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == b; };
+    const auto found = std::search(type.begin(), type.end(), kName.begin(), kName.end(), sameLetter);
+    if (found == type.end()) return {};
+    std::string value(found + kName.size(), type.end());
+    value.resize(std::min(value.find_first_of("; \t"), value.size()));
+    std::erase(value, '"');
+    return value;
 }
 
 std::string HTTPStream::redirectURL() const {

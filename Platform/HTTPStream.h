@@ -21,6 +21,8 @@ struct HTTPRequest {
     // as empty. They go to the host, the port and the scheme of the URL and nowhere else.
     std::optional<std::string> user = std::nullopt;
     std::optional<std::string> password = std::nullopt;
+    // Where the URL's host is, an IPv4 address in dotted form; empty: the host is looked up.
+    std::string address = {};
 };
 
 struct TLSSettings {
@@ -36,8 +38,8 @@ struct TLSSettings {
 
 enum class HTTPStreamStatus : std::int8_t {
     notOpen = 0,
-    opening = 1, // nothing of the body has come yet
-    open = 2,    // opening is over: a read finds the first bytes, the end or the failure
+    opening = 1, // the header has not come yet; headers of redirects that are followed do not count
+    open = 2,    // the header has come, or the end or a failure, which a read finds; nothing was read yet
     reading = 3, // a part of the body was read
     writing = 4, // never: a GET has no body
     atEnd = 5,   // the whole body was read
@@ -89,7 +91,7 @@ public:
     // Whether a read has an answer at once, be it bytes, the end or the failure.
     bool hasBytesAvailable() const;
 
-    // Lets the transfer get on until a read has an answer, for so long at most.
+    // Lets the transfer get on until a read has an answer, or opening is over, for so long at most.
     void proceed(std::chrono::milliseconds slice);
 
     // Appends at most `maximum` bytes of the body to `bytes`, one at least when it answers HTTPRead::bytes.
@@ -101,6 +103,12 @@ public:
 
     // The status code of the last response whose header has come, of a redirect as well; 0 before the first.
     long responseStatus() const;
+
+    // Whether a part of the header, at least, has come that ends opening.
+    bool isAnswering() const;
+
+    // The charset that the last response's Content-Type names (RFC 9110, section 8.3); "" for none.
+    std::string charset() const;
 
     // Where the last response leads that was a redirect and is not followed; "" for none.
     std::string redirectURL() const;

@@ -3,12 +3,14 @@
 #include "Common/Utilities/PrinterURL.h"
 #include "Common/Utilities/URIParts.h"
 
+#include <arpa/inet.h>
 #include <cups/http.h>
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <string_view>
+#include <system_error>
 
 namespace orvan {
 namespace {
@@ -45,24 +47,32 @@ bool isURL(std::string_view text) {
     return text.find("://") != std::string_view::npos;
 }
 
-// "host", "host:port", an IPv6 address, "[address]" or "[address]:port".
-void setAgent(PrinterAddress& address, std::string_view agent) {
+// "host", "host:port", an IPv6 address, "[address]" or "[address]:port". False for anything else.
+bool setAgent(PrinterAddress& address, std::string_view agent) {
     const bool isBracketed = agent.starts_with('[');
     const std::size_t colon = agent.rfind(':');
     const bool isAddress = !isBracketed && agent.find(':') != colon;
     const bool hasPort = colon != std::string_view::npos && !isAddress && !agent.ends_with(']');
     std::string_view host = hasPort ? agent.substr(0, colon) : agent;
-    if (isBracketed) host = host.substr(1, host.find(']') - 1);
+    if (isBracketed && !host.ends_with(']')) return false;
+    if (isBracketed) host = host.substr(1, host.size() - 2);
+    in6_addr number{};
+    const std::string unzoned(host.substr(0, host.find('%')));
+    if ((isAddress || isBracketed) && inet_pton(AF_INET6, unzoned.c_str(), &number) != 1) return false;
     address.snmpHost = host;
-    if (!hasPort) return;
+    if (!hasPort) return !host.empty();
     const std::string_view port = agent.substr(colon + 1);
-    std::from_chars(port.data(), port.data() + port.size(), address.snmpPort);
+    const char* const last = port.data() + port.size();
+    const auto [end, error] = std::from_chars(port.data(), last, address.snmpPort);
+    constexpr int kMaximumPort = 65535;
+    return !host.empty() && error == std::errc() && end == last && address.snmpPort > 0 &&
+           address.snmpPort <= kMaximumPort;
 }
 
 // A status document at a whole URL.
 std::optional<PrinterAddress> addressOfURL(const std::string& deviceURI, const std::string& place) {
     const std::optional<URIParts> url = separateURI(place);
-    if (!url || (url->scheme != "http" && url->scheme != "https")) return std::nullopt;
+    if (!url || url->port == 0 || (url->scheme != "http" && url->scheme != "https")) return std::nullopt;
     const std::optional<URIParts> device = separateURI(deviceURI);
     // The host of a discovered device is the name of a service.
     const bool hasHost = device && isOneOf(kNetworkSchemes, device->scheme) && device->scheme != "dnssd";
@@ -99,7 +109,8 @@ AddressSearch addressOfPath(const std::string& deviceURI, const std::string& pat
                               "URL of its status document into the PPD as OVNStatusDocument."};
     std::string origin = *base;
     if (scheme == "https" || scheme == "ipps") origin.replace(0, std::string_view("http").size(), "https");
-    if (scheme == "https" && device->port != kHTTPSPort) origin += ':' + std::to_string(device->port);
+    if (scheme == "https" && device->port != 0 && device->port != kHTTPSPort)
+        origin += ':' + std::to_string(device->port);
     const std::string url = origin + (path.starts_with('/') ? path : '/' + path);
     return {PrinterAddress{url, url, server->host}, {}};
 }
@@ -121,8 +132,13 @@ AddressSearch findPrinterAddress(const std::string& deviceURI, ppd_file_t* ppd) 
         search = addressOfPath(deviceURI, place.empty() ? kDefaultPath : place);
     if (!search.address) return search;
     search.problem.clear();
-    if (const std::string agent = attributeOf(ppd, "OVNSNMPAgent"); !agent.empty())
-        setAgent(*search.address, agent);
+    const std::string agent = attributeOf(ppd, "OVNSNMPAgent");
+    if (!agent.empty() && !setAgent(*search.address, agent))
+        return {std::nullopt, "The printer is not asked, because the queue's PPD names no SNMP agent: "
+                              "OVNSNMPAgent is \"" +
+                                  agent +
+                                  "\". Write a host, or a host and a port from 1 to 65535 "
+                                  "(host:port), or take it out: then the printer itself is asked."};
     return search;
 }
 

@@ -35,7 +35,8 @@ struct AddressSearch {
 // Common/Utilities/PrinterURL.h), at the path that the PPD's "OVNStatusDocument" names ("/status.xml" without
 // it), or at the whole URL that stands there. It is fetched over HTTPS from an "https" device, at the
 // device's port, and from an "ipps" device. The SNMP agent is the device's host, or the document's when the
-// device has none, unless the PPD's "OVNSNMPAgent" names another ("host" or "host:port").
+// device has none, unless the PPD's "OVNSNMPAgent" names another ("host" or "host:port"); with anything else
+// there, no address is found.
 //
 // The PPD may be null. Blocks while a discovered device is looked for.
 AddressSearch findPrinterAddress(const std::string& deviceURI, ppd_file_t* ppd);

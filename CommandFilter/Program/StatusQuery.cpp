@@ -5,6 +5,7 @@
 #include "CommandFilter/PrinterWords.h"
 #include "CommandFilter/Program/Communities.h"
 #include "Common/CommandJob.h"
+#include "Common/Utilities/HostAddress.h"
 #include "Common/Utilities/HostContact.h"
 #include "Common/Utilities/URIParts.h"
 #include "Common/Utilities/URLFetch.h"
@@ -132,7 +133,7 @@ StatusAnswer askForDocument(
         return answer;
     }
     platform::Failure parseError;
-    if (const auto parser = OVOVGParser::initWithData(result.bytes, parseError)) {
+    if (const auto parser = OVOVGParser::initWithData(result.bytes, parseError, result.charset)) {
         const platform::XMLDocument& document = *parser->document();
         if (isStatusDocument(document)) {
             parser->writeToTicket(answer.ticket.emplace());
@@ -147,14 +148,27 @@ StatusAnswer askForDocument(
 }
 
 StatusAnswer askForAccounting(const PrinterAddress& address, const std::filesystem::path& serverRoot) {
+    StatusAnswer answer;
     platform::SNMPRequest request;
-    request.host = address.snmpHost;
+    request.communities = snmpCommunities(serverRoot);
+    if (request.communities.empty()) {
+        answer.problemWord = problemWord::kAgentRefuses;
+        answer.problem = "The printer's job accounting is not known: SNMP is switched off here, by a "
+                         "\"Community\" without a name in " +
+                         (serverRoot / "snmp.conf").string();
+        return answer;
+    }
+    const HostAddress found = findHostAddress(address.snmpHost);
+    if (!found.problem.empty()) {
+        answer.problemWord = problemWord::kAgentSilent;
+        answer.problem = "The printer's job accounting is not known: " + found.problem;
+        return answer;
+    }
+    request.host = found.address.empty() ? address.snmpHost : found.address;
     request.port = address.snmpPort;
     request.objects = {std::string(OVSNMPJobAccountingOID)};
-    request.communities = snmpCommunities(serverRoot);
     request.patience = kAgentPatience / 2;
     request.retries = 1;
-    StatusAnswer answer;
     platform::Failure problem;
     bool isSilent = false;
     if (const auto response = platform::getSNMPObjects(request, problem, &isSilent)) {

@@ -37,13 +37,13 @@ struct Credentials {
 //
 // A certificate that nobody vouches for is taken when it is the one that is remembered, or the first.
 //
-// Blocks, for at most half a minute and as long as the resolver takes for the host's name; for an absent
+// Blocks, for at most half a minute and five seconds for the host's name; for an absent
 // printer that has an address, for four seconds.
 StatusAnswer askForDocument(const PrinterAddress& address, const Credentials& credentials,
     const KnownCertificates& certificates = KnownCertificates());
 
 // Asks the SNMP agent for the job-accounting object, in all communities of the scheduler's configuration at
-// once. Blocks, for a second at most and as long as the resolver takes for the host's name. May run beside
+// once. Blocks, for a second at most and five for the host's name. May run beside
 // askForDocument, on another thread.
 StatusAnswer askForAccounting(const PrinterAddress& address, const std::filesystem::path& serverRoot);
 

@@ -1,6 +1,7 @@
 #include "Common/Utilities/HostContact.h"
 
 #include "Common/SimplePing.h"
+#include "Common/Utilities/HostAddress.h"
 #include "Platform/HTTPStream.h"
 
 #include <cups/http.h>
@@ -35,9 +36,9 @@ std::string urlOf(const std::string& host, int port) {
 
 // Why the host accepts no connection; empty when it does. libcups's own connections are no way to know: it
 // forgets the reason, and at the port of HTTPS it begins to speak TLS unasked.
-std::string connect(const std::string& host, int port) {
+std::string connect(const std::string& host, const std::string& address, int port) {
     using platform::HTTPStreamStatus;
-    const auto stream = platform::HTTPStream::create({urlOf(host, port)});
+    const auto stream = platform::HTTPStream::create({.url = urlOf(host, port), .address = address});
     if (stream == nullptr) return host + ":" + std::to_string(port) + " is no host and port";
     if (!stream->setConnectsOnly() || !stream->open())
         return "cannot begin to connect to " + stream->server();
@@ -53,10 +54,13 @@ std::string connect(const std::string& host, int port) {
 
 HostContact contactHost(const std::string& host, int port) {
     const std::string plainHost = withoutBrackets(host);
+    const auto [address, lookupProblem] = findHostAddress(plainHost);
     HostContact contact;
-    contact.pingResult = SimplePing(plainHost.c_str(), kRequests, kReplyTimeout, true);
-    contact.pingProblem = explainPing(contact.pingResult, plainHost);
-    if (contact.pingResult != 0) contact.problem = connect(plainHost, port);
+    contact.pingResult =
+        address.empty() ? EHOSTUNREACH : SimplePing(address.c_str(), kRequests, kReplyTimeout, true);
+    contact.pingProblem = lookupProblem.empty() ? explainPing(contact.pingResult, plainHost) : lookupProblem;
+    contact.problem = lookupProblem;
+    if (lookupProblem.empty() && contact.pingResult != 0) contact.problem = connect(plainHost, address, port);
     contact.isThere = contact.problem.empty();
     return contact;
 }

@@ -20,9 +20,9 @@ struct HostContact {
 // then if it accepts a connection to the port, through which nothing is sent. One that refuses it counts as
 // not there.
 //
-// Blocks for a second at most for the reply and for three at most for the connection, the look-up of the
-// name in them; the look-up before the echo request takes as long as the resolver does. Callable from any
-// thread.
+// Blocks for a second at most for the reply and for three at most for the connection, and before that for the
+// look-up of the host's address (Common/Utilities/HostAddress.h). A host whose look-up takes too long is not
+// there. Callable from any thread.
 HostContact contactHost(const std::string& host, int port);
 
 // For people, a clause: why SimplePing answered this for the host; empty for 0.

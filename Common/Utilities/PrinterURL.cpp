@@ -2,14 +2,15 @@
 
 #include "Common/DNSMessage.h"
 #include "Common/RendezvousUtilities.h"
+#include "Common/Utilities/HostAddress.h"
 #include "Common/Utilities/URIParts.h"
 #include "Formats/TextEncoding.h"
 
 #include <arpa/inet.h>
-#include <strings.h>
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <string_view>
 
 namespace orvan {
@@ -22,11 +23,27 @@ constexpr std::string_view kServiceDomain = "._tcp.local.";
 constexpr std::string_view kHostCharacters =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~!$&'()*+,;=";
 
-std::optional<std::string> hostOfService(const std::string& service) {
-    const std::optional<std::string> name = platform::encodeLatin1(service);
-    if (!name || name->size() > kMaximumHost) return std::nullopt;
+using Question = int (*)(const char* name, int queryClass, int type, std::span<std::uint8_t> answer);
+
+// As resolvers read it: dots and backslashes of the instance's name, which is one label, are characters
+// (RFC 6763, section 4.3).
+std::string withEscapedInstance(const std::string& service) {
+    const std::size_t domain = service.find(kServiceDomain);
+    const std::size_t type = domain != 0 ? service.rfind('.', domain - 1) : std::string::npos;
+    if (domain == std::string::npos || type == std::string::npos) return service;
+    std::string name;
+    for (const char c : service.substr(0, type)) {
+        if (c == '.' || c == '\\') name += '\\';
+        name += c;
+    }
+    return name + service.substr(type);
+}
+
+std::optional<std::string> hostOfService(const std::optional<std::string>& service, Question ask) {
+    if (!service || service->size() > kMaximumHost) return std::nullopt;
     std::array<std::uint8_t, kAnswerSize> answer{};
-    const int length = mDNS_res_query(name->c_str(), kDNSClassIN, kDNSTypeSRV, answer);
+    const std::string name = withEscapedInstance(*service);
+    const int length = ask(name.c_str(), kDNSClassIN, kDNSTypeSRV, answer);
     if (length <= static_cast<int>(kDNSHeaderSize)) return std::nullopt;
     return serviceHostInAnswer(
         DNSBytes(answer).first(std::min<std::size_t>(answer.size(), static_cast<std::size_t>(length))));
@@ -37,7 +54,14 @@ std::string CheckForLocalHost(const URIParts& device) {
     // CUPS's own discovery writes the domain without its final dot.
     if (device.scheme == "dnssd" && !service.ends_with('.')) service += '.';
     if (service.find(kServiceDomain) == std::string::npos) return device.host;
-    return hostOfService(service).value_or(device.host);
+    return hostOfService(platform::encodeLatin1(service), mDNS_res_query).value_or(device.host);
+}
+
+// Names of services are UTF-8 (RFC 6763, section 4.1.1); old devices have them in Latin-1.
+std::optional<std::string> liveHostOfService(const std::string& service) {
+    std::optional<std::string> host = hostOfService(service, askLocalNetwork);
+    if (host || platform::decodeASCII(service)) return host;
+    return hostOfService(platform::encodeLatin1(service), askLocalNetwork);
 }
 
 std::optional<std::string> urlOfHost(const std::string& host) {
@@ -50,8 +74,13 @@ std::optional<std::string> urlOfHost(const std::string& host) {
         if (zoneText.find_first_not_of(kHostCharacters, 3) != std::string::npos) return std::nullopt;
         return std::string(kScheme) + "[" + host.substr(0, zone) + zoneText + "]";
     }
-    if (host.empty() || host.find_first_not_of(kHostCharacters) != std::string::npos) return std::nullopt;
-    return std::string(kScheme) + host;
+    std::string url(kScheme);
+    for (const char c : host) {
+        if (c != '%' && kHostCharacters.find(c) == std::string_view::npos) return std::nullopt;
+        url += c;
+        if (c == '%') url += "25";
+    }
+    return host.empty() ? std::nullopt : std::optional(url);
 }
 
 bool isService(std::string_view host) {
@@ -62,13 +91,6 @@ bool isAddress(const std::string& host) {
     in6_addr address{};
     return ::inet_pton(AF_INET, host.c_str(), &address) == 1 ||
            ::inet_pton(AF_INET6, host.substr(0, host.find('%')).c_str(), &address) == 1;
-}
-
-bool isUnderLocal(std::string_view host) {
-    if (host.ends_with('.')) host.remove_suffix(1);
-    constexpr std::string_view kLocal = ".local";
-    return host.size() > kLocal.size() &&
-           ::strcasecmp(std::string(host.substr(host.size() - kLocal.size())).c_str(), kLocal.data()) == 0;
 }
 
 } // namespace
@@ -99,13 +121,15 @@ std::optional<std::string> printerURLForDeviceURI(const std::string& deviceURI) 
 
 std::optional<std::string> reachableURLForDeviceURI(const std::string& deviceURI) {
     const std::optional<URIParts> device = separateURI(deviceURI);
-    std::optional<std::string> url = printerURLForDeviceURI(deviceURI);
-    const std::optional<URIParts> found = url ? separateURI(*url) : std::nullopt;
-    if (!device || !found) return std::nullopt;
-    if (device->scheme != "dnssd" && !isService(device->host)) return url;
-    const bool isKept = found->host == device->host && isAddress(found->host);
-    if (!isKept && (isService(found->host) || !isUnderLocal(found->host))) return std::nullopt;
-    return url;
+    if (!device) return std::nullopt;
+    const bool isOfService = isService(device->host);
+    const bool isHost = device->scheme != "dnssd" || isAddress(device->host) || isUnderLocal(device->host);
+    if (!isOfService) return isHost ? urlOfHost(device->host) : std::nullopt;
+    const std::string dot = device->host.ends_with('.') ? "" : ".";
+    if (!isUnderLocal(device->host)) return std::nullopt;
+    const std::optional<std::string> host = liveHostOfService(device->host + dot);
+    const bool isRight = host && !isService(*host) && isUnderLocal(*host);
+    return isRight ? urlOfHost(*host) : std::nullopt;
 }
 
 std::optional<std::string> GetPrinterURL(const platform::PMPrinter& printer) {

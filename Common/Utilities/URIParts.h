@@ -10,7 +10,9 @@ struct URIParts {
     std::string scheme;
     // Percent escapes are the characters that they stand for, and an IPv6 address is without brackets.
     std::string host;
-    int port = 0; // the scheme's own where the URI has none; 0 where that is not known
+    // The scheme's own where the URI has none, or an empty one (RFC 3986, section 6.2.3); 0 where that is not
+    // known, and for one that no port has (above 65535).
+    int port = 0;
     std::string resource;
 };
 

@@ -1,6 +1,8 @@
 #include "Common/Utilities/URLFetch.h"
 
+#include "Common/Utilities/HostAddress.h"
 #include "Common/Utilities/IdleTimer.h"
+#include "Common/Utilities/URIParts.h"
 #include "Platform/Gestalt.h"
 #include "Platform/HTTPStream.h"
 #include "Platform/TickCount.h"
@@ -63,9 +65,15 @@ std::string seconds(std::chrono::duration<double> time) {
     return text.str();
 }
 
+// Of a host under "local", which the library's own look-up finds only where the system's resolver does.
+std::string localAddressOf(const std::string& url) {
+    const std::optional<URIParts> parts = separateURI(url);
+    return parts && isUnderLocal(parts->host) ? findHostAddress(parts->host).address : "";
+}
+
 Outcome Fetch::run(const std::string& url, const Way& way) {
     const std::unique_ptr<HTTPStream> stream =
-        HTTPStream::create({url, request_.user, request_.password}, way.tls);
+        HTTPStream::create({url, request_.user, request_.password, localAddressOf(url)}, way.tls);
     if (stream == nullptr) {
         outcome_.result.problem = "this is not the URL of a web server (http://... or https://...)";
     } else if ((way.followsRedirects && !stream->setAutoRedirect(true)) || !stream->open()) {
@@ -74,6 +82,7 @@ Outcome Fetch::run(const std::string& url, const Way& way) {
         transfer(*stream, way);
         outcome_.result.status = stream->responseStatus();
         outcome_.result.redirect = stream->redirectURL();
+        outcome_.result.charset = stream->charset();
         stream->close();
     }
     return std::move(outcome_);
@@ -89,6 +98,7 @@ bool Fetch::takeTurn(HTTPStream& stream, const Way& way, IdleTimer& idle) {
     switch (stream.status()) {
     case HTTPStreamStatus::opening:
         stream.proceed(kOpeningSlice);
+        if (stream.status() != HTTPStreamStatus::opening) idle.restart(platform::TickCount());
         return true;
     case HTTPStreamStatus::atEnd:
     case HTTPStreamStatus::closed:
@@ -126,14 +136,19 @@ bool Fetch::readOnce(HTTPStream& stream, IdleTimer& idle) {
     return false;
 }
 
+// Why nothing more is waited for.
+std::string describeSilence(const HTTPStream& stream) {
+    const std::string limit = seconds(platform::Ticks{IdleTimer::kLimit});
+    if (stream.status() != HTTPStreamStatus::opening)
+        return stream.server() + " fell silent for " + limit + " in the middle of its answer";
+    return (stream.isAnswering() ? "no whole header of the answer from " : "no answer from ") +
+           stream.server() + " within " + limit;
+}
+
 bool Fetch::isInTime(const HTTPStream& stream, IdleTimer& idle) {
-    constexpr platform::Ticks kIdleLimit{IdleTimer::kLimit};
     if (stream.status() == HTTPStreamStatus::atEnd) return true;
     if (idle.hasPassed(platform::TickCount()))
-        outcome_.result.problem = stream.responseStatus() == 0
-                                      ? "no answer from " + stream.server() + " within " + seconds(kIdleLimit)
-                                      : stream.server() + " fell silent for " + seconds(kIdleLimit) +
-                                            " in the middle of its answer";
+        outcome_.result.problem = describeSilence(stream);
     else if (Clock::now() > deadline_)
         outcome_.result.problem =
             "the answer of " + stream.server() + " was not complete within " + seconds(request_.maximumTime);
@@ -149,12 +164,14 @@ std::string overHTTPS(std::string url) {
 }
 
 Outcome withoutURL() {
-    return {{{}, 0, "there is no URL", {}, {}}, std::nullopt};
+    Outcome outcome;
+    outcome.result.problem = "there is no URL";
+    return outcome;
 }
 
 Outcome fetchOverTLS(const FetchRequest& request, Clock::time_point deadline) {
     if (!request.url) return withoutURL();
-    // This platform does not tell the packed version, and needs none of the care that older releases did. It
+    // A platform that does not tell the packed version needs none of the care that older releases did. It
     // makes no difference here when the credentials join the request, only how the stream is read.
     std::int32_t version = kTenFive;
     platform::Gestalt(platform::kGestaltSystemVersion, &version);
@@ -178,7 +195,13 @@ Outcome fetch(const FetchRequest& request) {
     const Clock::time_point deadline = Clock::now() + request.maximumTime;
     Outcome outcome = Fetch(request, deadline).run(*request.url, {{}, request.followsRedirects, false});
     if (!outcome.readError || !isTLSErrorCode(outcome.readError->code)) return outcome;
-    return fetchOverTLS(request, deadline);
+    const std::string first = outcome.result.problem;
+    outcome = fetchOverTLS(request, deadline);
+    // What a person has to know about the certificate does not depend on what else went wrong.
+    std::string& second = outcome.result.problem;
+    if (!second.empty() && second != first)
+        second.append(" (asked again after this: ").append(first).append(")");
+    return outcome;
 }
 
 std::string bytesOf(Outcome outcome) {

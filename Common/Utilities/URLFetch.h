@@ -1,12 +1,13 @@
 // Documents of a printer's web server.
 //
 // All of it blocks its caller, for as long as the limits allow, and may be called from several threads at
-// once. A fetch ends when nothing has come for two seconds. Redirects are followed, without the credentials
-// when they lead to another host, port or scheme. Passwords are in no message.
+// once. A fetch ends when the header has not come within two seconds, or nothing more for two seconds.
+// Redirects are followed, without the credentials when they lead to another host, port or scheme. Passwords
+// are in no message.
 //
 // A fetch that fails because of TLS (isTLSErrorCode) is made once more over HTTPS, with every check of the
 // certificate switched off and no redirect followed: printers certify themselves. What the first one had got
-// is dropped.
+// is dropped; its problem is told with the second one's.
 #pragma once
 
 #include "Formats/Failure.h"
@@ -40,6 +41,7 @@ struct FetchResult {
     long status = 0;                  // of the last response, RFC 9110 section 15; 0 when there was none
     std::string problem;              // for people, a clause; empty when the whole answer came
     std::string redirect;             // the URL that a redirect leads to which was not followed
+    std::string charset;              // that the last response's Content-Type names; "" for none
     std::string uncheckedCertificate; // the fingerprint of the one that nobody vouches for; "" for none
 };
 

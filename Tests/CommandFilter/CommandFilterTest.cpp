@@ -2,6 +2,7 @@
 #include "BiDi/ResponseEntries.h"
 #include "BiDi/ppdx.h"
 #include "CommandFilter/PrinterWords.h"
+#include "CommandFilter/Program/Communities.h"
 #include "CommandFilter/Program/PrinterAddress.h"
 #include "CommandFilter/Program/StatusQuery.h"
 #include "CommandFilter/TicketVocabulary.h"
@@ -11,7 +12,9 @@
 #include "Tests/Support/DerivedPPD.h"
 #include "Tests/Support/OwnNetwork.h"
 #include "Tests/Support/Processes.h"
+#include "Tests/Support/PublishedPrinter.h"
 #include "Tests/Support/SimulatedPrinter.h"
+#include "Tests/Support/TempFolder.h"
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
@@ -19,6 +22,7 @@
 #include <sys/socket.h>
 
 #include <ctime>
+#include <filesystem>
 #include <map>
 #include <sstream>
 #include <string>
@@ -142,6 +146,9 @@ TEST(CommandFilter, FindsThePrinter) {
             "http://10.0.0.8:8080/x 10.0.0.8 161"},
         {"https://a:8443/ipp/print", "", "https://a:8443/status.xml a 161"},
         {"ipps://a:631/ipp/print", "", "https://a/status.xml a 161"},
+        {"socket://127.0.0.1:/", "", "http://127.0.0.1/status.xml 127.0.0.1 161"},
+        {"https://a:70000/", "", "https://a/status.xml a 161"},
+        {"socket://a", "*OVNSNMPAgent: \"[fe80::2%eth0]\"\n", "http://a/status.xml fe80::2%eth0 161"},
         {"socket://a", "*OVNSNMPAgent: \"b\"\n", "http://a/status.xml b 161"},
         {"socket://a", "*OVNSNMPAgent: \"b:1161\"\n", "http://a/status.xml b 1161"},
         {"socket://a", "*OVNSNMPAgent: \"fe80::2\"\n", "http://a/status.xml fe80::2 161"},
@@ -156,6 +163,16 @@ TEST(CommandFilter, FindsThePrinter) {
         EXPECT_EQ(address->documentURL + ' ' + address->snmpHost + ' ' + std::to_string(address->snmpPort),
             expected);
     }
+    for (const std::string agent : {"127.0.0.1:abc", "127.0.0.1:161x", "b:0", "b:65536", "b:", ":161",
+             "[fe80::2", "[fe80::2]x", "[b]:161", "a:b:c"}) {
+        DerivedPPD text;
+        text.replace("*OVNStatusDocument: \"/status.xml\"\n", "*OVNSNMPAgent: \"" + agent + "\"\n");
+        const PPDRecord ppd(ppdOpenFile(text.file().c_str()));
+        const AddressSearch search = findPrinterAddress("socket://a", ppd.get());
+        EXPECT_FALSE(search.address || search.isNotOnNetwork) << agent;
+        EXPECT_NE(search.problem.find("OVNSNMPAgent is \"" + agent + '"'), std::string::npos)
+            << search.problem;
+    }
     // Whose authority is no host, or is one that is no printer.
     for (const char* const device : {"usb://Orvan/4500", "implicitclass://Office/", "smb://server/q",
              "serial:/dev/ttyS0", "bluetooth://0123", "hal:///x", "file:///dev/null"})
@@ -163,6 +180,44 @@ TEST(CommandFilter, FindsThePrinter) {
     const AddressSearch served = findPrinterAddress("ipp://server.example/printers/Office", nullptr);
     EXPECT_FALSE(served.address || served.isNotOnNetwork);
     EXPECT_NE(served.problem.find("a queue of another print server, server.example"), std::string::npos);
+}
+
+TEST(CommandFilter, ReadsTheSchedulersCommunities) {
+    using Names = std::vector<std::string>;
+    const std::pair<const char*, Names> cases[] = {
+        {"", {"public"}},
+        {"# Community x\nAddress @LOCAL\n", {"public"}},
+        {"Community office\n", {"office"}},
+        {"  COMMUNITY office # ours\ncommunity two words \n", {"office", "two words"}},
+        {"Community\n", {}},
+        {"Community office\nCommunity # none\n", {}},
+    };
+    const TempFolder folder;
+    EXPECT_EQ(snmpCommunities(folder.path()), Names{"public"});
+    for (const auto& [text, names] : cases) {
+        folder.write("snmp.conf", text);
+        EXPECT_EQ(snmpCommunities(folder.path()), names) << text;
+    }
+}
+
+// By the name of a service alone: its host's address comes from the local network as well.
+TEST(CommandFilter, AsksADiscoveredPrinter) {
+    if (!std::filesystem::exists(PublishedPrinter::kDaemon))
+        GTEST_SKIP() << "no " << PublishedPrinter::kDaemon << " (Debian package avahi-daemon)";
+    const std::string answer = inOwnNetwork({}, [] {
+        const PublishedPrinter published;
+        const SimulatedPrinter printer({"--port", "80"});
+        std::string errors;
+        const bool isAnswered = eventually([&errors] { // when the daemon is ready
+            const Report report =
+                runFilter({.device = PublishedPrinter::kDevice, .commands = "com.orvan.Permissions"});
+            errors = report.errors;
+            return report.answer("com.orvan.Permissions").has_value();
+        });
+        return isAnswered ? "answered" : errors;
+    });
+    ORVAN_SKIP_WITHOUT_NETWORK(answer);
+    EXPECT_EQ(answer, "answered");
 }
 
 TEST(CommandFilter, SendsTheJobsCredentialsAndTellsNobody) {

@@ -190,8 +190,9 @@ TEST(OVCPSSParser, TranslatesKeywordsBothWays) {
 TEST(OVSNMPParser, CopiesTheJobAccountingNumber) {
     const std::string key(OVSNMPJobAccountingOID);
     const std::pair<platform::PropertyList, std::int64_t> cases[] = {{"2", 2}, {2, 2}, {" +7 jobs", 7},
-        {"none", 0}, {2.9, 2}, {-3000000000LL, std::numeric_limits<std::int32_t>::min()},
-        {"4294967296", std::numeric_limits<std::int32_t>::max()}, {platform::PropertyList::List(), 0}};
+        {"none", 0}, {2.9, 2}, {-3000000000LL, std::numeric_limits<std::int32_t>::min()}, {true, 1},
+        {false, 0}, {"4294967296", std::numeric_limits<std::int32_t>::max()},
+        {platform::PropertyList::List(), 0}};
     for (const auto& [value, expected] : cases) {
         const Ticket response{{"1.3.6", 5}, {key, value}, {key + ".0", 6}};
         Ticket ticket{{key, "old"}, {"x", 1}};

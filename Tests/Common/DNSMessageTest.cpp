@@ -64,6 +64,8 @@ TEST(DNSMessage, decodesNames) {
         {"in a circle of two", label("a") + pointer(4) + label("b") + pointer(0), 4, kNameLoop, "b.a.", kLoop,
             8},
         {"up and down below it", pointer(2) + pointer(0) + pointer(2), 4, kNameLoop, "", kLoop, 6},
+        {"forward behind it", name("a.") + pointer(5) + label("b") + pointer(0) + pointer(3), 9, 0, "b.a.",
+            "", 11},
         {"forward", pointer(2) + name("a."), 0, kNameOffsetInvalid, "", kInvalid, 2},
         {"past the end", pointer(0x3FFF), 0, kNameOffsetInvalid, "", kInvalid, 2},
         {"half a pointer", "\xC0", 0, kNamePastEnd, "", kPastEnd, 0},
@@ -139,6 +141,7 @@ TEST(DNSMessage, decodesTextRecords) {
         {"nothing in nothing", record(owner, kDNSTypeTXT, "") + "xyz", 0, 0, "", "", 13},
         {"too little room", good, 0, kTXTCapacityTooSmall, "????", "", 13},
         {"another type", other, 0, 0, "??", "", other.size()},
+        {"a service of five bytes", record(owner, kDNSTypeSRV, "12345"), 0, 0, "??", "", 18},
         {"a bad owner", pointer(9), 0, kTXTNameInvalid, "?????", kInvalid, 2},
         {"cut data", good.substr(0, 16), 0, kTXTDataInvalid, "?????", kNoData, 13},
     };

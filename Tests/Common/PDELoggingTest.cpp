@@ -53,6 +53,9 @@ TEST(PDELogging, expandsFormatsAsPrintfDoes) {
     EXPECT_EQ(logged("%lld %zu", std::numeric_limits<std::int64_t>::min(), std::size_t{7}),
         "orvan: LOG -9223372036854775808 7");
     EXPECT_EQ(logged("%*d|%-*s|%.*s", 4, 7, 3, "a", 2, std::string("abc")), "orvan: LOG    7|a  |ab");
+    EXPECT_EQ(
+        logged("%2$d of %1$s, %1$-3s|%3$*2$s|%2$.1f", "A4", 5, "x", 0.25), "orvan: LOG 5 of A4, A4 |    x|5");
+    EXPECT_EQ(logged("%2$s %s %.s|%.*s", "a", "b", -1, "c"), "orvan: LOG b a |c");
     EXPECT_EQ(logged("%@ %@ %@ %p", 5, 0.5, std::string_view("text"), static_cast<const void*>(nullptr)),
         "orvan: LOG 5 0.5 text (nil)");
 }
@@ -61,6 +64,9 @@ TEST(PDELogging, keepsALineOneLine) {
     platform::systemLog(std::string("a\nb\0c\x1B[2J\xC2\x9B", 11));
     EXPECT_EQ(lastLine(), "orvan: a b c [2J ");
     EXPECT_EQ(logged("it ends\n"), "orvan: LOG it ends");
+    EXPECT_EQ(logged("a\nb\r\n\tc\n\n"), "orvan: LOG a\\nb\\r\\n\\tc");
+    EXPECT_EQ(logged(std::string("a\0b\n%s %4@ %c", 13), std::string("c\0d", 3), std::string("\0e", 2), '\0'),
+        "orvan: LOG a\\0b\\nc\\0d   \\0e \\0");
 }
 
 TEST(PDELogging, survivesFormatsThatDoNotFitTheirArguments) {
@@ -69,6 +75,8 @@ TEST(PDELogging, survivesFormatsThatDoNotFitTheirArguments) {
         "orvan: LOG (null) (null)");
     EXPECT_EQ(logged("%n %k %", 1), "orvan: LOG %n %k %");
     EXPECT_EQ(logged("%*", 1), "orvan: LOG %*");
+    EXPECT_EQ(logged("%0$d %2$d %1$k %99999999999d %99999999999$d", 1),
+        "orvan: LOG %0$d %2$d %1$k %99999999999d %99999999999$d");
     EXPECT_EQ(logged("%*d %d", "n", 5), "orvan: LOG %*d 5");
 }
 

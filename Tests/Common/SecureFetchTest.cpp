@@ -1,6 +1,7 @@
 // Fetches from a real web server with passwords and certificates that it has made for itself.
 #include "Common/Utilities/URLFetch.h"
 #include "Platform/HTTPStream.h"
+#include "Tests/Support/Processes.h"
 #include "Tests/Support/ScriptedServer.h"
 #include "Tests/Support/WebServer.h"
 
@@ -79,6 +80,16 @@ TEST_F(SecureFetch, WritesTheErrorOfTheSecondFetch) {
         fetchDocument({.url = redirecting.url("/"), .user = "user", .password = "secret"});
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_NE(result.problem.find("no encrypted connection"), std::string::npos) << result.problem;
+    EXPECT_NE(result.problem.find("no trust in the certificate of " + server_->modern().substr(8, 9)),
+        std::string::npos)
+        << result.problem;
+}
+
+// Releases before 10.5 read only what has come already.
+TEST_F(SecureFetch, ReadsAsOlderReleasesDid) {
+    const Environment older{{"ORVAN_PACKED_VERSION", "0x1040"}};
+    EXPECT_EQ(inChild(older, [&] { return GetURLWithAuthentication(server_->modern(), "user", "secret"); }),
+        kDocument);
 }
 
 } // namespace

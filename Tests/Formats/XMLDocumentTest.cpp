@@ -81,6 +81,47 @@ TEST(XMLDocument, readsOtherEncodings) {
     }
 }
 
+TEST(XMLDocument, readsSingleByteEncodingsOfDeclarationAndCharset) {
+    const struct {
+        std::string declared, charset, bytes, text;
+    } cases[] = {
+        {"ISO-8859-2", "", "\xB1", "\u0105"},
+        {"iso-8859-15", "", "\xA4", "\u20AC"},
+        {"windows-1252", "", "\x80\x84", "\u20AC\u201E"},
+        {"Windows-1251", "", "\xC0", "\u0410"},
+        {"KOI8-R", "", "\xC1", "\u0430"},
+        {"", "iso-8859-1", "\xFC", "\u00FC"},
+        {"", "ISO-8859-7", "\xE1", "\u03B1"},
+        {"", "windows-1250", "\xB9", "\u0105"},
+        {"", "utf-8", "\u00FC", "\u00FC"},
+        {"ISO-8859-1", "utf-8", "\xFC", "\u00FC"}, // the document's own word
+        {"UTF-8", "x-other", "\u00FC", "\u00FC"},
+    };
+    for (const auto& [declared, charset, bytes, text] : cases) {
+        const std::string declaration =
+            declared.empty() ? "" : "<?xml version='1.0' encoding='" + declared + "'?>";
+        platform::Failure error;
+        const std::string root = "<r>" + bytes + "</r>";
+        const auto document = XMLDocument::parse(declaration + root, error, charset);
+        ASSERT_NE(document, nullptr) << declared << charset << error.value_or("");
+        EXPECT_EQ(document->rootElement()->stringValue(), text) << declared << charset;
+    }
+    EXPECT_NE(
+        XMLDocument::parse("\xEF\xBB\xBF<r>\u00FC</r>", platform::ignoredFailure(), "iso-8859-2"), nullptr);
+}
+
+TEST(XMLDocument, declarationsOfNamespacesAreNoAttributes) {
+    const auto document =
+        XMLDocument::parse("<r xmlns='a' x='1' xmlns:p='b'><c p:xmlns='2' xmlnsx='3'/></r>");
+    ASSERT_NE(document, nullptr);
+    const XMLNode* const root = document->rootElement();
+    ASSERT_EQ(root->attributeCount(), 1U);
+    EXPECT_EQ(root->attributeAtIndex(0).name, "x");
+    EXPECT_EQ(root->attributeForName("xmlns"), std::nullopt);
+    EXPECT_EQ(root->firstChild()->attributeCount(), 2U);
+    EXPECT_EQ(root->xmlText(), "<r x=\"1\" xmlns=\"a\" xmlns:p=\"b\"><c p:xmlns=\"2\" xmlnsx=\"3\"/></r>");
+}
+
 TEST(XMLDocument, refusalsSayWhatAndWhere) {
     std::string attributes;
     for (int i = 0; i < 80000; ++i)
@@ -94,7 +135,10 @@ TEST(XMLDocument, refusalsSayWhatAndWhere) {
              {"<!DOCTYPE a SYSTEM 'file:///etc/passwd'><a>&b;</a>", "\"b\" is not defined"},
              {"<!DOCTYPE a [<!ENTITY b SYSTEM 'file:///etc/passwd'>]><a>&b;</a>", "internal subset"},
              {"<!DOCTYPE a [<!ENTITY b 'bbbb'><!ENTITY c '&b;&b;&b;'>]><a>&c;</a>", "internal subset"},
-             {"<?xml version='1.0' encoding='x-other'?><a/>", "unknown encoding"},
+             {"<?xml version='1.0' encoding='x-other'?><a/>",
+                 "line 1, column 1: the encoding \"x-other\" is not known"},
+             {"<?xml version='1.0' encoding='Shift_JIS'?><a/>", "\"Shift_JIS\" is not known"},
+             {"<?xml version='1.0' encoding='windows-1252'?><a>\x81</a>", "not well-formed"},
              {repeated("<a>", 300000), "nest too deep"},
              {"<a" + attributes + "/>", "too many attributes"},
              {"<a>" + std::string(XMLDocument::kMaximumSize, 'x') + "</a>", "1048583 bytes"},

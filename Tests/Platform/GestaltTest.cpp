@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 using namespace platform;
@@ -37,7 +38,21 @@ TEST(Gestalt, releaseNumbersComeFromTheEnvironment) {
         }
         EXPECT_EQ(release, c.release);
     }
-    std::int32_t packed = 0;
-    EXPECT_EQ(Gestalt(kGestaltSystemVersion, &packed), kGestaltUndefinedSelector);
     unsetenv("ORVAN_SYSTEM_RELEASE");
+}
+
+TEST(Gestalt, packedVersionIsKnownWhenSet) {
+    constexpr std::int32_t kUnknown = -7;
+    const std::pair<const char*, std::int32_t> cases[] = {{"0x1023", 0x1023}, {"1050", 0x1050},
+        {"", kUnknown}, {"-1023", kUnknown}, {"0x1023.", kUnknown}, {"0x123456789", kUnknown}};
+    std::int32_t packed = kUnknown;
+    EXPECT_EQ(Gestalt(kGestaltSystemVersion, &packed), kGestaltUndefinedSelector);
+    for (const auto& [set, version] : cases) {
+        setenv("ORVAN_PACKED_VERSION", set, 1);
+        packed = kUnknown;
+        EXPECT_EQ(
+            Gestalt(kGestaltSystemVersion, &packed), version == kUnknown ? kGestaltUndefinedSelector : 0);
+        EXPECT_EQ(packed, version) << set;
+    }
+    unsetenv("ORVAN_PACKED_VERSION");
 }

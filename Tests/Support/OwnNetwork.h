@@ -10,6 +10,7 @@ namespace orvan {
 
 struct OwnNetwork {
     bool multicast = true;           // whether the interface is marked for multicast
+    bool hasDownInterface = false;   // a second interface, for multicast, with an address and switched off
     const char* pingGroups = "1\t0"; // who may open ICMP datagram sockets, as in net.ipv4.ping_group_range
 };
 
