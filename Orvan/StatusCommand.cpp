@@ -191,7 +191,7 @@ int papers(const QueryArguments& arguments) {
 }
 
 QueryArguments queryIn(const Arguments& arguments) {
-    return {.queue = arguments.text("--queue"),
+    return {.queue = {},
         .release = arguments.text("--release"),
         .timeout = timeoutIn(arguments),
         .json = arguments.has("--json"),
@@ -199,15 +199,24 @@ QueryArguments queryIn(const Arguments& arguments) {
         .interval = std::nullopt};
 }
 
+// Does `ask` with the queue that was named, or with the default one.
+int withQueue(const Arguments& arguments, QueryArguments query, int (*ask)(const QueryArguments&)) {
+    platform::Failure problem;
+    const auto queue = queueIn(arguments, SchedulerPatience(query.timeout).time(), problem);
+    if (!queue) return cannot(*problem);
+    query.queue = *queue;
+    return ask(query);
+}
+
 int runStatus(const Arguments& arguments) {
     QueryArguments query = queryIn(arguments);
     query.all = arguments.has("--all");
     query.interval = arguments.number("--watch");
-    return status(query);
+    return query.all ? status(query) : withQueue(arguments, query, status);
 }
 
 int runPapers(const Arguments& arguments) {
-    return papers(queryIn(arguments));
+    return withQueue(arguments, queryIn(arguments), papers);
 }
 
 constexpr ArgumentSpec kStatusArguments[]{
@@ -224,7 +233,7 @@ constexpr ArgumentSpec kStatusArguments[]{
 };
 
 constexpr ArgumentSpec kPapersArguments[]{
-    required(kQueueOption),
+    kQueueOption,
     kServerOption,
     kReleaseOption,
     kTimeoutOption,

@@ -41,7 +41,7 @@ int writeTicket(const Arguments& arguments) {
     const std::optional<std::string> bytes = platform::readFile(file, error);
     if (!bytes) return cannot(*error);
     const auto parser = OVOVGParser::initWithData(*bytes, error);
-    if (parser == nullptr) return cannot(file + " is no status document: " + *error);
+    if (parser == nullptr) return cannot(platform::nameOfInput(file) + " is no status document: " + *error);
 
     Ticket ticket;
     parser->writeToTicket(ticket);
@@ -68,8 +68,8 @@ constexpr ArgumentSpec kTicketArguments[]{
         .value = "OID=VALUE",
         .count = ArgumentSpec::Count::repeatable,
         .check = checkObject},
-    {.name = "--json", .text = "Write the ticket as JSON", .excludes = "--plist"},
-    {.name = "--plist", .text = "Write it as an XML property list"},
+    {.name = "--json", .text = "Write the ticket as JSON", .group = "form"},
+    {.name = "--plist", .text = "Write it as an XML property list", .group = "form"},
 };
 
 } // namespace
