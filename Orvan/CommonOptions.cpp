@@ -47,7 +47,7 @@ std::string checkRelease(const std::string& release) {
 std::optional<std::string> queueIn(
     const Arguments& arguments, std::chrono::duration<double> time, platform::Failure& problem) {
     if (arguments.has("--queue")) return arguments.text("--queue");
-    const std::optional<std::string> queue = findDefaultQueue(time, problem);
+    std::optional<std::string> queue = findDefaultQueue(time, problem);
     if (!queue || !queue->empty()) return queue;
     problem = "no queue is named, and there is no default queue at " + schedulerName() +
               ": name one with -q (\"lpstat -v\" lists them), or set a default (\"lpoptions -d QUEUE\")";
