@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -24,6 +25,7 @@ constexpr std::size_t kFourDigitNumbers = 0x10000;
 // libcups counts the terminator among the characters that it may write, of text and of bytes alike.
 constexpr int kEncodedBufferSize = 212;
 constexpr int kDecodedBufferSize = kPieceSize + 1;
+constexpr std::size_t kTrailerSize = 4; // of a zlib stream
 
 // A line with its line feed has at most this many bytes.
 constexpr std::size_t kMaximumLine = 2046;
@@ -245,7 +247,7 @@ private:
 
 class Decompressor {
 public:
-    enum class Step { goOn, chunkFailed, streamEnded, outOfMemory };
+    enum class Step { goOn, chunkFailed, isFull, streamEnded, wantsDictionary, outOfMemory };
 
     bool open() {
         if (!output_.growBehind(0)) return false;
@@ -270,6 +272,14 @@ public:
 
     // How many bytes have come out so far.
     std::size_t count() const { return stream_.total_out; }
+    // Of these bytes, as it ends a stream that has no more of them. RFC 1950, section 2.2: Adler-32, most
+    // significant byte first.
+    std::string trailer() const {
+        std::string bytes;
+        for (const unsigned shift : {24U, 16U, 8U, 0U})
+            bytes += static_cast<char>(stream_.adler >> shift & 0xFFU);
+        return bytes;
+    }
 
     PpdxData take(std::size_t* size) {
         if (size != nullptr) *size = stream_.total_out;
@@ -290,9 +300,10 @@ private:
                 return Step::chunkFailed;
             }
             // zlib takes no further input after either.
-            if (code == Z_STREAM_END || code == Z_NEED_DICT) return Step::streamEnded;
+            if (code == Z_STREAM_END) return Step::streamEnded;
+            if (code == Z_NEED_DICT) return Step::wantsDictionary;
             if (stream_.avail_out > 0) continue;
-            if (!Output::canGrowBehind(stream_.total_out)) return Step::chunkFailed;
+            if (!Output::canGrowBehind(stream_.total_out)) return Step::isFull;
             if (!output_.growBehind(stream_.total_out)) return Step::outOfMemory;
             output_.continueAt(stream_.total_out, window, stream_);
         }
@@ -323,33 +334,85 @@ bool ppdxWriteDataToDescriptor(
     return isWritten && writer.endLine();
 }
 
-PpdxData ppdxReadData(
-    void* source, const char* name, PpdxChunkGetter getter, std::size_t* size, std::size_t limit) {
-    if (size != nullptr) *size = 0;
-    if (source == nullptr || name == nullptr || getter == nullptr) return nullptr;
+PpdxReading ppdxRead(void* source, const char* name, PpdxChunkGetter getter, std::size_t limit) {
+    using Step = Decompressor::Step;
+    PpdxReading reading;
+    if (source == nullptr || name == nullptr || getter == nullptr) return reading;
 
     Keyword keyword(name);
     keyword.setNumber(0);
     const char* value = getter(source, keyword.text());
-    if (value == nullptr) return nullptr;
+    if (value == nullptr) return reading;
 
     Decompressor decompressor;
-    if (!decompressor.open()) return nullptr;
-    for (std::uint32_t number = 1; value != nullptr; ++number) {
+    if (!decompressor.open()) return reading;
+    // What the first failure was stands.
+    std::optional<PpdxEnding> ending;
+    const auto end = [&](PpdxEnding how, std::uint32_t number) {
+        if (!ending) reading.number = number;
+        if (!ending) ending = how;
+    };
+    std::string last; // bytes of the stream, as many as its trailer has
+    std::string trailer;
+    std::uint32_t number = 0;
+    for (; value != nullptr; ++number) {
         std::array<char, kDecodedBufferSize> piece;
         int count = kDecodedBufferSize;
-        if (httpDecode64_2(piece.data(), &count, value) == nullptr || count <= 0) break;
-
-        const auto step = decompressor.feed(piece.data(), static_cast<std::size_t>(count));
-        if (step == Decompressor::Step::outOfMemory) return nullptr;
-        if (decompressor.count() > limit) {
-            if (size != nullptr) *size = decompressor.count();
-            return nullptr;
+        if (httpDecode64_2(piece.data(), &count, value) == nullptr || count <= 0) {
+            end(number == 0 ? PpdxEnding::whole : PpdxEnding::cutShort, number);
+            break;
         }
-        if (step == Decompressor::Step::streamEnded) break;
-        value = keyword.setNumber(number) ? getter(source, keyword.text()) : nullptr;
+        const Step step = decompressor.feed(piece.data(), static_cast<std::size_t>(count));
+        if (step == Step::outOfMemory) return {};
+        last.append(piece.data(), static_cast<std::size_t>(count));
+        last.erase(0, last.size() - std::min(last.size(), kTrailerSize));
+        if (decompressor.count() > limit) {
+            reading.size = decompressor.count();
+            reading.ending = PpdxEnding::tooLarge;
+            return reading;
+        }
+        if (step == Step::isFull && !ending) trailer = decompressor.trailer();
+        if (step == Step::isFull) end(PpdxEnding::tooLarge, number);
+        if (step == Step::chunkFailed || step == Step::wantsDictionary) end(PpdxEnding::damaged, number);
+        if (step == Step::streamEnded) end(PpdxEnding::whole, number);
+        if (step == Step::streamEnded || step == Step::wantsDictionary) break;
+        value = keyword.setNumber(number + 1) ? getter(source, keyword.text()) : nullptr;
     }
-    return decompressor.take(size);
+    end(PpdxEnding::missing, number);
+    // With all of the room used up, the end of the stream was not read, but may have been there.
+    const bool isExact = ending == PpdxEnding::tooLarge && last == trailer;
+    reading.ending = isExact ? PpdxEnding::whole : *ending;
+    reading.bytes = decompressor.take(&reading.size);
+    return reading;
+}
+
+PpdxData ppdxReadData(
+    void* source, const char* name, PpdxChunkGetter getter, std::size_t* size, std::size_t limit) {
+    PpdxReading reading = ppdxRead(source, name, getter, limit);
+    if (size != nullptr) *size = reading.size;
+    return std::move(reading.bytes);
+}
+
+std::string ppdxKeyword(const std::string& name, std::uint32_t number) {
+    Keyword keyword(name);
+    keyword.setNumber(number);
+    return keyword.text();
+}
+
+std::string ppdxProblemWithName(const std::string& name) {
+    if (name.empty()) return "it is empty";
+    if (name.size() > kPpdxMaximumNameLength)
+        return "it is longer than " + std::to_string(kPpdxMaximumNameLength) +
+               " characters, so its numbers would not fit a PPD keyword";
+    const bool isASCII = std::ranges::all_of(name, [](char c) { return c > ' ' && c <= '~'; });
+    if (!isASCII) return "it has characters other than printable ASCII without spaces";
+    // The ends of a keyword in a PPD or in a message; a quoted value; a keyword's translation.
+    if (const std::size_t found = name.find_first_of(":=\"/"); found != std::string::npos)
+        return std::string("it has the character ") + name[found];
+    // A comment, a query, and a group of messages.
+    if (std::string_view("%?{").find(name.front()) != std::string_view::npos)
+        return std::string("it begins with the character ") + name.front();
+    return {};
 }
 
 } // namespace orvan

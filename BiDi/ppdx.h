@@ -68,4 +68,32 @@ using PpdxData = std::unique_ptr<char, PpdxFree>;
 PpdxData ppdxReadData(void* source, const char* name, PpdxChunkGetter getter, std::size_t* size,
     std::size_t limit = kPpdxMaximumSize);
 
+// How the reading of a sequence ended.
+enum class PpdxEnding {
+    noEntry,  // there is no entry with the number 0, or no memory
+    whole,    // the block is complete; that of an empty sequence is empty
+    cutShort, // by a terminator before the block's end
+    missing,  // the block goes on, and the next entry is not there
+    damaged,  // from an entry on, nothing can be decompressed; with the last one, the check failed
+    tooLarge, // the block is larger than kPpdxMaximumSize
+};
+
+struct PpdxReading {
+    PpdxData bytes; // as ppdxReadData answers them
+    std::size_t size = 0;
+    PpdxEnding ending = PpdxEnding::noEntry;
+    std::uint32_t number = 0; // of the entry where it ended; of the first one where damage shows
+};
+
+// The same as ppdxReadData, for who wants to know whether the block is whole.
+PpdxReading ppdxRead(
+    void* source, const char* name, PpdxChunkGetter getter, std::size_t limit = kPpdxMaximumSize);
+
+// The keyword of an entry, cut to kPpdxMaximumKeywordLength.
+std::string ppdxKeyword(const std::string& name, std::uint32_t number);
+
+// What is wrong with a name, for people; "" when entries with it can be written, pass as messages of a filter
+// (PPD Specification 4.3, section 2.4, and libcups have the characters of a PPD's main keyword), and be read.
+std::string ppdxProblemWithName(const std::string& name);
+
 } // namespace orvan

@@ -24,7 +24,8 @@ void addOutcome(nlohmann::ordered_json& json,
 // "queue", the outcome, "remark", "commands" and "responses".
 nlohmann::ordered_json jsonOf(const PrinterAnswers& printer);
 
-// "printer Office was not asked: the queue rejects jobs. The answers of 14:05 follow."
+// "printer Office was not asked: the queue rejects jobs. The answers of 14:05 follow." The problem's text
+// alone where there is no queue.
 std::string complaintOf(const std::string& queue, const AnswerReason& problem, bool hasAnswers,
     const std::optional<std::chrono::system_clock::time_point>& askedAt);
 

@@ -16,6 +16,8 @@ class Arguments {
 public:
     using Values = std::vector<std::string>;
 
+    // Whether the command has it.
+    bool knows(std::string_view name) const { return values_.contains(name); }
     // Whether it was given.
     bool has(std::string_view name) const;
     // All that was given for it, in order.

@@ -1,8 +1,8 @@
 #include "Common/Utilities/DeviceChecks.h"
 #include "Orvan/Commands.h"
 #include "Orvan/CommonOptions.h"
+#include "Orvan/PPDArgument.h"
 #include "Orvan/PropertyListJson.h"
-#include "PrintDialog/Host/DialogPPD.h"
 
 #include <nlohmann/json.hpp>
 
@@ -15,7 +15,7 @@ namespace {
 
 int check(const Arguments& arguments) {
     platform::Failure error;
-    const std::unique_ptr<DialogPPD> ppd = DialogPPD::open(arguments.text("PPD"), error);
+    const std::unique_ptr<DialogPPD> ppd = openPPD(arguments.text("PPD"), error);
     if (ppd == nullptr) return cannot(*error);
 
     const std::int32_t family = MyCheckPDEContextCUPS(ppd->record());
@@ -34,7 +34,9 @@ int check(const Arguments& arguments) {
 }
 
 constexpr ArgumentSpec kCheckArguments[]{
-    {.name = "PPD", .text = "The printer's PPD file", .count = ArgumentSpec::Count::required},
+    {.name = "PPD",
+        .text = "The printer's PPD file; - is standard input",
+        .count = ArgumentSpec::Count::required},
     kJSONFlag,
 };
 

@@ -16,7 +16,9 @@ enum ExitCode : int {
     kWrongUsage = 2, // the arguments make no sense
 };
 
-// Writes "orvan: message" to standard error and answers kNotDone.
+// Writes "orvan: message" to standard error, wrapped where that is a terminal.
+void say(const std::string& message);
+// The same, and answers kNotDone.
 int cannot(const std::string& message);
 
 // One argument of a command. All texts live as long as the program.
@@ -29,10 +31,8 @@ struct ArgumentSpec {
     Count count = Count::optional;
     // What is wrong with a value, for people; "" for nothing. Null takes any.
     std::string (*check)(const std::string& value) = nullptr;
-    // Of the options with the same group exactly one has to be given.
+    // Of the options with the same group at most one can be given.
     const char* group = nullptr;
-    // Another option of the command that cannot be given as well.
-    const char* excludes = nullptr;
 };
 
 struct Command {

@@ -1,9 +1,16 @@
 #include "Orvan/CommandLine.h"
 
+#include "Formats/OneLine.h"
+#include "Orvan/CommandHelp.h"
 #include "Orvan/Commands.h"
+#include "Orvan/Terminal.h"
+#include "Orvan/Wrapping.h"
 
 #include <CLI/CLI.hpp>
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <map>
@@ -13,112 +20,183 @@
 
 namespace orvan {
 
+void say(const std::string& message) {
+    const std::string start = "orvan: ";
+    std::cerr << wrapped(start + message, wrappingWidth(STDERR_FILENO), start.size()) + '\n';
+}
+
 int cannot(const std::string& message) {
-    std::cerr << "orvan: " + message + '\n';
+    say(message);
     return kNotDone;
 }
 
 namespace {
 
-// One line: what is wrong with the arguments, and where to read on.
-std::string wrongUsage(const CLI::App* program, const CLI::Error& problem) {
-    std::string what = problem.what();
-    const std::vector<std::string> unknown = program->remaining();
-    if (program->get_subcommands().empty())
-        what = unknown.empty() ? "a command is missing" : "there is no command " + unknown.front();
-    return "orvan: " + what + " (\"orvan --help\" says more)\n";
-}
+// Each parser's command; the program's own has none.
+using CommandsOfParsers = std::map<const CLI::App*, const Command*>;
 
-// What is to be done: a command, and its parser, which knows what was given.
+// What is to be done, as far as the words say.
 struct Chosen {
-    const Command* command = nullptr;
     const CLI::App* parser = nullptr;
+    const Command* command = nullptr; // null when no command was named
+    std::string path;                 // "orvan chunks encode"
 };
 
-// "-q,--queue" goes by "--queue".
-std::string lastName(const std::string& names) {
-    return names.substr(names.rfind(',') + 1);
+// Every word is taken; which of them make no sense is said by problemWith(), in words of this program's own.
+void addArgument(CLI::App& parser, const ArgumentSpec& spec) {
+    if (isFlag(spec))
+        parser.add_flag(spec.name)->disable_flag_override();
+    else
+        parser.add_option(spec.name)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
-CLI::Option* addArgument(CLI::App& parser, const ArgumentSpec& spec) {
-    const std::string name = spec.name;
-    if (name.starts_with('-') && spec.value == nullptr) return parser.add_flag(name, spec.text);
-    CLI::Option* const option = parser.add_option(name, spec.text);
-    option->type_name(spec.value != nullptr ? spec.value : "TEXT");
-    option->required(spec.count == ArgumentSpec::Count::required);
-    if (spec.count == ArgumentSpec::Count::repeatable)
-        option->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args(false);
-    if (spec.check != nullptr) option->check(spec.check);
-    return option;
-}
-
-void addArguments(CLI::App& parser, const Command& command) {
-    std::map<std::string, CLI::Option_group*> groups;
-    for (const ArgumentSpec& spec : command.arguments) {
-        if (spec.group == nullptr) {
-            addArgument(parser, spec);
-            continue;
-        }
-        CLI::Option_group*& group = groups[spec.group];
-        if (group == nullptr) group = parser.add_option_group(spec.group);
-        addArgument(*group, spec);
-        group->require_option(1);
-    }
+void addCommand(CLI::App& above, const Command& command, CommandsOfParsers& commands) {
+    CLI::App* const parser = above.add_subcommand(command.name);
+    commands.emplace(parser, &command);
+    parser->allow_extras()->require_subcommand(0, 1);
     for (const ArgumentSpec& spec : command.arguments)
-        if (spec.excludes != nullptr)
-            parser.get_option(lastName(spec.name))->excludes(parser.get_option(spec.excludes));
+        addArgument(*parser, spec);
+    for (const Command& below : command.below)
+        addCommand(*parser, below, commands);
 }
 
-// An option of a group belongs to the group's parser.
-const CLI::Option* findOption(const CLI::App& parser, const std::string& name) {
-    if (const CLI::Option* const option = parser.get_option_no_throw(name)) return option;
-    for (const CLI::App* const group : parser.get_subcommands([](const CLI::App*) { return true; }))
-        if (const CLI::Option* const option = group->get_option_no_throw(name)) return option;
-    return nullptr;
+// No command.
+Chosen chosenOf(const CLI::App& program) {
+    return {.parser = &program, .command = nullptr, .path = program.get_name()};
+}
+
+Chosen chosenIn(const CLI::App& program, const CommandsOfParsers& commands) {
+    Chosen chosen = chosenOf(program);
+    for (auto named = program.get_subcommands(); !named.empty(); named = chosen.parser->get_subcommands()) {
+        chosen.parser = named.front();
+        chosen.command = commands.at(named.front());
+        chosen.path.append(" ").append(chosen.command->name);
+    }
+    return chosen;
+}
+
+std::vector<const Command*> commandsBelow(const Chosen& chosen) {
+    if (chosen.command == nullptr) return {std::begin(kCommands), std::end(kCommands)};
+    std::vector<const Command*> below;
+    for (const Command& command : chosen.command->below)
+        below.push_back(&command);
+    return below;
 }
 
 Arguments argumentsOf(const Chosen& chosen) {
     Arguments arguments;
     for (const ArgumentSpec& spec : chosen.command->arguments) {
-        const std::string name = lastName(spec.name);
-        const CLI::Option* const option = findOption(*chosen.parser, name);
-        arguments.set(name, option != nullptr ? option->results() : Arguments::Values());
+        const std::string name = lastName(spec);
+        arguments.set(name, chosen.parser->get_option(name)->results());
     }
     return arguments;
 }
 
-void addCommand(CLI::App& program, const Command& command, Chosen& chosen) {
-    CLI::App* const parser =
-        program.add_subcommand(command.name, command.text != nullptr ? command.text : "");
-    if (command.text == nullptr) parser->group("");
-    if (command.footer != nullptr) parser->footer(command.footer);
-    addArguments(*parser, command);
-    for (const Command& below : command.below)
-        addCommand(*parser, below, chosen);
-    if (!command.below.empty()) parser->require_subcommand(1);
-    if (command.run != nullptr)
-        parser->callback([&command, parser, &chosen] { chosen = {&command, parser}; });
+// What is wrong with a word that is no argument of the command.
+std::string problemWithWord(const Chosen& chosen, const std::string& word) {
+    if (word.starts_with('-') && word != "-")
+        return "there is no option " + platform::onOneLine(word.substr(0, word.find('=')));
+    if (!commandsBelow(chosen).empty()) return "there is no command " + platform::onOneLine(word);
+    return '"' + platform::onOneLine(word) + '"' + " is one argument too many";
+}
+
+// What is wrong with what was given for the argument.
+std::string problemWith(const ArgumentSpec& spec, const Arguments::Values& values) {
+    const std::string name = lastName(spec);
+    if (values.empty()) return spec.count == ArgumentSpec::Count::required ? name + " is missing" : "";
+    if (values.size() > 1 && !isFlag(spec) && spec.count != ArgumentSpec::Count::repeatable)
+        return name + " was given more than once";
+    for (const std::string& value : values)
+        if (const std::string problem = spec.check != nullptr ? spec.check(value) : ""; !problem.empty())
+            return name + ": " + platform::onOneLine(problem);
+    return {};
+}
+
+// The first two options of one group that were both given.
+std::string problemWithGroups(const Command& command, const Arguments& arguments) {
+    std::map<std::string, std::string> given;
+    for (const ArgumentSpec& spec : command.arguments) {
+        if (spec.group == nullptr || !arguments.has(lastName(spec))) continue;
+        const auto [first, isFirst] = given.emplace(spec.group, lastName(spec));
+        if (!isFirst) return first->second + " and " + lastName(spec) + " exclude each other";
+    }
+    return {};
+}
+
+// What is wrong with words that the parser took.
+std::string problemWith(const Chosen& chosen) {
+    std::vector<std::string> extras = chosen.parser->remaining();
+    std::erase(extras, "--");
+    if (!extras.empty()) return problemWithWord(chosen, extras.front());
+    if (chosen.command == nullptr || chosen.command->run == nullptr)
+        return "a command is missing: " + listOf(commandsBelow(chosen), "or");
+    const Arguments arguments = argumentsOf(chosen);
+    for (const ArgumentSpec& spec : chosen.command->arguments)
+        if (std::string problem = problemWith(spec, arguments.all(lastName(spec))); !problem.empty())
+            return problem;
+    return problemWithGroups(*chosen.command, arguments);
+}
+
+// What is wrong with words that the parser did not take: a value too many, or one too few at their end.
+std::string problemWithValues(const Chosen& chosen, const std::vector<std::string>& words) {
+    for (const std::string& word : words)
+        for (const ArgumentSpec& spec : chosen.command->arguments)
+            if (isFlag(spec) && word.starts_with(lastName(spec) + '='))
+                return lastName(spec) + " takes no value";
+    for (const ArgumentSpec& spec : chosen.command->arguments)
+        if (!isFlag(spec) && isNamed(spec, words.back()))
+            return words.back() + " needs a value: " + words.back() + ' ' + spec.value;
+    return "a value is missing behind " + platform::onOneLine(words.back());
+}
+
+int refuse(const Chosen& chosen, const std::string& problem) {
+    say(problem + " (\"" + chosen.path + " --help\" says more)");
+    return kWrongUsage;
+}
+
+// "--queue=" has an empty value, which the parser would look for in the next word.
+std::vector<std::string> wordsOf(int argc, const char* const* argv) {
+    std::vector<std::string> words;
+    bool mayBeOption = true;
+    for (std::string word : std::vector<std::string>(argv + std::min(argc, 1), argv + argc)) {
+        mayBeOption = mayBeOption && word != "--";
+        const bool hasEmptyValue = mayBeOption && word.starts_with("--") && word.find('=') == word.size() - 1;
+        if (hasEmptyValue) word.pop_back();
+        words.push_back(std::move(word));
+        if (hasEmptyValue) words.emplace_back();
+    }
+    return words;
 }
 
 } // namespace
 
 int runCommandLine(int argc, const char* const* argv, const char* version) {
-    CLI::App program("Paper options of Orvan printers, from the command line.", "orvan");
-    program.set_version_flag("--version", std::string("orvan ") + version);
-    program.require_subcommand(1);
-    program.failure_message(wrongUsage);
-    program.footer("Exit codes: 0 done, 1 it could not be done, 2 wrong usage.\n"
-                   "\"orvan COMMAND --help\" says more about a command.");
-    Chosen chosen;
+    CLI::App program("", "orvan");
+    program.set_version_flag("--version", "");
+    program.allow_extras()->require_subcommand(0, 1);
+    CommandsOfParsers commands;
     for (const Command* const command : kCommands)
-        addCommand(program, *command, chosen);
+        addCommand(program, *command, commands);
+    const std::vector<std::string> words = wordsOf(argc, argv);
     try {
-        program.parse(argc, argv);
-    } catch (const CLI::ParseError& problem) {
-        return program.exit(problem) == 0 ? kDone : kWrongUsage;
+        program.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+    } catch (const CLI::CallForHelp&) {
+        const Chosen chosen = chosenIn(program, commands);
+        std::cout << helpText(
+            chosen.path, chosen.command, commandsBelow(chosen), wrappingWidth(STDOUT_FILENO));
+        return kDone;
+    } catch (const CLI::CallForVersion&) {
+        std::cout << "orvan " << version << '\n';
+        return kDone;
+    } catch (const CLI::ParseError&) {
+        const Chosen chosen = chosenIn(program, commands);
+        return refuse(chosen, problemWithValues(chosen, words));
     }
+    // What stands before a command is the program's.
+    const Chosen chosen = program.remaining().empty() ? chosenIn(program, commands) : chosenOf(program);
+    if (const std::string problem = problemWith(chosen); !problem.empty()) return refuse(chosen, problem);
     const Arguments arguments = argumentsOf(chosen);
-    if (findOption(*chosen.parser, "--server") != nullptr && arguments.has("--server"))
+    if (arguments.knows("--server") && arguments.has("--server"))
         setenv("CUPS_SERVER", arguments.text("--server").c_str(), 1);
     return chosen.command->run(arguments);
 }

@@ -1,6 +1,7 @@
 #include "Orvan/CommonOptions.h"
 
 #include "Platform/Gestalt.h"
+#include "Scheduler/PrintScheduler.h"
 
 #include <algorithm>
 
@@ -8,15 +9,26 @@ namespace orvan {
 namespace {
 
 constexpr double kDefaultTimeout = 10; // seconds
+constexpr double kLongest = 1e6;       // seconds; clocks cannot count everything
 
 } // namespace
 
 std::string checkPositive(const std::string& number) {
-    return numberIn(number).value_or(0) > 0 ? "" : "\"" + number + "\" is not a number above 0";
+    const double seconds = numberIn(number).value_or(0);
+    return seconds > 0 && seconds <= kLongest
+               ? ""
+               : "\"" + number + "\" is not a number above 0, such as 2.5, and at most 1000000";
 }
 
 std::string checkNotNegative(const std::string& number) {
-    return numberIn(number).value_or(-1) >= 0 ? "" : "\"" + number + "\" is not a number of 0 or more";
+    const double seconds = numberIn(number).value_or(-1);
+    return seconds >= 0 && seconds <= kLongest
+               ? ""
+               : "\"" + number + "\" is not a number of 0 or more, such as 2.5, and at most 1000000";
+}
+
+std::string checkFile(const std::string& file) {
+    return file.empty() ? "the name of a file is missing" : "";
 }
 
 std::string checkServer(const std::string& server) {
@@ -30,6 +42,16 @@ std::string checkRelease(const std::string& release) {
                             release.find("..") == std::string::npos && std::ranges::count(release, '.') <= 2;
     return wellFormed ? ""
                       : "\"" + release + "\" is not a release such as " + platform::kDefaultSystemRelease;
+}
+
+std::optional<std::string> queueIn(
+    const Arguments& arguments, std::chrono::duration<double> time, platform::Failure& problem) {
+    if (arguments.has("--queue")) return arguments.text("--queue");
+    std::optional<std::string> queue = findDefaultQueue(time, problem);
+    if (!queue || !queue->empty()) return queue;
+    problem = "no queue is named, and there is no default queue at " + schedulerName() +
+              ": name one with -q (\"lpstat -v\" lists them), or set a default (\"lpoptions -d QUEUE\")";
+    return std::nullopt;
 }
 
 std::chrono::duration<double> timeoutIn(const Arguments& arguments) {

@@ -1,9 +1,11 @@
 // Rows that several commands have, the same in each.
 #pragma once
 
+#include "Formats/Failure.h"
 #include "Orvan/Command.h"
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 namespace orvan {
@@ -11,11 +13,17 @@ namespace orvan {
 // What is wrong with a value; "" for nothing.
 std::string checkPositive(const std::string& number);
 std::string checkNotNegative(const std::string& number);
+std::string checkFile(const std::string& file);
 std::string checkServer(const std::string& server);
 std::string checkRelease(const std::string& release);
 
-inline constexpr ArgumentSpec kQueueOption{
-    .name = "-q,--queue", .text = "A queue of the print scheduler", .value = "QUEUE"};
+inline constexpr ArgumentSpec kQueueOption{.name = "-q,--queue",
+    .text = "A queue of the print scheduler (default: as \"lpstat -d\" says)",
+    .value = "QUEUE"};
+// The queue that was named, or the default one, for which a scheduler is waited for so long. Nothing, and a
+// message for people, when there is none.
+std::optional<std::string> queueIn(
+    const Arguments& arguments, std::chrono::duration<double> time, platform::Failure& problem);
 
 // The scheduler that this process, and what it starts, talks to; as CUPS_SERVER, which it replaces before the
 // command runs.
@@ -37,13 +45,7 @@ std::chrono::duration<double> timeoutIn(const Arguments& arguments);
 
 inline constexpr ArgumentSpec kJSONFlag{.name = "--json", .text = "Answer in JSON"};
 
-// The same row, with a value that has to be given.
-constexpr ArgumentSpec required(ArgumentSpec spec) {
-    spec.count = ArgumentSpec::Count::required;
-    return spec;
-}
-
-// The same row as one of a group, of which one has to be given.
+// The same row as one of a group, of which one can be given.
 constexpr ArgumentSpec inGroup(ArgumentSpec spec, const char* group) {
     spec.group = group;
     return spec;

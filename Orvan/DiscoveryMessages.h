@@ -13,8 +13,7 @@ class DiscoveryMessages {
 private:
     DNSMessages messages_{[](const std::string& message) {
         const std::size_t start = message.find_first_not_of('\n');
-        if (start != std::string::npos)
-            std::cerr << "orvan: " << platform::onOneLine(message.substr(start)) << '\n';
+        if (start != std::string::npos) say(platform::onOneLine(message.substr(start)));
     }};
 };
 

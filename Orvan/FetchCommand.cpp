@@ -39,8 +39,8 @@ int writeDocument(const Arguments& arguments) {
     FetchRequest request{arguments.text("URL"), user, passwordFor(user)};
     const FetchResult result = fetch(request);
     if (!result.uncheckedCertificate.empty())
-        std::cerr << "orvan: certificate not checked: nobody vouches for it; its SHA-256 fingerprint is "
-                  << result.uncheckedCertificate << '\n';
+        say("certificate not checked: nobody vouches for it; its SHA-256 fingerprint is " +
+            result.uncheckedCertificate);
     std::cout.write(result.bytes.data(), static_cast<std::streamsize>(result.bytes.size()));
     const std::string problem = problemOf(result);
     return problem.empty() ? kDone : cannot(platform::onOneLine(problem));

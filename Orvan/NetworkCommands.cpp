@@ -46,14 +46,15 @@ std::optional<std::string> lookUp(const std::string& device) {
 }
 
 int showURL(const Arguments& arguments) {
-    const std::string queue = arguments.text("--queue");
     platform::Failure problem;
-    const std::optional<std::string> device =
-        queue.empty() ? arguments.text("--device-uri") : deviceOf(queue, problem);
+    std::optional<std::string> device = arguments.optionalText("--device-uri");
+    std::optional<std::string> queue;
+    if (!device && (queue = queueIn(arguments, SchedulerPatience::kAll, problem)))
+        device = deviceOf(*queue, problem);
     if (!device) return cannot(*problem);
     const std::optional<std::string> url = lookUp(*device);
     if (!url)
-        return cannot("the device " + (queue.empty() ? *device : "of printer " + queue) +
+        return cannot("the device " + (queue ? "of printer " + *queue : *device) +
                       " has no host on the network, or is a discovered printer that does not answer now");
     if (arguments.has("--json"))
         std::cout << jsonText(Json{{"schemaVersion", 1}, {"url", *url}}) << '\n';

@@ -3,6 +3,7 @@
 #include "Orvan/Commands.h"
 #include "Orvan/CommonOptions.h"
 #include "Orvan/Interruption.h"
+#include "Orvan/PPDArgument.h"
 #include "Orvan/PrinterQuery.h"
 #include "Orvan/PropertyListJson.h"
 #include "Orvan/Waiting.h"
@@ -32,7 +33,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 struct PanelArguments {
-    std::string ppdFile;
+    std::string ppdFile; // "" for a queue's
     std::string queue;
     std::vector<std::string> sets;
     std::string release;
@@ -145,7 +146,7 @@ std::optional<std::string> deliver(platform::PDEPanel& panel, const std::string&
     const std::optional<std::string> bytes = platform::readFile(file, error);
     if (!bytes) return *error;
     const std::optional<platform::PropertyList> response = platform::PropertyList::read(*bytes, error);
-    if (!response) return file + " is no property list: " + *error;
+    if (!response) return platform::nameOfInput(file) + " is no property list: " + *error;
     panel.receivedPrinterAnswer(*response);
     return std::nullopt;
 }
@@ -161,7 +162,7 @@ int showPanel(PanelSession& session, const PanelArguments& arguments) {
     session.setPickHandler(
         [&session](const std::string& option, const std::string&, const MarkResult& result) {
             if (const std::string text = noticeText(session.ppd(), result, option); !text.empty())
-                std::cerr << "orvan: " << platform::onOneLine(text) << '\n';
+                say(platform::onOneLine(text));
         });
     platform::View* const root = session.panel().panelView();
     if (root == nullptr)
@@ -200,10 +201,9 @@ int runPanel(const PanelArguments& arguments) {
     setSystemRelease(arguments.release);
 
     platform::Failure error;
-    const bool fromQueue = !arguments.queue.empty();
     std::shared_ptr<SchedulerPrinter> printer;
     std::unique_ptr<DialogPPD> ppd;
-    if (fromQueue) {
+    if (arguments.ppdFile.empty()) {
         const auto time = SchedulerPatience(arguments.timeout).time();
         if (auto opened = fetchQueue(arguments.queue, time, error)) {
             ppd = std::move(opened->ppd);
@@ -211,7 +211,7 @@ int runPanel(const PanelArguments& arguments) {
                 std::move(opened->fetched), SchedulerPrinterOptions{.deadline = time});
         }
     } else {
-        ppd = DialogPPD::open(arguments.ppdFile, error);
+        ppd = openPPD(arguments.ppdFile, error);
     }
     if (ppd == nullptr) return cannot(*error);
     const auto bundle = platform::Bundle::open(paperOptionsBundleFolder(), error);
@@ -234,8 +234,13 @@ std::string checkSet(const std::string& set) {
 }
 
 int showPanelFor(const Arguments& arguments) {
+    platform::Failure problem;
+    std::optional<std::string> queue;
+    if (!arguments.has("--ppd"))
+        queue = queueIn(arguments, SchedulerPatience(timeoutIn(arguments)).time(), problem);
+    if (problem) return cannot(*problem);
     return runPanel({.ppdFile = arguments.text("--ppd"),
-        .queue = arguments.text("--queue"),
+        .queue = queue.value_or(""),
         .sets = arguments.all("--set"),
         .release = arguments.text("--release"),
         .responses = arguments.all("--response"),
@@ -244,7 +249,11 @@ int showPanelFor(const Arguments& arguments) {
 }
 
 constexpr ArgumentSpec kPanelArguments[]{
-    {.name = "--ppd", .text = "The printer's PPD file", .value = "FILE", .group = "printer"},
+    {.name = "--ppd",
+        .text = "The printer's PPD file; - is standard input",
+        .value = "FILE",
+        .check = checkFile,
+        .group = "printer"},
     inGroup(kQueueOption, "printer"),
     {.name = "--set",
         .text = "Pick a choice in the panel, as a person would; repeatable",
@@ -254,7 +263,8 @@ constexpr ArgumentSpec kPanelArguments[]{
     kServerOption,
     kReleaseOption,
     {.name = "--response",
-        .text = "A property list to hand to the panel as the printer's answer; repeatable",
+        .text =
+            "A property list to hand to the panel as the printer's answer; repeatable, - is standard input",
         .value = "FILE",
         .count = ArgumentSpec::Count::repeatable},
     kTimeoutOption,

@@ -16,7 +16,7 @@ int convert(const Arguments& arguments) {
     const std::optional<std::string> bytes = platform::readFile(file, error);
     if (!bytes) return cannot(*error);
     const std::optional<platform::PropertyList> list = platform::PropertyList::read(*bytes, error);
-    if (!list) return cannot(file + " is no property list: " + *error);
+    if (!list) return cannot(platform::nameOfInput(file) + " is no property list: " + *error);
     if (arguments.has("--xml"))
         std::cout << list->writeXML();
     else if (arguments.has("--binary"))
@@ -30,9 +30,9 @@ constexpr ArgumentSpec kPlistArguments[]{
     {.name = "FILE",
         .text = "The property list: XML, binary, or text; - is standard input",
         .count = ArgumentSpec::Count::required},
-    {.name = "--json", .text = "Write JSON (the default)", .excludes = "--xml"},
-    {.name = "--xml", .text = "Write the XML form", .excludes = "--binary"},
-    {.name = "--binary", .text = "Write the binary form", .excludes = "--json"},
+    {.name = "--json", .text = "Write JSON (the default)", .group = "form"},
+    {.name = "--xml", .text = "Write the XML form", .group = "form"},
+    {.name = "--binary", .text = "Write the binary form", .group = "form"},
 };
 
 } // namespace

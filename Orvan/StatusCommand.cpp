@@ -32,6 +32,7 @@ enum class Form { text, json, metrics };
 
 struct QueryArguments {
     std::string queue;
+    AnswerReason noQueue; // why there is none
     std::string release;
     std::chrono::duration<double> timeout{};
     Form form = Form::text;
@@ -60,6 +61,11 @@ Round ask(const QueryArguments& arguments) {
                 {}};
         queues = *std::move(found);
     }
+    if (!arguments.noQueue.isNone()) {
+        Round round;
+        round.printers.emplace_back().problem = arguments.noQueue;
+        return round;
+    }
     Round round{{}, askPrinters(queues, arguments.timeout)};
     if (wasInterrupted())
         round.problem = {AnswerCode::interrupted, "interrupted; the printer is not asked any more"};
@@ -72,7 +78,7 @@ bool needsHand(const PrinterAnswers& printer) {
 }
 
 void complain(const std::string& sentence) {
-    if (!sentence.empty()) std::cerr << "orvan: " << sentence << '\n';
+    if (!sentence.empty()) say(sentence);
 }
 
 // What is written again and again has the time of each.
@@ -140,6 +146,14 @@ void writeTime() {
               << '\n';
 }
 
+// Whether the scheduler answered all that it was asked.
+bool hasScheduler(const Round& round) {
+    const auto isGone = [](const AnswerReason& reason) {
+        return reason.code >= AnswerCode::schedulerNotThere && reason.code < AnswerCode::schedulerRefuses;
+    };
+    return !isGone(round.problem) && std::ranges::none_of(round.printers, isGone, &PrinterAnswers::problem);
+}
+
 int showStatus(const QueryArguments& arguments) {
     Round round = ask(arguments);
     const auto isWell = [](const PrinterAnswers& printer) { return printer.problem.isNone(); };
@@ -160,8 +174,7 @@ int showStatus(const QueryArguments& arguments) {
         writeJSON(round, arguments);
         break;
     case Form::metrics:
-        writeMetrics(round.problem.isNone() || round.problem.code == AnswerCode::noSuchQueue, round.printers,
-            std::cout);
+        writeMetrics(hasScheduler(round), round.printers, std::cout);
         break;
     case Form::text:
         if (round.problem.isNone()) writeText(round.printers, arguments);
@@ -235,10 +248,19 @@ int papers(const QueryArguments& arguments) {
 
 QueryArguments queryIn(const Arguments& arguments) {
     QueryArguments query;
-    query.queue = arguments.text("--queue");
     query.release = arguments.text("--release");
     query.timeout = timeoutIn(arguments);
     if (arguments.has("--json")) query.form = Form::json;
+    return query;
+}
+
+// With the queue that was named, or the default one.
+QueryArguments withQueue(const Arguments& arguments, QueryArguments query) {
+    platform::Failure problem;
+    if (auto queue = queueIn(arguments, SchedulerPatience(query.timeout).time(), problem))
+        query.queue = *std::move(queue);
+    else
+        query.noQueue = {AnswerCode::noSuchQueue, *problem};
     return query;
 }
 
@@ -249,11 +271,11 @@ int runStatus(const Arguments& arguments) {
     query.low = arguments.has("--low");
     query.interval = arguments.number("--watch");
     if (arguments.has("--metrics")) query.form = Form::metrics;
-    return status(query);
+    return query.all ? status(query) : status(withQueue(arguments, std::move(query)));
 }
 
 int runPapers(const Arguments& arguments) {
-    return papers(queryIn(arguments));
+    return papers(withQueue(arguments, queryIn(arguments)));
 }
 
 constexpr ArgumentSpec kStatusArguments[]{
@@ -268,12 +290,12 @@ constexpr ArgumentSpec kStatusArguments[]{
     kServerOption,
     kReleaseOption,
     kTimeoutOption,
-    {.name = kJSONFlag.name, .text = kJSONFlag.text, .excludes = "--metrics"},
-    {.name = "--metrics", .text = "Answer in OpenMetrics text, for monitoring", .excludes = "--watch"},
+    inGroup(kJSONFlag, "form"),
+    {.name = "--metrics", .text = "Answer in OpenMetrics text, for monitoring", .group = "form"},
 };
 
 constexpr ArgumentSpec kPapersArguments[]{
-    required(kQueueOption),
+    kQueueOption,
     kServerOption,
     kReleaseOption,
     kTimeoutOption,

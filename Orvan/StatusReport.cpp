@@ -5,8 +5,7 @@
 #include "Formats/OneLine.h"
 #include "Orvan/PropertyListJson.h"
 #include "Orvan/Terminal.h"
-
-#include <glib.h>
+#include "Orvan/Wrapping.h"
 
 #include <algorithm>
 #include <array>
@@ -42,7 +41,7 @@ struct ShownLevel {
 ShownLevel shownLevel(const Level& level, bool decorated) {
     if (!level.percent) {
         const std::string word = orElse(level.word, "unknown");
-        return {word, static_cast<std::size_t>(g_utf8_strlen(word.c_str(), -1))};
+        return {word, columnsOf(word)};
     }
     const std::string figure = std::to_string(*level.percent);
     const std::string aligned = std::string(3 - std::min<std::size_t>(figure.size(), 3), ' ') + figure + " %";
@@ -56,8 +55,7 @@ ShownLevel shownLevel(const Level& level, bool decorated) {
 }
 
 std::string padded(const std::string& text, std::size_t columns) {
-    const auto width = static_cast<std::size_t>(g_utf8_strlen(text.c_str(), -1));
-    return text + std::string(columns - std::min(columns, width), ' ');
+    return text + std::string(columns - std::min(columns, columnsOf(text)), ' ');
 }
 
 // The column behind the longest name.
@@ -65,7 +63,7 @@ template <class Things>
 std::size_t nameColumns(const Things& things) {
     std::size_t columns = kNameWidth;
     for (const auto& thing : things)
-        columns = std::max(columns, static_cast<std::size_t>(g_utf8_strlen(thing.name.c_str(), -1)) + 2);
+        columns = std::max(columns, columnsOf(thing.name) + 2);
     return columns;
 }
 

@@ -1,12 +1,13 @@
 #include "Orvan/Terminal.h"
 
 #include "Formats/OneLine.h"
-#include "Formats/TextEncoding.h"
+#include "Orvan/Wrapping.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <iostream>
 #include <string_view>
@@ -15,8 +16,9 @@ namespace orvan {
 namespace {
 
 constexpr std::size_t kUsualWidth = 80;
+constexpr std::size_t kLeastWidth = 40;
 
-// Of what stands on the progress line.
+// In columns, of what stands on the progress line.
 std::size_t shownWidth = 0;
 
 bool isDumb() {
@@ -24,7 +26,22 @@ bool isDumb() {
     return terminal == nullptr || std::string_view(terminal) == "dumb";
 }
 
+// Of a terminal. XBD, section 8.3: COLUMNS is what the person prefers.
+std::size_t terminalWidth(int descriptor) {
+    const char* const variable = std::getenv("COLUMNS");
+    const std::string_view columns = variable != nullptr ? variable : "";
+    std::size_t width = 0;
+    const auto [end, error] = std::from_chars(columns.begin(), columns.end(), width);
+    if (error == std::errc() && end == columns.end() && width > 0) return width;
+    winsize size{};
+    return ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualWidth;
+}
+
 } // namespace
+
+std::size_t wrappingWidth(int descriptor) {
+    return isatty(descriptor) == 1 ? std::max(terminalWidth(descriptor), kLeastWidth) : 0;
+}
 
 bool isDecorated(int descriptor) {
     const char* const noColor = std::getenv("NO_COLOR"); // no-color.org: empty is as if unset
@@ -38,17 +55,17 @@ std::string colored(const std::string& text, Color color, bool decorated) {
 
 ProgressLine::ProgressLine() {
     if (isatty(STDERR_FILENO) == 0 || isDumb()) return;
-    winsize size{};
-    const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
-    width_ = (isKnown ? size.ws_col : kUsualWidth) - 1;
+    width_ = terminalWidth(STDERR_FILENO) - 1;
 }
 
 void ProgressLine::show(const std::string& text) {
     if (width_ == 0 || (text.empty() && shownWidth == 0)) return;
-    const std::string line(platform::prefixOfUTF8(platform::onOneLine(text), width_));
-    const std::string blanks(shownWidth - std::min(shownWidth, line.size()), ' ');
+    const std::string whole = platform::onOneLine(text);
+    const std::string line(prefixOfColumns(whole, width_));
+    const std::size_t columns = columnsOf(line);
+    const std::string blanks(shownWidth - std::min(shownWidth, columns), ' ');
     std::cerr << '\r' + line + blanks + (line.empty() ? "\r" : "") << std::flush;
-    shownWidth = line.size();
+    shownWidth = columns;
 }
 
 } // namespace orvan

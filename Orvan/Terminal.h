@@ -6,6 +6,11 @@
 
 namespace orvan {
 
+// How wide the text that is written to the descriptor may be, in columns, for wrapped() (Wrapping.h):
+// COLUMNS, or what the terminal says, and 40 at least. 0 when the descriptor is no terminal: then nothing is
+// wrapped.
+std::size_t wrappingWidth(int descriptor);
+
 // Whether what is written to the descriptor may have bars and colors: it is a terminal, and NO_COLOR is not
 // set to anything.
 bool isDecorated(int descriptor);
@@ -28,7 +33,7 @@ public:
     void show(const std::string& text);
 
 private:
-    std::size_t width_ = 0; // that the terminal takes on one line; 0 when there is none
+    std::size_t width_ = 0; // in columns, that the terminal takes on one line; 0 when there is none
 };
 
 } // namespace orvan

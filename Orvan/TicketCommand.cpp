@@ -1,6 +1,7 @@
 // "orvan ticket": what the command filter makes of a status document.
 #include "CommandFilter/OVOVGParser.h"
 #include "CommandFilter/OVSNMPParser.h"
+#include "CommandFilter/PrinterWords.h"
 #include "Orvan/Commands.h"
 #include "Orvan/PropertyListJson.h"
 #include "Orvan/StatusReport.h"
@@ -41,13 +42,15 @@ int writeTicket(const Arguments& arguments) {
     const std::optional<std::string> bytes = platform::readFile(file, error);
     if (!bytes) return cannot(*error);
     const auto parser = OVOVGParser::initWithData(*bytes, error);
-    if (parser == nullptr) return cannot(file + " is no status document: " + *error);
+    if (parser == nullptr) return cannot(platform::nameOfInput(file) + " is no status document: " + *error);
 
     Ticket ticket;
     parser->writeToTicket(ticket);
     const Ticket response = responseOf(arguments.all("--snmp"));
     OVSNMPParser::initWithSNMPResponse(&response).writeToTicket(ticket);
 
+    // What the page shows beside the ticket.
+    if (!json && !plist) addPrinterWords(*parser->document(), ticket);
     const platform::PropertyList list(std::move(ticket));
     if (json) {
         nlohmann::ordered_json answer{{"schemaVersion", 1}};
@@ -68,8 +71,8 @@ constexpr ArgumentSpec kTicketArguments[]{
         .value = "OID=VALUE",
         .count = ArgumentSpec::Count::repeatable,
         .check = checkObject},
-    {.name = "--json", .text = "Write the ticket as JSON", .excludes = "--plist"},
-    {.name = "--plist", .text = "Write it as an XML property list"},
+    {.name = "--json", .text = "Write the ticket as JSON", .group = "form"},
+    {.name = "--plist", .text = "Write it as an XML property list", .group = "form"},
 };
 
 } // namespace

@@ -26,6 +26,12 @@ orvan_install_compressed(${PROJECT_SOURCE_DIR}/Documentation/man/orvan-print.1 $
 orvan_install_compressed(${PROJECT_SOURCE_DIR}/Documentation/man/commandtoorvan.8 ${CMAKE_INSTALL_MANDIR}/man8)
 orvan_install_compressed(${PROJECT_BINARY_DIR}/Debian/changelog ${CMAKE_INSTALL_DATADIR}/doc/orvan-paper-options)
 
+# Not enabled: "systemctl enable --now orvan-metrics.timer".
+configure_file(${PROJECT_SOURCE_DIR}/Packaging/Monitoring/orvan-metrics.service.in
+    ${PROJECT_BINARY_DIR}/Monitoring/orvan-metrics.service @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/Monitoring/orvan-metrics.service
+    ${PROJECT_SOURCE_DIR}/Packaging/Monitoring/orvan-metrics.timer DESTINATION lib/systemd/system)
+
 # The switch for every session of the machine: in the package, but not for "cmake --install" into some folder.
 configure_file(${PROJECT_SOURCE_DIR}/Packaging/Session/90orvan-paper-options.in
     ${PROJECT_BINARY_DIR}/Session/90orvan-paper-options @ONLY)

@@ -3,17 +3,16 @@
 
 #include "Formats/Failure.h"
 
-#include <istream>
 #include <optional>
 #include <string>
 
 namespace platform {
 
-// The whole of a file, or of standard input for "-". Nothing, and a message for people in `error`, when it
-// cannot be read.
-std::optional<std::string> readFile(const std::string& file, Failure& error);
+// How messages name a file that somebody gave: "standard input" for "-".
+std::string nameOfInput(const std::string& file);
 
-// All that a stream still has.
-std::string readAll(std::istream& stream);
+// The whole of a file, which may be a pipe, or of standard input for "-". Nothing, and a message for people
+// in `error`, when it cannot be read.
+std::optional<std::string> readFile(const std::string& file, Failure& error);
 
 } // namespace platform

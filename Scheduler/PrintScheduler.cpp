@@ -2,13 +2,16 @@
 
 #include <cups/ppd.h>
 #include <fcntl.h>
+#include <strings.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <sstream>
 #include <string_view>
 #include <system_error>
 
@@ -124,6 +127,38 @@ void addOptions(const IPPMessage& request, const platform::PMPrinter::Options& o
         count = cupsAddOption(name.c_str(), value.c_str(), count, &list);
     cupsEncodeOptions2(request.get(), count, list, IPP_TAG_JOB);
     cupsFreeOptions(count, list);
+}
+
+std::string variable(const char* name) {
+    const char* const value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+// What lpoptions(1) keeps: the queue of the line "Default QUEUE[/INSTANCE] ..."; "" when there is none.
+std::string defaultIn(const std::filesystem::path& options) {
+    std::ifstream stream(options);
+    for (std::string line; std::getline(stream, line);) {
+        std::istringstream words(line);
+        std::string kind;
+        std::string name;
+        words >> kind >> name;
+        if (::strcasecmp(kind.c_str(), "default") == 0) return name.substr(0, name.find('/'));
+    }
+    return {};
+}
+
+// The queue that the process's surroundings name, in the order of libcups; "" for none.
+std::string defaultOfSurroundings() {
+    const std::string home = variable("HOME");
+    const std::string root = variable("CUPS_SERVERROOT");
+    const std::string printer = variable("PRINTER");
+    const std::string queues[]{variable("LPDEST"),
+        printer == "lp" ? "" : printer, // what other systems set for everybody
+        home.empty() ? "" : defaultIn(std::filesystem::path(home) / ".cups/lpoptions"),
+        defaultIn(std::filesystem::path(root.empty() ? "/etc/cups" : root) / "lpoptions")};
+    const auto* const named =
+        std::ranges::find_if(queues, [](const std::string& queue) { return !queue.empty(); });
+    return named != std::end(queues) ? *named : "";
 }
 
 // Waits for what a question on a connection answers.
@@ -255,6 +290,15 @@ std::optional<FetchedQueue> queue(
     return fetched;
 }
 
+std::optional<std::string> defaultQueue(SchedulerConnection& connection, SchedulerProblem& problem) {
+    // CUPS-Get-Default: an operation of CUPS, beyond RFC 8011.
+    const IPPMessage request(ippNewRequest(IPP_OP_CUPS_GET_DEFAULT));
+    addWanted(request, std::array{"printer-name"});
+    const IPPMessage answer = connection.ask(request, problem);
+    if (answer == nullptr) return std::nullopt;
+    return textOf(ippFindAttribute(answer.get(), "printer-name", IPP_TAG_NAME));
+}
+
 std::optional<int> sendCommand(SchedulerConnection& connection, const std::string& queue,
     const std::string& text, const std::string& title, const platform::PMPrinter::Options& options,
     SchedulerProblem& problem) {
@@ -303,6 +347,11 @@ std::unique_ptr<FetchedPPD> fetchQueuePPDFile(
         time, error, [queue](SchedulerConnection& connection, SchedulerProblem& problem) {
             return scheduler::ppdFile(connection, queue, problem);
         });
+}
+
+std::optional<std::string> findDefaultQueue(SchedulerWorker::Duration time, platform::Failure& error) {
+    if (std::string named = defaultOfSurroundings(); !named.empty()) return named;
+    return waitFor<std::optional<std::string>>(time, error, scheduler::defaultQueue);
 }
 
 // Validate-Job, RFC 8011, section 4.2.3.

@@ -83,6 +83,8 @@ platform::PPDRecord ppdRecord(
     SchedulerConnection& connection, const std::string& queue, SchedulerProblem& problem);
 std::optional<FetchedQueue> queue(
     SchedulerConnection& connection, const std::string& name, SchedulerProblem& problem);
+// The name of the scheduler's default queue; "" when it has none.
+std::optional<std::string> defaultQueue(SchedulerConnection& connection, SchedulerProblem& problem);
 // Submits a command file as a job without cover sheets that is not held, whatever the queue's defaults are.
 // Its number.
 std::optional<int> sendCommand(SchedulerConnection& connection, const std::string& queue,
@@ -99,6 +101,10 @@ std::optional<std::vector<QueueJob>> listJobs(
     const std::string& queue, WhichJobs which, SchedulerWorker::Duration time);
 std::unique_ptr<FetchedPPD> fetchQueuePPDFile(
     const std::string& queue, SchedulerWorker::Duration time, platform::Failure& error);
+// The queue that is meant when nobody names one, as lpstat(1) and lp(1) have it: LPDEST, or PRINTER unless
+// that is "lp"; the default that this person, or an administrator for all, set with lpoptions(1); the
+// scheduler's own. It need not exist. "" when there is none.
+std::optional<std::string> findDefaultQueue(SchedulerWorker::Duration time, platform::Failure& error);
 // Whether the scheduler would take a command file for the queue.
 bool wouldTakeCommand(const std::string& queue, SchedulerWorker::Duration time, platform::Failure& error);
 // False when the job had ended before, or the scheduler refuses or is not there.

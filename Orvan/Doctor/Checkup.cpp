@@ -1,5 +1,6 @@
 #include "Orvan/Doctor/Checkup.h"
 #include "Orvan/PropertyListJson.h"
+#include "Orvan/Wrapping.h"
 
 #include "Formats/OneLine.h"
 
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iomanip>
 #include <iostream>
 
 namespace orvan {
@@ -37,18 +37,22 @@ bool Checkup::isShown(const Finding& finding) const {
 
 void Checkup::writeLine(const Station& station) const {
     constexpr std::size_t kVerdictWidth = 13;
-    constexpr int kStationWidth = 16;
+    constexpr std::size_t kStationWidth = 16;
     const Finding& finding = station.finding;
     const Word& word = wordFor(finding);
     const std::string verdict = word.text;
     const std::size_t queueWidth = style_.queueColumns == 0 ? 0 : style_.queueColumns + 2;
-    std::cout << colored(verdict, word.color, isDecorated(STDOUT_FILENO))
-              << std::string(kVerdictWidth - verdict.size(), ' ') << station.queue
-              << std::string(queueWidth - std::min(queueWidth, station.queue.size()), ' ') << std::left
-              << std::setw(kStationWidth) << station.name << platform::onOneLine(finding.found);
+    const auto padded = [](const std::string& text, std::size_t columns) {
+        return text + std::string(columns - std::min(columns, columnsOf(text)), ' ');
+    };
+    std::string text = platform::onOneLine(finding.found);
     if (!finding.mend.empty())
-        std::cout << (finding.found.ends_with(".)") ? " " : ". ") << platform::onOneLine(finding.mend);
-    std::cout << std::endl;
+        text.append(finding.found.ends_with(".)") ? " " : ". ").append(platform::onOneLine(finding.mend));
+    const std::size_t indent = kVerdictWidth + queueWidth + kStationWidth;
+    std::cout << colored(verdict, word.color, isDecorated(STDOUT_FILENO))
+              << std::string(kVerdictWidth - verdict.size(), ' ') << padded(station.queue, queueWidth)
+              << padded(station.name, kStationWidth)
+              << wrapped(text, wrappingWidth(STDOUT_FILENO), indent, indent) << std::endl;
 }
 
 bool Checkup::look(const char* station, const std::function<Finding()>& examine) {

@@ -4,6 +4,7 @@
 #include "Formats/TextEncoding.h"
 
 #include <cups/cups.h>
+#include <fcntl.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -40,17 +41,53 @@ std::span<const ppd_choice_t> recordsOf(const ppd_option_t& option) {
     return {option.choices, static_cast<std::size_t>(std::max(option.num_choices, 0))};
 }
 
+std::string cannotRead(const std::string& name, const std::string& why) {
+    return "cannot read " + name + ": " + why;
+}
+
+std::string nameOf(const std::filesystem::path& file) {
+    return "the PPD file " + file.string();
+}
+
 bool isPaperSize(std::string_view keyword) {
     return keyword == "PageSize" || keyword == "PageRegion";
 }
 
 } // namespace
 
+DialogPPD::DialogPPD(ppd_file_t* record) : record_(record) {
+    ppdLocalize(record);
+    ppdMarkDefaults(record);
+    for (const ppd_option_t* option = ppdFirstOption(record); option != nullptr;
+         option = ppdNextOption(record))
+        for (const ppd_choice_t& choice : recordsOf(*option)) {
+            const std::string_view keyword = fieldText(choice.choice);
+            titlesInFile_[std::string(fieldText(option->keyword))].emplace(
+                keyword, titleOr(choice.text, keyword));
+        }
+}
+
+// Of what libcups has just opened, or not.
+std::unique_ptr<DialogPPD> DialogPPD::create(
+    ppd_file_t* record, const std::string& name, platform::Failure& error) {
+    if (record != nullptr) return std::unique_ptr<DialogPPD>(new DialogPPD(record));
+    int line = 0;
+    const int openError = errno;
+    const ppd_status_t problem = ppdLastError(&line);
+    std::string why = std::strerror(openError);
+    if (problem != PPD_FILE_OPEN_ERROR) {
+        why = ppdErrorString(problem);
+        why.append(" (line ").append(std::to_string(line)).append(")");
+    }
+    error = cannotRead(name, why);
+    return nullptr;
+}
+
 std::unique_ptr<DialogPPD> DialogPPD::open(const std::filesystem::path& file, platform::Failure& error) {
     std::error_code status;
     const auto type = std::filesystem::status(file, status).type();
     const auto refuse = [&](const std::string& why) {
-        error = "cannot read the PPD file " + file.string() + ": " + why;
+        error = cannotRead(nameOf(file), why);
         return nullptr;
     };
     if (type == std::filesystem::file_type::not_found) return refuse("there is no such file");
@@ -58,26 +95,13 @@ std::unique_ptr<DialogPPD> DialogPPD::open(const std::filesystem::path& file, pl
     // A pipe might never be written to.
     if (status == std::error_code() && type != std::filesystem::file_type::regular)
         return refuse("it is no regular file");
+    return create(ppdOpenFile(file.c_str()), nameOf(file), error);
+}
 
-    ppd_file_t* const record = ppdOpenFile(file.c_str());
-    if (record == nullptr) {
-        int line = 0;
-        const int openError = errno;
-        const ppd_status_t problem = ppdLastError(&line);
-        if (problem == PPD_FILE_OPEN_ERROR) return refuse(std::strerror(openError));
-        return refuse(std::string(ppdErrorString(problem)) + " (line " + std::to_string(line) + ")");
-    }
-    std::unique_ptr<DialogPPD> ppd(new DialogPPD(record));
-    ppdLocalize(record);
-    ppdMarkDefaults(record);
-    for (const ppd_option_t* option = ppdFirstOption(record); option != nullptr;
-         option = ppdNextOption(record))
-        for (const ppd_choice_t& choice : recordsOf(*option)) {
-            const std::string_view keyword = fieldText(choice.choice);
-            ppd->titlesInFile_[std::string(fieldText(option->keyword))].emplace(
-                keyword, titleOr(choice.text, keyword));
-        }
-    return ppd;
+std::unique_ptr<DialogPPD> DialogPPD::read(
+    int descriptor, const std::string& name, platform::Failure& error) {
+    // libcups closes what it reads.
+    return create(ppdOpenFd(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0)), name, error);
 }
 
 bool DialogPPD::hasChoice(const std::string& option, const std::string& choice) {

@@ -42,6 +42,9 @@ public:
     // Opens the file, translates its titles into the language of the process's locale and marks its defaults.
     // Null, and a message for people in `error`, when the file cannot be read as a PPD.
     static std::unique_ptr<DialogPPD> open(const std::filesystem::path& file, platform::Failure& error);
+    // The same for what a descriptor has, which may be a pipe and is waited for; it stays open. `name` is
+    // what messages call it: "the PPD on standard input".
+    static std::unique_ptr<DialogPPD> read(int descriptor, const std::string& name, platform::Failure& error);
 
     ppd_file_t* record() { return record_.get(); }
 
@@ -80,7 +83,9 @@ private:
     struct Close {
         void operator()(ppd_file_t* ppd) const { ppdClose(ppd); }
     };
-    explicit DialogPPD(ppd_file_t* record) : record_(record) {}
+    explicit DialogPPD(ppd_file_t* record);
+    static std::unique_ptr<DialogPPD> create(
+        ppd_file_t* record, const std::string& name, platform::Failure& error);
     bool markOne(const std::string& option, const std::string& choice);
     Marks conflictsOf(const std::string& option, const std::string& choice) const;
     Marks allConflicts() const;

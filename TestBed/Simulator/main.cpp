@@ -4,10 +4,16 @@
 #include "TestBed/Simulator/SNMPAgent.h"
 #include "TestBed/Simulator/StatusServer.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
+#include <filesystem>
 #include <iostream>
 #include <limits>
+#include <system_error>
 
 namespace {
 
@@ -105,6 +111,17 @@ void describe(CLI::App& app, Arguments& arguments) {
     app.footer(footer());
 }
 
+// Why the document cannot be served; nothing when it can. It may still go later, and come back.
+Failure problemWith(const std::filesystem::path& document) {
+    if (document.empty()) return std::nullopt;
+    std::error_code ignored;
+    if (std::filesystem::is_directory(document, ignored))
+        errno = EISDIR;
+    else if (::access(document.c_str(), R_OK) == 0)
+        return std::nullopt;
+    return "cannot serve the status document " + document.string() + ": " + std::strerror(errno) + '.';
+}
+
 // What the parser does not do. False when the password is missing.
 bool complete(Arguments& arguments) {
     if (!arguments.misbehaviour.empty())
@@ -117,7 +134,8 @@ bool complete(Arguments& arguments) {
 
 std::optional<orvan::Refusal> serve(
     const orvan::CommandSession& session, const Arguments& arguments, int* exitCode) {
-    Failure failure;
+    Failure failure = problemWith(arguments.status.document);
+    if (failure) return orvan::Refusal{*failure};
     const std::unique_ptr<orvan::StatusServer> status =
         orvan::StatusServer::start(arguments.status, &failure);
     if (!status) return orvan::Refusal{*failure};

@@ -266,6 +266,36 @@ struct Crumbs {
     }
 };
 
+TEST(Ppdx, TellsHowTheReadingEnded) {
+    const struct {
+        const char* lines;
+        PpdxEnding ending;
+        std::uint32_t number;
+    } cases[] = {
+        {"PPD: M0000=\"\"", PpdxEnding::noEntry, 0},
+        {"PPD: N0000=\"\"", PpdxEnding::whole, 0},
+        {"PPD: N0000=eJw=", PpdxEnding::missing, 1},
+        {"PPD: N0000=eJw= N0001=\"\"", PpdxEnding::cutShort, 1},
+        {"PPD: N0000=eJw= N0001=//// N0002=AAAA", PpdxEnding::damaged, 1},
+        {"PPD: N0000=eLsAAAAB", PpdxEnding::damaged, 0}, // asks for a dictionary
+        {"PPD: N0000=eJwDAAAAAAE= N0002=x", PpdxEnding::whole, 0},
+    };
+    const PpdxMessages quiet([](const std::string&) {});
+    for (const auto& [lines, ending, number] : cases) {
+        EntryDictionary entries = entriesInTaskOutput(lines);
+        const PpdxReading reading = ppdxRead(&entries, "N", ppdx_get_chunk_nsdictionary);
+        EXPECT_EQ(reading.ending, ending) << lines;
+        EXPECT_EQ(reading.number, number) << lines;
+        EXPECT_EQ(reading.bytes == nullptr, ending == PpdxEnding::noEntry) << lines;
+    }
+    for (const std::size_t size : {std::size_t{300}, kPpdxMaximumSize, kPpdxMaximumSize + 1}) {
+        EntryDictionary entries = entriesOf(compressed(std::string(size, 'x')));
+        const PpdxReading reading = ppdxRead(&entries, "N", ppdx_get_chunk_nsdictionary);
+        EXPECT_EQ(reading.ending, size > kPpdxMaximumSize ? PpdxEnding::tooLarge : PpdxEnding::whole) << size;
+        EXPECT_EQ(reading.size, std::min(size, kPpdxMaximumSize));
+    }
+}
+
 TEST(Ppdx, ReadsAMillionChunks) {
     const std::string block = noise(1000000);
     Crumbs crumbs{compressed(block), {}};

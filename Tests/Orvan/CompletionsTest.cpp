@@ -85,7 +85,7 @@ Words optionsIn(const std::string& help) {
 
 // Those that follow their heading, to the first empty line.
 Words commandsIn(const std::string& help) {
-    const std::string heading = "\nSubcommands:\n";
+    const std::string heading = "\nCommands:\n";
     const std::size_t start = help.find(heading);
     if (start == std::string::npos) return {};
     const std::string list = help.substr(start + heading.size());

@@ -21,8 +21,6 @@ TEST(NetworkCommands, ShowThePrintersAddress) {
         "{\"schemaVersion\":1,\"url\":\"http://[::1]\"}\n");
     expectRefusal(
         orvan({"url", "--device-uri", "file:///dev/null"}), "the device file:///dev/null has no host");
-    expectRefusal(orvan({"url"}), "", 2);
-    expectRefusal(orvan({"url", "-q", "Office", "--device-uri", "x://y"}), "", 2);
     expectRefusal(orvan({"url", "-q", "Office"}, {{"CUPS_SERVER", "/no/such/socket"}}), "");
 }
 
@@ -108,7 +106,6 @@ TEST(NetworkCommands, PingHosts) {
         ORVAN_SKIP_WITHOUT_NETWORK(answer);
         EXPECT_EQ(answer, said);
     }
-    expectRefusal(orvan({"ping", "-c", "0", "127.0.0.1"}), "", 2);
 }
 
 } // namespace

@@ -203,10 +203,6 @@ TEST(FileCommands, CarryBlocksInChunks) {
         EXPECT_TRUE(read.output == block);
         expectRefusal(orvan({"chunks", "decode", "M", "--ppd", ppd.file()}), "there are no chunks of M in ");
     }
-    expectRefusal(
-        shell("echo PPD: N0000=eJw= | \"$ORVAN\" chunks decode M"), "no chunks of M in standard input");
-    expectRefusal(
-        shell("\"$ORVAN\" chunks encode " + std::string(37, 'N') + " </dev/null"), "longer than 36");
     expectRefusal(shell("head -c 16777217 /dev/zero | \"$ORVAN\" chunks encode N"), "larger than 16 MiB");
     expectRefusal(orvan({"chunks", "decode", "N", "--ppd", "/no/such.ppd"}), "/no/such.ppd: ");
 }
@@ -237,7 +233,6 @@ TEST(FileCommands, ConvertPropertyLists) {
     expectRefusal(orvan({"plist", broken}), broken + " is no property list: ");
     expectRefusal(orvan({"plist", folder.path() / "none"}), "none: No such file");
     expectRefusal(orvan({"plist", folder.path()}), "Is a directory");
-    expectRefusal(orvan({"plist", "--xml", "--binary", text}), "--binary", 2);
 }
 
 TEST(FileCommands, ShowThePanelWithAnswersFromFiles) {
