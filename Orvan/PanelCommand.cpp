@@ -190,8 +190,11 @@ bool waitForPrinter(const PanelSession& session, const std::shared_ptr<Scheduler
     const PanelArguments& arguments) {
     waitForPrinters([&session] { return !session.panel().awaitsPrinter(); }, arguments.timeout,
         [&arguments] { return "Waiting for printer " + arguments.queue; });
+    // Its answer comes too late for anybody, and its job keeps the next question waiting.
+    const bool isGivenUp = arguments.timeout.count() > 0 && session.panel().awaitsPrinter();
+    if (printer != nullptr && (wasInterrupted() || isGivenUp))
+        printer->takeBack(SchedulerPatience(arguments.timeout).time());
     if (!wasInterrupted()) return true;
-    if (printer != nullptr) printer->takeBack(SchedulerPatience(arguments.timeout).time());
     cannot("interrupted; the printer is not asked any more");
     return false;
 }

@@ -204,6 +204,7 @@ public:
 
 private:
     void heard(int operation, netsnmp_pdu* pdu) {
+        if (operation == NETSNMP_CALLBACK_OP_RESEND) return;
         isOver_ = true;
         if (operation == NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE && pdu != nullptr)
             answer_.reset(snmp_clone_pdu(pdu));

@@ -79,6 +79,18 @@ TEST_F(SNMPRequests, AnswerValuesUnderTheirIdentifiers) {
     EXPECT_TRUE(values->at("1.3.6.1.2.1.1.2.0").asString()->starts_with("1.3.6.1.4.1.8072."));
 }
 
+// An agent drops what comes in a community that it does not know.
+TEST_F(SNMPRequests, AskInAllCommunitiesAtOnce) {
+    platform::Failure problem;
+    request_.communities = {"public", "office", "private"};
+    EXPECT_TRUE(platform::getSNMPObjects(request_, problem)) << problem.value_or("");
+    bool isSilent = false;
+    request_.communities = {"public", "private"};
+    request_.patience = std::chrono::milliseconds(100);
+    EXPECT_FALSE(platform::getSNMPObjects(request_, problem, &isSilent));
+    EXPECT_TRUE(isSilent);
+}
+
 TEST_F(SNMPRequests, SayWhyThereIsNoAnswer) {
     const auto problemWith = [&](const std::string& object, const std::string& community, const char* host,
                                  bool isAnswered) {
@@ -120,8 +132,8 @@ std::string ber(char type, const std::string& content) {
 // Answers 42 to every question of 1.3.6.1.2.1.1.5.0, from its own port or from another one.
 class ScriptedAgent {
 public:
-    explicit ScriptedAgent(bool isStranger)
-        : isStranger_(isStranger), socket_(::socket(AF_INET, SOCK_DGRAM, 0)) {
+    explicit ScriptedAgent(bool isStranger, int lost = 0)
+        : isStranger_(isStranger), lost_(lost), socket_(::socket(AF_INET, SOCK_DGRAM, 0)) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -151,6 +163,7 @@ private:
             socklen_t size = sizeof from;
             auto* const sender = reinterpret_cast<sockaddr*>(&from);
             const ssize_t length = recvfrom(socket_.get(), bytes.data(), bytes.size(), 0, sender, &size);
+            if (lost_-- > 0) continue;
             // Behind the community there is the PDU, which begins with the identifier.
             const std::string question(bytes.data(), static_cast<std::size_t>(length));
             const std::size_t pdu = question.find('\xA0');
@@ -170,6 +183,7 @@ private:
     }
 
     bool isStranger_;
+    int lost_; // so many questions get lost
     platform::FileDescriptor socket_;
     platform::FileDescriptor stranger_{::socket(AF_INET, SOCK_DGRAM, 0)};
     int port_ = 0;
@@ -196,9 +210,15 @@ TEST(SNMPAnswers, CountFromTheAgentAlone) {
     EXPECT_EQ(std::set(seen.begin(), seen.end()).size(), 8U);
     EXPECT_LT(steps, 5);
 
+    const ScriptedAgent forgetful(false, 1);
+    request.port = forgetful.port();
+    request.patience = std::chrono::milliseconds(300);
+    request.retries = 100;
+    EXPECT_TRUE(platform::getSNMPObjects(request, problem)) << problem.value_or("");
+
+    request.retries = 0;
     const ScriptedAgent spoofed(true);
     request.port = spoofed.port();
-    request.patience = std::chrono::milliseconds(300);
     EXPECT_FALSE(platform::getSNMPObjects(request, problem));
     EXPECT_NE(problem->find("does not answer"), std::string::npos) << *problem;
     EXPECT_FALSE(spoofed.identifiers().empty());
