@@ -223,7 +223,8 @@ TEST_F(OldAnswers, AreNoneOfAnAgentsThatIsOff) {
     EXPECT_EQ(status["remark"], "except job accounting: the agent does not answer");
     EXPECT_EQ(status["commands"].back()["code"], "agent-silent");
     EXPECT_EQ(status["commands"].back()["state"], "never");
-    for (const Json& station : json({"doctor", "-q", "Quiet", "--json"}, 0)["stations"])
+    const Json checkup = json({"doctor", "-q", "Quiet", "--json"}, 0);
+    for (const Json& station : checkup["stations"])
         EXPECT_NE(station["state"], "problem") << station;
 
     // The agent's answer is none of the papers'.
