@@ -57,10 +57,12 @@ Json jsonOf(const PrinterAnswers& printer) {
 
 std::string complaintOf(
     const std::string& queue, const AnswerReason& problem, bool hasAnswers, const Time& askedAt) {
+    if (queue.empty()) return problem.text; // there was nobody to ask
     std::string text =
         "printer " + queue + (problem.wasNotAsked() ? " was not asked: " : " did not answer: ");
     text = withFullStop(text + platform::onOneLine(problem.text));
-    if (!hasAnswers) return text + " There are no earlier answers.";
+    const bool isKnown = problem.code > AnswerCode::severalPrinters; // the queue, to the scheduler
+    if (!hasAnswers) return isKnown ? text + " There are no earlier answers." : text;
     return text + " The answers of " + (askedAt ? timeText(*askedAt) : "an earlier time") + " follow.";
 }
 

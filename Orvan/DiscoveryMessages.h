@@ -3,6 +3,7 @@
 
 #include "Common/DNSMessage.h"
 #include "Formats/OneLine.h"
+#include "Orvan/Command.h"
 
 #include <iostream>
 

@@ -84,6 +84,7 @@ const char* wordFor(AnswerCode code) {
 
 std::vector<std::string_view> answerWords() {
     std::vector<std::string_view> words;
+    words.reserve(kCodes.size());
     for (const CodeSpec& code : kCodes)
         words.emplace_back(code.word);
     return words;
