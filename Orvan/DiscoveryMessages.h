@@ -5,8 +5,6 @@
 #include "Formats/OneLine.h"
 #include "Orvan/Command.h"
 
-#include <iostream>
-
 namespace orvan {
 
 // Takes this thread's messages while it exists.
