@@ -31,6 +31,13 @@ bool isAnswer(const IPPMessage& answer) {
     return status < IPP_STATUS_REDIRECTION_OTHER_SITE || status == IPP_STATUS_ERROR_NOT_FOUND;
 }
 
+// Whether this user may not connect: that takes the right to write to the socket, unix(7). libcups keeps the
+// reason of a failed connection to itself.
+bool isSocketClosedToUser() {
+    const char* const server = cupsServer();
+    return *server == '/' && ::faccessat(AT_FDCWD, server, W_OK, AT_EACCESS) != 0 && errno == EACCES;
+}
+
 } // namespace
 
 std::string schedulerName() {
@@ -96,16 +103,17 @@ bool SchedulerConnection::connect(SchedulerProblem& problem) {
     if (http_ != nullptr) return true;
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline_ - Clock::now());
     if (left.count() > 0 && !isOver()) {
-        errno = 0;
         http_.reset(httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(), 1,
             static_cast<int>(left.count()), nullptr));
     }
     if (http_ == nullptr) {
         if (isOver())
             problem = schedulerSilence();
+        else if (isSocketClosedToUser())
+            problem = {SchedulerProblem::Kind::forbidden,
+                "user " + std::string(cupsUser()) + " may not open the socket of " + schedulerName()};
         else
-            problem = {errno == EACCES || errno == EPERM ? SchedulerProblem::Kind::forbidden
-                                                         : SchedulerProblem::Kind::notThere,
+            problem = {SchedulerProblem::Kind::notThere,
                 "cannot reach " + schedulerName() + ": " + cupsLastErrorString() +
                     ". Is it running? (CUPS_SERVER names another one.)"};
         return false;
@@ -142,7 +150,7 @@ SchedulerProblem SchedulerConnection::problemWith(const std::string& what, ipp_s
     if (status == IPP_STATUS_ERROR_NOT_FOUND)
         return {Kind::unknown, schedulerName() + " does not know it: " + cupsLastErrorString()};
     const std::string refusal = schedulerName() + " refuses: " + cupsLastErrorString();
-    // What CUPS answers when it cannot write what it is sent.
+    // What the scheduler says of a document that it cannot write; libcups makes other words of it.
     if (http_ != nullptr && httpGetStatus(http_.get()) == HTTP_STATUS_REQUEST_TOO_LARGE)
         return {Kind::noRoom, refusal};
     switch (status) {

@@ -13,8 +13,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstdint>
+#include <cstring>
 #include <ctime>
 #include <future>
 #include <memory>
@@ -160,6 +162,14 @@ AddressSearch findAddress(const FilterCall& call, ppd_file_t* ppd) {
     return findPrinterAddress(call.deviceURI, ppd);
 }
 
+// The PPD names the status document and the agent; without it the device alone is known.
+std::string whyUnread(const std::string& file) {
+    const bool mayRead = access(file.c_str(), R_OK) == 0;
+    return "The queue's PPD " + file +
+           " cannot be read: " + (mayRead ? "it is damaged" : std::strerror(errno)) +
+           ". Let the scheduler's filters read it, or give the queue its driver again.";
+}
+
 } // namespace
 
 void runCommandFilter(const FilterCall& call) {
@@ -170,11 +180,14 @@ void runCommandFilter(const FilterCall& call) {
 
     const std::unique_ptr<ppd_file_t, ClosePPD> ppd(
         call.ppdFile.empty() ? nullptr : ppdOpenFile(call.ppdFile.c_str()));
+    const std::string unread = ppd == nullptr && !call.ppdFile.empty() ? whyUnread(call.ppdFile) : "";
+    if (!unread.empty()) tellWarning(unread);
     const auto [address, problem, isNotOnNetwork] = findAddress(call, ppd.get());
     Answering answering(call, std::move(commands), ppd.get());
     if (!address) {
         for (const bool fromDocument : {true, false})
             answering.explain(fromDocument, problemWord::kNoAddress);
+        if (!unread.empty()) return tellError(unread);
         return isNotOnNetwork ? tellDebug("this queue's device has no network address") : tellError(problem);
     }
 

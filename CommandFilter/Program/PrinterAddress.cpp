@@ -43,8 +43,10 @@ std::string attributeOf(ppd_file_t* ppd, const char* name) {
     return attribute != nullptr && attribute->value != nullptr ? attribute->value : "";
 }
 
+// The first segment of a path has no colon, or what stands before it would be a scheme (RFC 3986, section
+// 4.2).
 bool isURL(std::string_view text) {
-    return text.find("://") != std::string_view::npos;
+    return text.substr(0, text.find('/')).find(':') != std::string_view::npos;
 }
 
 // "host", "host:port", an IPv6 address, "[address]" or "[address]:port". False for anything else.
@@ -124,12 +126,15 @@ bool isOnNetwork(const std::string& deviceURI, ppd_file_t* ppd) {
 AddressSearch findPrinterAddress(const std::string& deviceURI, ppd_file_t* ppd) {
     const std::string place = attributeOf(ppd, "OVNStatusDocument");
     AddressSearch search;
-    if (isURL(place))
-        search = {addressOfURL(deviceURI, place),
-            "The queue's PPD names no web address as OVNStatusDocument. Correct it, or take it out: then "
-            "the printer itself is asked."};
-    else
+    if (isURL(place)) {
+        // What stands before an "@" may be a password.
+        const std::string shown = place.find('@') == std::string::npos ? " (\"" + place + "\")" : "";
+        search.address = addressOfURL(deviceURI, place);
+        search.problem = "The queue's PPD names no web address as OVNStatusDocument" + shown +
+                         ". Correct it, or take it out: then the printer itself is asked.";
+    } else {
         search = addressOfPath(deviceURI, place.empty() ? kDefaultPath : place);
+    }
     if (!search.address) return search;
     search.problem.clear();
     const std::string agent = attributeOf(ppd, "OVNSNMPAgent");

@@ -25,6 +25,8 @@ constexpr std::chrono::milliseconds kAgentPatience{900};
 constexpr long kUnauthorized = 401; // RFC 9110, section 15.5.2
 constexpr long kForbidden = 403;
 constexpr long kFirstError = 400;
+constexpr long kFirstServerError = 500;
+constexpr long kUnavailable = 503; // RFC 9110, section 15.6.4
 
 constexpr const char* kAddressAdvice =
     "the address is right: the queue's device, or OVNStatusDocument in its PPD.";
@@ -52,14 +54,32 @@ std::string refusal(const std::string& where, long status, bool hadPassword) {
                                      "password."
                            : where + " wants a user name and a password. Store the printer's password, or "
                                      "permit everybody to read its status.";
-    return where + " answers with the error HTTP " + std::to_string(status) +
+    const std::string error = "HTTP " + std::to_string(status);
+    if (status == kUnavailable)
+        return where + " is starting or busy (" + error + "). Try again in a minute, or restart the printer.";
+    if (status >= kFirstServerError)
+        return where + " has an error of its own (" + error + "). Try again later, or restart the printer.";
+    return where + " answers with the error " + error +
            ". Check the path: OVNStatusDocument in the queue's PPD.";
+}
+
+// A document for people begins with its type or its root (HTML Standard, section 13.1).
+bool isWebPage(const std::string& bytes) {
+    constexpr std::size_t kBeginning = 1024;
+    std::string text = bytes.substr(0, kBeginning);
+    std::ranges::transform(text, text.begin(),
+        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return text.find("<!doctype html") != std::string::npos || text.find("<html") != std::string::npos;
 }
 
 std::string whyNoTicket(
     const std::string& where, const FetchResult& result, const std::string& parseError, bool hadPassword) {
     if (result.status >= kFirstError) return refusal(where, result.status, hadPassword);
     if (!result.problem.empty()) return where + " did not give its whole status: " + result.problem;
+    if (isWebPage(result.bytes))
+        return where +
+               " answers a web page, and no status document. Check the path: OVNStatusDocument in the "
+               "queue's PPD.";
     const std::string reason =
         parseError.empty() ? "it has none of the sections of a status document" : parseError;
     return where + " answers something that is no status document (" + reason +

@@ -1,6 +1,6 @@
 #include "Orvan/Doctor/CommandFilterFile.h"
 
-#include <cups/cups.h>
+#include "Orvan/Doctor/SchedulerFiles.h"
 
 #include <sys/stat.h>
 
@@ -16,12 +16,6 @@ namespace orvan {
 namespace {
 
 namespace fs = std::filesystem;
-
-// As whom the scheduler runs: who has made its socket. Root, where that cannot be seen.
-uid_t schedulerUser() {
-    struct stat socket {};
-    return *cupsServer() == '/' && stat(cupsServer(), &socket) == 0 ? socket.st_uid : 0;
-}
 
 bool isChangedByOthers(const struct stat& status) {
     return (status.st_uid != 0 && status.st_uid != schedulerUser()) ||

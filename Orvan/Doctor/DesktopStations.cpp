@@ -2,6 +2,8 @@
 
 #include "BiDi/Common/StoredPassword.h"
 #include "Orvan/Commands.h"
+#include "Orvan/Doctor/ObjectFile.h"
+#include "Orvan/Doctor/SessionModules.h"
 #include "Platform/Bundle.h"
 #include "Platform/UserDefaults.h"
 #include "PrintDialog/Host/AdministratorSettings.h"
@@ -10,6 +12,8 @@
 
 #include <dlfcn.h>
 #include <glib.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdlib>
@@ -18,8 +22,6 @@
 
 namespace orvan {
 namespace {
-
-constexpr std::string_view kModule = "orvan-paper-options-module";
 
 Finding examineBundle() {
     const auto folder = paperOptionsBundleFolder();
@@ -47,6 +49,15 @@ Finding examineModule() {
     std::error_code ignored;
     if (!std::filesystem::exists(module, ignored))
         return problem("the GTK module " + module + " is not there", kReinstall);
+    for (const std::string& file : {module, host})
+        if (const std::string other = otherArchitecture(file); !other.empty())
+            return problem(std::string(file)
+                               .append(" is for another kind of computer (")
+                               .append(other)
+                               .append(") than this (")
+                               .append(ownArchitecture())
+                               .append(")"),
+                "Install the package orvan-paper-options for this kind of computer.");
     std::array<std::string, 4> words{"/proc/self/exe", kOpenModuleCommand.name, module, host};
     std::array<char*, 5> arguments{
         words[0].data(), words[1].data(), words[2].data(), words[3].data(), nullptr};
@@ -68,9 +79,17 @@ Finding examineModule() {
         kReinstall);
 }
 
-// GTK takes names and paths.
-bool isNamed(const char* modules) {
-    return modules != nullptr && std::string_view(modules).find(kModule) != std::string_view::npos;
+// What mends a file whose password is not used.
+std::string passwordAdvice(const std::string& file) {
+    struct stat status {};
+    const std::string name = '"' + file + '"';
+    if (stat(file.c_str(), &status) != 0) return "Let this user open " + name + ".";
+    if (status.st_uid != geteuid() && status.st_uid != 0)
+        return "\"sudo chown " + std::string(g_get_user_name()) + " " + file + "\" makes it this user's.";
+    if (S_ISREG(status.st_mode) && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
+        return "\"chmod 600 " + file + "\" keeps the others out, who may know the password by now.";
+    return "Write it anew, a property list with the text \"" + std::string(kPasswordKey) + "\", or remove " +
+           name + ".";
 }
 
 // What goes with the questions of this person.
@@ -78,9 +97,7 @@ Finding examinePassword() {
     platform::Failure reason;
     const bool isStored = !storedPassword(reason).empty();
     const std::string file = platform::persistentDomainPath(kPasswordDomain);
-    if (reason)
-        return problem(*reason, "A file of mode 0600 that is yours, with the text \"" +
-                                    std::string(kPasswordKey) + "\" in a property list.");
+    if (reason) return problem(*reason, passwordAdvice(file));
     return ok(isStored ? "one is stored in " + file + ", key " + std::string(kPasswordKey) + ", for you alone"
                        : "none is stored (" + file + ", key " + std::string(kPasswordKey) + ")");
 }
@@ -93,11 +110,11 @@ Finding examineSession() {
     if (const AdministratorSettings settings = administratorSettings(); !settings.showsTab)
         return problem("the administrator has switched the paper options off, in " + settings.file,
             "\"Tab=true\" there switches them on for everybody.");
-    if (isNamed(std::getenv("GTK3_MODULES"))) return ok("GTK3_MODULES names the module");
+    if (auto named = examineSessionModules()) return *std::move(named);
     if (std::getenv("DISPLAY") == nullptr && std::getenv("WAYLAND_DISPLAY") == nullptr)
         return notChecked("this is no desktop session", "Ask again in a terminal on the desktop.");
-    return problem("GTK3_MODULES does not name " + std::string(kModule) +
-                       ", so this session's applications do not load it",
+    return problem("GTK3_MODULES does not name orvan-paper-options-module, so this session's applications do "
+                   "not load it",
         "After the package was installed, log out and in again.");
 }
 

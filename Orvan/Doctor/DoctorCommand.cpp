@@ -104,7 +104,7 @@ void examineQueues(const Patients& patients, const DoctorArguments& arguments, C
     std::deque<QueueCheckup> queues; // which stay where they are
     std::vector<std::string> asked;
     for (const std::string& name : patients.names) {
-        QueueCheckup& queue = queues.emplace_back(name, queueOf(patients, name), patience);
+        QueueCheckup& queue = queues.emplace_back(name, queueOf(patients, name), patients.queues, patience);
         queue.begin();
         if (queue.wantsAnswers()) asked.push_back(name);
     }
@@ -130,6 +130,7 @@ int examine(const DoctorArguments& arguments) {
                 "Add one in the system's printer settings, with the driver Orvan 4500.");
         });
     const std::vector<std::string>& names = patients.names;
+    if (names.empty() && !arguments.queue.empty()) checkup.setQueueColumns(arguments.queue.size());
     if (!names.empty()) checkup.setQueueColumns(std::ranges::max(names, {}, &std::string::size).size());
     if (hasScheduler && !names.empty())
         examineQueues(patients, arguments, checkup);

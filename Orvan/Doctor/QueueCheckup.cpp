@@ -8,6 +8,8 @@
 #include "Common/Utilities/DeviceChecks.h"
 #include "Common/Utilities/ReleaseGates.h"
 #include "Orvan/Doctor/CommandFilterFile.h"
+#include "Orvan/Doctor/OtherQueues.h"
+#include "Orvan/Doctor/SchedulerFiles.h"
 #include "Orvan/Interruption.h"
 #include "Orvan/PrinterQuery.h"
 #include "Orvan/StatusReport.h"
@@ -39,6 +41,11 @@ std::string joined(const std::vector<std::string>& words) {
     return text;
 }
 
+// Whether a dialog shows paper options for a queue with this PPD.
+bool givesPaperOptions(DialogPPD& ppd) {
+    return MyCheckPDEContextCUPS(ppd.record()) == kPDEContextValid && supportedCommandsInPPD(ppd.record());
+}
+
 } // namespace
 
 std::vector<QueueCheckup::Station> QueueCheckup::notLookedAt(const std::string& why) {
@@ -49,9 +56,11 @@ std::vector<QueueCheckup::Station> QueueCheckup::notLookedAt(const std::string& 
     return stations;
 }
 
-QueueCheckup::QueueCheckup(std::string name, std::optional<SchedulerQueue> queue, SchedulerPatience& patience)
+QueueCheckup::QueueCheckup(std::string name, std::optional<SchedulerQueue> queue,
+    const std::vector<SchedulerQueue>& all, SchedulerPatience& patience)
     : name_(std::move(name)),
       queue_(std::move(queue)),
+      others_(queue_ ? queuesOfSamePrinter(*queue_, all) : std::vector<SchedulerQueue>()),
       patience_(patience),
       stations_(notLookedAt(queue_ && queue_->isOnePrinter() ? kNeedsPPD : kNeedsQueue)) {}
 
@@ -65,6 +74,7 @@ void QueueCheckup::begin() {
     at("queue") = examineQueue();
     if (!queue_ || !queue_->isOnePrinter()) return;
     at("PPD") = examinePPD();
+    if (at("queue").verdict == Verdict::ok) compareOtherQueues();
     if (ppd_ == nullptr) return;
     at("command filter") = examineFilter();
     at("earlier job") = examineEarlierJob();
@@ -88,21 +98,21 @@ void QueueCheckup::answered(const PrinterAnswers& answers) {
     static constexpr std::array<Code, 6> kPrinters{Code::noAddress, Code::printerOffline,
         Code::passwordWanted, Code::otherPrinter, Code::noStatusDocument, Code::filterComplains};
     isAnswersFaultAtPrinter_ = std::ranges::find(kPrinters, answers.problem.code) != kPrinters.end();
+    isAgentSilent_ = std::ranges::any_of(answers.commands,
+        [](const CommandAnswer& answer) { return answer.reason.code == Code::agentSilent; });
 }
 
 void QueueCheckup::lookAtPrinter() {
     if (ppd_ == nullptr) return;
-    bool hasProblem = false;
-    const auto look = [&](const char* station, Finding finding) {
-        hasProblem = hasProblem || finding.verdict == Verdict::problem;
-        at(station) = std::move(finding);
-    };
-    look("address", examineAddress());
-    look("ping", examineContact());
-    look("document", examineDocument());
+    at("address") = examineAddress();
+    at("ping") = examineContact();
+    at("document") = examineDocument();
     Finding& answers = at("answers");
-    if (hasProblem && isAnswersFaultAtPrinter_ && answers.verdict == Verdict::problem)
+    const bool isFetched = at("document").verdict == Verdict::ok;
+    if (!isFetched && isAnswersFaultAtPrinter_ && answers.verdict == Verdict::problem)
         answers = notChecked(answers.found);
+    if (!isFetched) return;
+    if (auto wait = examineWaitForAgent()) at("address") = *std::move(wait);
 }
 
 Finding QueueCheckup::examineQueue() const {
@@ -135,6 +145,7 @@ Finding QueueCheckup::examinePPD() {
         return problem(
             "the queue's PPD is damaged: " + withoutFile(*error, file->file()), driverAdvice(name_));
     ppd_file_t* const record = ppd->record();
+    hasOtherDriver_ = !givesPaperOptions(*ppd);
     if (MyCheckPDEContextCUPS(record) != kPDEContextValid)
         return problem(
             "the queue's PPD is for another printer: " + queue_->makeAndModel, driverAdvice(name_));
@@ -142,7 +153,32 @@ Finding QueueCheckup::examinePPD() {
         return problem("the queue's PPD lists no commands (\"cupsCommands\")", driverAdvice(name_));
     const std::string model = getDeviceModelNumber(record);
     ppd_ = std::move(ppd);
+    if (auto unreadable = examineFileOfPPD(name_)) return *std::move(unreadable);
     return ok("whole, and for an Orvan printer, model " + model);
+}
+
+// Who picks a driverless queue of the printer in a dialog sees no paper options.
+void QueueCheckup::compareOtherQueues() {
+    if (ppd_ == nullptr && !hasOtherDriver_) return;
+    std::vector<std::string> found;
+    for (const SchedulerQueue& other : others_) {
+        const std::unique_ptr<DialogPPD> ppd = patience_.ask(
+            [&other](auto time) { return fetchQueuePPD(other.name, time, platform::ignoredFailure()); });
+        if (ppd != nullptr && givesPaperOptions(*ppd) == hasOtherDriver_) found.push_back(other.name);
+    }
+    if (found.empty()) return;
+    Finding& queue = at("queue");
+    if (hasOtherDriver_) {
+        queue = problem(name_ + " prints to the printer of queue " + found.front() +
+                            ", but without its driver, and so without paper options",
+            "Choose " + found.front() + " in print dialogs; \"lpadmin -x " + name_ + "\" removes this one.");
+        at("PPD") = notChecked(at("PPD").found);
+        return;
+    }
+    queue.found +=
+        "; it has paper options, and not " + joined(found) + ", which is the same printer without its driver";
+    queue.mend =
+        "Choose " + name_ + " in print dialogs; \"lpadmin -x " + found.front() + "\" removes the other.";
 }
 
 Finding QueueCheckup::examineFilter() {
@@ -172,6 +208,8 @@ std::string QueueCheckup::whyNoJob() const {
     if (!RunningOn107OrLater() || RunningOn1010OrLater())
         return "on release " + currentRelease() + " no command job is submitted";
     if (isEarlierJobInTheWay_) return "it would wait for the earlier job";
+    if (stations_[1].finding.verdict == Verdict::problem)
+        return "the command filter has to be able to read the PPD first";
     const auto filter = std::ranges::find(stations_, std::string_view("command filter"), &Station::name);
     if (filter->finding.verdict == Verdict::problem) return "the command filter has to be right first";
     if (queue_->isPaused || !queue_->takesJobs) return "the queue has to take and print jobs first";
@@ -196,8 +234,7 @@ Finding QueueCheckup::examineCommandJob(const AnswerReason& reason) const {
         return problem("the scheduler does not take the command job: " + reason.text,
             "Permit this user to print to " + name_ + ".");
     case AnswerCode::noRoom:
-        return problem("the scheduler does not take the command job: " + reason.text,
-            "Make room on the disk of its spool folder (/var/spool/cups).");
+        return examineSpool();
     default:
         return reason.wasNotAsked() && reason.code != AnswerCode::noAddress
                    ? problem("the scheduler did not take the command job: " + reason.text, kErrorLog)

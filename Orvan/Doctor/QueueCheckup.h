@@ -27,9 +27,10 @@ public:
     // The stations in their order, none of them looked at.
     static std::vector<Station> notLookedAt(const std::string& why);
 
-    // `queue` is what the scheduler says of it; nothing when it has none of that name. The patience is for
-    // all queues.
-    QueueCheckup(std::string name, std::optional<SchedulerQueue> queue, SchedulerPatience& patience);
+    // `queue` is what the scheduler says of it; nothing when it has none of that name. `all` are the
+    // scheduler's. The patience is for all queues.
+    QueueCheckup(std::string name, std::optional<SchedulerQueue> queue,
+        const std::vector<SchedulerQueue>& all, SchedulerPatience& patience);
     ~QueueCheckup();
     QueueCheckup(const QueueCheckup&) = delete;
     QueueCheckup& operator=(const QueueCheckup&) = delete;
@@ -51,6 +52,7 @@ private:
     Finding& at(std::string_view station);
     Finding examineQueue() const;
     Finding examinePPD();
+    void compareOtherQueues();
     Finding examineFilter();
     Finding examineEarlierJob();
     std::string whyNoJob() const;
@@ -59,16 +61,20 @@ private:
     Finding examineAddress();
     Finding examineContact();
     Finding examineDocument() const;
+    std::optional<Finding> examineWaitForAgent() const;
 
     std::string name_;
     std::optional<SchedulerQueue> queue_;
+    std::vector<SchedulerQueue> others_; // of the same printer
     SchedulerPatience& patience_;
     std::vector<Station> stations_;
 
     std::unique_ptr<DialogPPD> ppd_; // null until it is found to be whole
+    bool hasOtherDriver_ = false;
     bool isEarlierJobInTheWay_ = false;
     bool wantsAnswers_ = false;
     bool isAnswersFaultAtPrinter_ = false;
+    bool isAgentSilent_ = false;
     std::optional<PrinterAddress> address_;
     bool isThere_ = false; // the address's host
 };

@@ -245,7 +245,7 @@ TEST(CommandFilter, SendsTheJobsCredentialsAndTellsNobody) {
 
 TEST(CommandFilter, LeavesOldAnswersWhenThePrinterGivesNone) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"wrong", "it has none of the sections of a status document", "-offline-report"},
+        {"wrong", "answers a web page, and no status document", "-offline-report"},
         {"malformed", "line ", "-offline-report"},
         {"cut", "did not give its whole status", "-offline-report"},
         {"stall", "did not give its whole status", "-offline-report"},

@@ -1,12 +1,20 @@
 // `orvan doctor`: a way that is well, and one fault at a time on it.
+#include "Common/Utilities/URIParts.h"
 #include "Tests/Support/CommandQueue.h"
 #include "Tests/Support/DerivedPPD.h"
+#include "Tests/Support/OwnNetwork.h"
+#include "Tests/Support/ScriptedServer.h"
 #include "Tests/Support/SimulatedPrinter.h"
 #include "Tests/Support/WebServer.h"
 
 #include <nlohmann/json.hpp>
 
+#include <elf.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstddef>
 #include <fstream>
 #include <functional>
 #include <optional>
@@ -33,18 +41,26 @@ public:
     fs::path at(const fs::path& part) const { return folder_.path() / part; }
     static fs::path module() { return ORVAN_MODULE_PART; }
     static fs::path bundle() { return "lib/orvan/OrvanPaperOptions.plugin"; }
+    // The file of the stored password, when the folder is XDG_CONFIG_HOME.
+    static fs::path password() { return "orvan/com.orvan.qbv.print.pde.cocoa.OrvanJobType.plist"; }
 
 private:
     TempFolder folder_;
 };
 
+// As a user who is nobody.
+std::vector<std::string> asNobody(std::vector<std::string> command) {
+    command.insert(command.begin(), {"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"});
+    return command;
+}
+
 // What it answers, in a desktop session that loads the module.
 Json examine(Environment environment, std::vector<std::string> arguments, int exitCode,
-    const fs::path& program = ORVAN_PROGRAM) {
+    const fs::path& program = ORVAN_PROGRAM, bool isNobody = false) {
     environment.insert({{"GTK3_MODULES", "canberra:orvan-paper-options-module"}, {"DISPLAY", ":0"},
         {"ORVAN_PAPER_OPTIONS", std::nullopt}});
     arguments.insert(arguments.begin(), {program, "doctor", "--json", "--timeout", "100"});
-    const ProgramEnd end = runProgram(arguments, environment);
+    const ProgramEnd end = runProgram(isNobody ? asNobody(arguments) : arguments, environment);
     EXPECT_EQ(end.exitCode, exitCode) << end.output;
     EXPECT_EQ(end.errors, "");
     return Json::parse(end.output, nullptr, false);
@@ -149,10 +165,7 @@ TEST_F(DoctorCommand, FindsFaultsOfTheQueue) {
     addQueue("Long", unchanged);
     std::ofstream(system_->folder().path() / "etc/ppd/Long.ppd", std::ios::app)
         << "*OVNNote: \"" << std::string(256, 'x') << "\"\n";
-    addQueue(
-        "NoFilter", replacing("*cupsFilter2: \"application/vnd.cups-command", "*cupsFilter2: \"text/plain"));
     addQueue("Missing", withFilter("/no/such/filter"));
-    addQueue("MissingName", withFilter("no-such-filter"));
     addQueue("Insecure", withFilter(insecure));
     addQueue("Failing", withFilter("/bin/false"));
     addQueue("Stopped", withFilter("/bin/false"));
@@ -168,6 +181,13 @@ TEST_F(DoctorCommand, FindsFaultsOfTheQueue) {
         withFilter("/bin/true")(ppd);
         ppd += "*com.orvan.DeviceStatus0000: \"!!!!\"\n*com.orvan.DeviceStatus0001: \"\"\n";
     });
+    addQueue("Unreadable", unchanged);
+    const fs::path unreadable = system_->folder().path() / "etc/ppd/Unreadable.ppd";
+    fs::permissions(unreadable, fs::perms::owner_read);
+    const std::string port = std::to_string(separateURI(printer_.url())->port);
+    addQueue("Driven", unchanged, "socket://127.0.0.1:" + port + "/?snmp=false");
+    addQueue("Driverless", replacing("*Manufacturer: \"Orvan\"", "*Manufacturer: \"Other\""),
+        "ipp://127.0.0.1:1/ipp/print");
     const std::pair<const char*, Problems> cases[] = {
         {"Nowhere", {{"queue", "there is no queue Nowhere"}}},
         {"Paused", {{"queue", "\"cupsenable Paused\""}}},
@@ -178,18 +198,22 @@ TEST_F(DoctorCommand, FindsFaultsOfTheQueue) {
         {"NoCommands",
             {{"PPD", "(\"cupsCommands\") | Give the queue the printer's driver: \"lpadmin -p NoCommands"}}},
         {"Long", {{"PPD", "damaged: Line longer than the maximum allowed (255 characters)"}}},
-        {"NoFilter", {{"command filter", "names no command filter"}}},
         {"Missing", {{"command filter", "/no/such/filter is not there: No such file"}}},
-        {"MissingName", {{"command filter", "the scheduler misses a filter"}}},
         {"Insecure", {{"command filter", "\"sudo chmod 755 " + insecure + "\""}}},
         {"Failing", {{"command job", "the command filter failed"}}},
         {"Stopped", {{"earlier job", "| \"cancel Stopped-"}}},
         {"Mute", {{"answers", "there are no answers to com.orvan.CustomPaperTypes, com.orvan.DeviceStatus"}}},
+        {"Unreadable",
+            {{"PPD", "may not read the queue's PPD " + unreadable.string() + " | \"sudo chmod 644"}}},
+        {"Driverless", {{"queue", "| Choose Driven in print dialogs; \"lpadmin -x Driverless\""}}},
         {"Damaged", {{"answers", "the answers to com.orvan.DeviceStatus cannot be decoded"}}},
     };
     // One fault is one problem, whatever follows from it.
     for (const auto& [queue, problems] : cases)
-        expectProblems(examine({"-q", queue}, 1), problems);
+        if (geteuid() == 0 || queue != std::string("Unreadable")) // an ordinary scheduler's own filters may
+            expectProblems(examine({"-q", queue}, 1), problems);
+    EXPECT_EQ(examine({"-q", "Driven"}, 0)["stations"][1]["mend"],
+        "Choose Driven in print dialogs; \"lpadmin -x Driverless\" removes the other.");
     // It leaves nothing in anybody's way.
     std::vector<PrintJob> jobs;
     ASSERT_EQ(system_->jobs("Failing", &jobs), std::nullopt);
@@ -205,35 +229,53 @@ TEST_F(DoctorCommand, FindsFaultsOfThePrinter) {
         "</printer></customPaperTypes></s>");
     SimulatedPrinter off;
     addQueue("Odd", odd);
-    addQueue("NoAddress", [this](std::string& ppd) { replace(ppd, printer_.url(), "/status.xml"); });
+    const ScriptedServer starting(
+        std::vector<ScriptedAnswer>{{"/status.xml", "HTTP/1.1 503 Service Unavailable\r\n\r\n"}});
+    const TempFolder open;
+    fs::permissions(open.write(Tree::password(),
+                        "<plist><dict><key>defaultPassword</key><string>secret</string></dict></plist>"),
+        fs::perms(0644));
+    addQueue("NoURL", [this](std::string& ppd) { replace(ppd, printer_.url(), "http:/printer"); });
+    addQueue("Starting", "commandtoorvan", starting.url("/status.xml"));
     addQueue("Wrong", wrong);
     addQueue("Closed", closed);
     addQueue("Off", off);
     off.end();
-    const std::pair<const char*, Problems> cases[] = {
-        {"NoAddress",
-            {{"address", "leads to no printer | This queue's device has no network address: it is file:"}}},
+    const struct {
+        const char* queue;
+        Problems problems;
+        Environment environment = {};
+    } cases[] = {
+        {"NoURL", {{"address", "names no web address as OVNStatusDocument (\"http:/printer\")"}}},
+        {"Starting", {{"document", "is starting or busy (HTTP 503)"}}},
         {"Odd", {{"answers", "the queue's PPD cannot name these papers to the printer: Gold |"}}},
-        {"Wrong", {{"document", "something that is no status document"}}},
+        {"Wrong", {{"document", "a web page, and no status document. Check the path"}}},
         {"Closed", {{"document", "wants a user name and a password"}}},
+        {"Closed", {{"password", "| \"chmod 600 "}}, {{"XDG_CONFIG_HOME", open.path()}}},
         {"Off", {{"ping", "127.0.0.1 is not there"}}},
     };
-    for (const auto& [queue, problems] : cases)
-        expectProblems(examine({"-q", queue}, 1), problems);
+    for (const auto& [queue, problems, more] : cases) {
+        Environment all = more;
+        all.merge(environment());
+        expectProblems(orvan::examine(all, {"-q", queue}, 1), problems);
+    }
     const ProgramEnd papers = orvan({"papers", "-q", "Odd"});
     EXPECT_EQ(papers.output, "Gold\t17\t\n");
     EXPECT_EQ(papers.errors, "orvan: the driver of queue Odd cannot name Gold to the printer\n");
 }
 
 TEST_F(DoctorCommand, NamesTheQueueOfEachProblem) {
-    const SimulatedPrinter silent({"--misbehave", "silent"});
-    for (const char* const name : {"Silent1", "Silent2", "Silent3", "Silent4"})
-        addQueue(name, silent);
+    const ScriptedServer faulty(
+        std::vector<ScriptedAnswer>{{"/status.xml", "HTTP/1.1 500 Internal Server Error\r\n\r\n"}});
+    for (const char* const name : {"Faulty1", "Faulty2", "Faulty3", "Faulty4"})
+        addQueue(name, "commandtoorvan", faulty.url("/status.xml"));
     const Json answer = examine({"--problems"}, 1);
     ASSERT_EQ(answer["stations"].size(), 4U) << answer;
     for (std::size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(answer["stations"][i]["queue"], "Silent" + std::to_string(i + 1));
+        EXPECT_EQ(answer["stations"][i]["queue"], "Faulty" + std::to_string(i + 1));
         EXPECT_EQ(answer["stations"][i]["station"], "document");
+        EXPECT_NE(answer["stations"][i]["mend"].dump().find("has an error of its own (HTTP 500)"),
+            std::string::npos);
     }
     EXPECT_EQ(answer["problems"], 4);
 }
@@ -265,35 +307,109 @@ TEST_F(DoctorCommand, FindsAnotherCertificate) {
     EXPECT_NE(said.back().find("the printer shows another certificate than before"), std::string::npos);
 }
 
+// Where nobody listens at the port of agents, and the scheduler's disk is full.
+TEST_F(DoctorCommand, FindsASilentAgentAndAFullDisk) {
+    const std::string said = inOwnNetwork({}, [this]() -> std::string {
+        static_cast<void>(system_.release()); // the other process's
+        SetUp();
+        const SimulatedPrinter printer;
+        const std::string port = std::to_string(separateURI(printer.url())->port);
+        addQueue(
+            "Slow",
+            [&](std::string& ppd) {
+                replace(ppd, printer_.url(), printer.url());
+                replace(ppd, "*OVNSNMPAgent", "*OVNNoAgent");
+            },
+            "socket://127.0.0.1:" + port);
+        Json answers{examine({"-q", "Slow"}, 1)};
+        const fs::path spool = system_->folder().spool();
+        if (mount("tmpfs", spool.c_str(), "tmpfs", 0, "size=4k,mode=0710") != 0)
+            return "skip: no file system";
+        std::ofstream(spool / "full") << std::string(4096, 'x');
+        answers.push_back(examine({"-q", "Slow"}, 1));
+        answers.push_back(spool.string());
+        umount2(spool.c_str(), MNT_DETACH);
+        system_.reset();
+        return answers.dump();
+    });
+    ORVAN_SKIP_WITHOUT_NETWORK(said);
+    const Json answers = Json::parse(said, nullptr, false);
+    ASSERT_EQ(answers.size(), 3U) << said;
+    expectProblems(answers[0], {{"address", "/?snmp=false'\" ends that."}});
+    expectProblems(answers[1], {{"command job", "has 0 KiB left | Make room on the disk at " +
+                                                    answers[2].get<std::string>() + ","}});
+}
+
+TEST(Doctor, FindsASchedulerThatIsClosedToTheUser) {
+    const ScriptedServer strict(std::vector<ScriptedAnswer>{{"/",
+        "HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"CUPS\"\r\nContent-Length: 0\r\n\r\n"}});
+    const Environment variables{{"LC_ALL", "C.UTF-8"}, {"LANGUAGE", ""}, {"HOME", "/nonexistent"},
+        {"CUPS_SERVER", "127.0.0.1:" + std::to_string(strict.port())}};
+    expectProblems(examine(variables, {"-q", "Office"}, 1), {{"scheduler", " wants a password for "}});
+
+    const TempFolder folder;
+    fs::permissions(folder.path(), fs::perms(0755));
+    const fs::path socket = folder.write("socket", ""); // whose rights count before what it is
+    fs::permissions(socket, fs::perms(0600));
+    if (geteuid() != 0 || runProgram(asNobody({ORVAN_PROGRAM, "--version"})).exitCode != 0)
+        GTEST_SKIP() << "another user cannot run " << ORVAN_PROGRAM << " from here";
+    Environment others = variables;
+    others["CUPS_SERVER"] = socket;
+    expectProblems(examine(others, {"-q", "Office"}, 1, ORVAN_PROGRAM, true),
+        {{"scheduler", "may not open the socket of the print scheduler at " + socket.string()}});
+}
+
+// Changes the machine that the shared object is for.
+void becomeForeign(const fs::path& file) {
+    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(offsetof(Elf32_Ehdr, e_machine));
+    stream.put(EM_68K).put(0);
+}
+
+// The file of the stored password, with that in it.
+fs::path store(const Tree& tree, const std::string& text) {
+    fs::path file = tree.at(Tree::password());
+    fs::create_directories(file.parent_path());
+    std::ofstream(file) << text;
+    fs::permissions(file, fs::perms(0600));
+    return file;
+}
+
 // Without a scheduler the desktop is looked at all the same.
 TEST(Doctor, FindsFaultsOfTheDesktop) {
     const struct {
         std::function<void(const Tree&)> plant;
         Environment environment;
         Problems problems; // behind the scheduler's
+        bool isForRoot = false;
     } cases[] = {
-        {[](const Tree& tree) {
-             fs::remove_all(tree.at(Tree::bundle()));
-             fs::remove(tree.at(Tree::module()));
-         },
-            {{"GTK3_MODULES", "canberra"}},
-            {{"bundle", "OrvanPaperOptions.plugin"}, {"module", "is not there"},
-                {"session", "log out and in again"}}},
-        {[](const Tree& tree) {
-             fs::remove(tree.at(Tree::bundle()) / "Contents/Resources/PaperOptions.view");
-             fs::resize_file(tree.at(Tree::module()), 1000);
-         },
-            {{"ORVAN_PAPER_OPTIONS", "Off"}},
-            {{"bundle", "PaperOptions.view"}, {"module", "GTK cannot load the module: "},
-                {"session", "ORVAN_PAPER_OPTIONS=off"}}},
-        {[](const Tree& tree) { fs::remove(tree.at("lib/orvan/liborvan-print-dialog.so")); }, {},
+        {[](const Tree& tree) { fs::remove_all(tree.at(Tree::bundle())); },
+            {{"GTK3_MODULES", "canberra:orvan-paper-options-module2"}},
+            {{"bundle", "OrvanPaperOptions.plugin"}, {"session", "names \"orvan-paper-options-module2\""}}},
+        {[](const Tree& tree) { becomeForeign(tree.at(Tree::module())); }, {{"ORVAN_PAPER_OPTIONS", "Off"}},
+            {{"module", "is for another kind of computer ("}, {"session", "ORVAN_PAPER_OPTIONS=off"}}},
+        {[](const Tree& tree) { fs::remove(tree.at("lib/orvan/liborvan-print-dialog.so")); },
+            {{"GTK3_MODULES", "canberra"}, {"GTK_MODULES", "orvan-paper-options-module"}},
             {{"module", "liborvan-print-dialog.so"}}},
+        {[](const Tree&) {}, {{"GTK3_MODULES", "canberra;orvan-paper-options-module"}},
+            {{"session", "has \";\" between its modules"}}},
+        {[](const Tree& tree) { store(tree, "<plist><dict>"); },
+            {{"GTK3_MODULES", "/no/such/liborvan-paper-options-module.so"}},
+            {{"password", "it is no property list with a dictionary | Write it anew"},
+                {"session", "names /no/such/liborvan-paper-options-module.so, which is not there"}}},
+        {[](const Tree& tree) { EXPECT_EQ(chown(store(tree, "").c_str(), 65534, 65534), 0); },
+            {{"GTK3_MODULES", "canberra"}},
+            {{"password", "it belongs to somebody else | \"sudo chown "},
+                {"session", "log out and in again"}},
+            true},
     };
-    for (const auto& [plant, environment, problems] : cases) {
+    for (const auto& [plant, environment, problems, isForRoot] : cases) {
+        if (isForRoot && geteuid() != 0) continue;
         const Tree tree;
         plant(tree);
         Environment variables = environment;
-        variables.insert({{"CUPS_SERVER", "/no/such/socket"}, {"LC_ALL", "C.UTF-8"}, {"LANGUAGE", ""}});
+        variables.insert({{"CUPS_SERVER", "/no/such/socket"}, {"LC_ALL", "C.UTF-8"}, {"LANGUAGE", ""},
+            {"XDG_CONFIG_HOME", tree.at("")}});
         const Json answer = examine(variables, {"-q", "Office"}, 1, tree.at("bin/orvan"));
         EXPECT_EQ(answer["stations"].size(), 14U);
         EXPECT_EQ(answer["stations"][1]["queue"], "Office");
