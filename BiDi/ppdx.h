@@ -93,7 +93,7 @@ PpdxReading ppdxRead(
 std::string ppdxKeyword(const std::string& name, std::uint32_t number);
 
 // What is wrong with a name, for people; "" when entries with it can be written, pass as messages of a filter
-// (PPD Specification 4.3, section 2.4, and libcups have the characters of a PPD's main keyword), and be read.
+// (PPD format 4.3, section 2.4, and libcups have the characters of a PPD's main keyword), and be read.
 std::string ppdxProblemWithName(const std::string& name);
 
 } // namespace orvan

@@ -28,6 +28,7 @@ inline constexpr const char* kCertificate = "other-printer"; // another certific
 inline constexpr const char* kDocument = "no-status-document"; // what came is none
 inline constexpr const char* kAgentSilent = "agent-silent";    // the SNMP agent does not answer
 inline constexpr const char* kAgentRefuses = "agent-refuses";  // or not this
+inline constexpr const char* kAgentOff = "agent-off";          // this machine asks none
 } // namespace problemWord
 
 } // namespace orvan

@@ -45,12 +45,13 @@ std::string checkRelease(const std::string& release) {
 }
 
 std::optional<std::string> queueIn(
-    const Arguments& arguments, std::chrono::duration<double> time, platform::Failure& problem) {
+    const Arguments& arguments, std::chrono::duration<double> time, SchedulerProblem& problem) {
     if (arguments.has("--queue")) return arguments.text("--queue");
     std::optional<std::string> queue = findDefaultQueue(time, problem);
     if (!queue || !queue->empty()) return queue;
-    problem = "no queue is named, and there is no default queue at " + schedulerName() +
-              ": name one with -q (\"lpstat -v\" lists them), or set a default (\"lpoptions -d QUEUE\")";
+    problem = {SchedulerProblem::Kind::unknown,
+        "no queue is named, and there is no default queue at " + schedulerName() +
+            ": name one with -q (\"lpstat -v\" lists them), or set a default (\"lpoptions -d QUEUE\")"};
     return std::nullopt;
 }
 

@@ -1,8 +1,8 @@
 // Rows that several commands have, the same in each.
 #pragma once
 
-#include "Formats/Failure.h"
 #include "Orvan/Command.h"
+#include "Scheduler/SchedulerProblem.h"
 
 #include <chrono>
 #include <optional>
@@ -20,10 +20,10 @@ std::string checkRelease(const std::string& release);
 inline constexpr ArgumentSpec kQueueOption{.name = "-q,--queue",
     .text = "A queue of the print scheduler (default: as \"lpstat -d\" says)",
     .value = "QUEUE"};
-// The queue that was named, or the default one, for which a scheduler is waited for so long. Nothing, and a
-// message for people, when there is none.
+// The queue that was named, or the default one, for which a scheduler is waited for so long. Nothing, and
+// why, when there is none.
 std::optional<std::string> queueIn(
-    const Arguments& arguments, std::chrono::duration<double> time, platform::Failure& problem);
+    const Arguments& arguments, std::chrono::duration<double> time, SchedulerProblem& problem);
 
 // The scheduler that this process, and what it starts, talks to; as CUPS_SERVER, which it replaces before the
 // command runs.

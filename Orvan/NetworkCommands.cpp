@@ -49,8 +49,12 @@ int showURL(const Arguments& arguments) {
     platform::Failure problem;
     std::optional<std::string> device = arguments.optionalText("--device-uri");
     std::optional<std::string> queue;
-    if (!device && (queue = queueIn(arguments, SchedulerPatience::kAll, problem)))
+    if (!device) {
+        SchedulerProblem none;
+        queue = queueIn(arguments, SchedulerPatience::kAll, none);
+        if (!queue) return cannot(none.text);
         device = deviceOf(*queue, problem);
+    }
     if (!device) return cannot(*problem);
     const std::optional<std::string> url = lookUp(*device);
     if (!url)

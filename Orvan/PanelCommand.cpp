@@ -237,11 +237,11 @@ std::string checkSet(const std::string& set) {
 }
 
 int showPanelFor(const Arguments& arguments) {
-    platform::Failure problem;
+    SchedulerProblem problem;
     std::optional<std::string> queue;
     if (!arguments.has("--ppd"))
         queue = queueIn(arguments, SchedulerPatience(timeoutIn(arguments)).time(), problem);
-    if (problem) return cannot(*problem);
+    if (problem.kind != SchedulerProblem::Kind::none) return cannot(problem.text);
     return runPanel({.ppdFile = arguments.text("--ppd"),
         .queue = queue.value_or(""),
         .sets = arguments.all("--set"),

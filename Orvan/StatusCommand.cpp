@@ -40,6 +40,9 @@ struct QueryArguments {
     bool isVerbose = false;         // all that each of several printers answered, instead of a line
     bool low = false;               // those that need a hand alone
     std::optional<double> interval; // seconds between two questions; once without
+
+    // Whether each printer is a line of text.
+    bool areLines() const { return form == Form::text && (all || low) && !isVerbose; }
 };
 
 // What became of a round of questions.
@@ -90,8 +93,7 @@ void writeJSON(const Round& round, const QueryArguments& arguments) {
     Json json{{"schemaVersion", kAnswerSchema}};
     addTime(json, arguments);
     json["release"] = currentRelease();
-    const bool isOne = !arguments.all && !round.printers.empty();
-    if (isOne) {
+    if (!arguments.all) {
         json.update(jsonOf(round.printers.front()));
     } else {
         json["problem"] = round.problem.sentence();
@@ -124,7 +126,7 @@ void writeLine(const PrinterAnswers& printer, std::size_t columns) {
         if (!part.empty()) text.append(text.empty() ? "" : "; ").append(part);
     };
     if (const auto askedAt = printer.askedAt()) add(timeText(*askedAt));
-    add(platform::onOneLine(printer.problem.sentence()));
+    add(printer.problem.brief());
     std::cout << printer.queue << std::string(columns - printer.queue.size(), ' ') << text << '\n';
 }
 
@@ -132,9 +134,8 @@ void writeText(const std::vector<PrinterAnswers>& printers, const QueryArguments
     std::size_t columns = 0;
     for (const PrinterAnswers& printer : printers)
         columns = std::max(columns, printer.queue.size() + 3);
-    const bool areLines = (arguments.all || arguments.low) && !arguments.isVerbose;
     for (const PrinterAnswers& printer : printers)
-        areLines ? writeLine(printer, columns) : writePage(printer, arguments.all);
+        arguments.areLines() ? writeLine(printer, columns) : writePage(printer, arguments.all);
 }
 
 // Above what is written again and again: on a terminal it stays in its place.
@@ -158,15 +159,14 @@ int showStatus(const QueryArguments& arguments) {
     Round round = ask(arguments);
     const auto isWell = [](const PrinterAnswers& printer) { return printer.problem.isNone(); };
     const bool isDone = round.problem.isNone() && std::ranges::all_of(round.printers, isWell);
-    if (arguments.low)
+    // JSON about one printer is about it in any case.
+    if (arguments.low && (arguments.all || arguments.form == Form::text))
         std::erase_if(round.printers, [](const PrinterAnswers& printer) { return !needsHand(printer); });
-    const bool areLines =
-        arguments.form == Form::text && (arguments.all || arguments.low) && !arguments.isVerbose;
     if (arguments.interval && arguments.form == Form::text) writeTime();
     std::cout.flush();
     complain(round.problem.text);
     // A line of several says it itself.
-    if (round.problem.isNone() && !areLines)
+    if (round.problem.isNone() && !arguments.areLines())
         for (const PrinterAnswers& printer : round.printers)
             complain(complaintOf(printer));
     switch (arguments.form) {
@@ -256,11 +256,11 @@ QueryArguments queryIn(const Arguments& arguments) {
 
 // With the queue that was named, or the default one.
 QueryArguments withQueue(const Arguments& arguments, QueryArguments query) {
-    platform::Failure problem;
+    SchedulerProblem problem;
     if (auto queue = queueIn(arguments, SchedulerPatience(query.timeout).time(), problem))
         query.queue = *std::move(queue);
     else
-        query.noQueue = {AnswerCode::noSuchQueue, *problem};
+        query.noQueue = reasonOf(problem);
     return query;
 }
 

@@ -60,8 +60,7 @@ void JobWatch::look() {
     if (!dropGone()) return;
     const auto question = [](SchedulerConnection& connection) {
         SeenJobs seen;
-        seen.jobs = scheduler::jobs(connection, "", WhichJobs::active, seen.problem)
-                        .value_or(std::vector<QueueJob>());
+        seen.jobs = scheduler::jobs(connection, "", seen.problem).value_or(std::vector<QueueJob>());
         return seen;
     };
     request_ = SchedulerWorker::shared().start<SeenJobs>("",

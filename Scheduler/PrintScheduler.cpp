@@ -210,12 +210,11 @@ std::optional<std::vector<SchedulerQueue>> queues(
 
 // Get-Jobs, RFC 8011, section 4.2.6.
 std::optional<std::vector<QueueJob>> jobs(
-    SchedulerConnection& connection, const std::string& queue, WhichJobs which, SchedulerProblem& problem) {
+    SchedulerConnection& connection, const std::string& queue, SchedulerProblem& problem) {
     const IPPMessage request = newRequest(IPP_OP_GET_JOBS, queue);
     addUser(request);
     ippAddBoolean(request.get(), IPP_TAG_OPERATION, "my-jobs", 1);
-    ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "which-jobs", nullptr,
-        which == WhichJobs::active ? "not-completed" : "completed");
+    ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_KEYWORD, "which-jobs", nullptr, "not-completed");
     addWanted(request, kJobAttributes);
     const IPPMessage answer = connection.ask(request, problem);
     if (answer == nullptr) return std::nullopt;
@@ -284,7 +283,7 @@ std::optional<FetchedQueue> queue(
     }
     // Without the list nothing is known to be active.
     SchedulerProblem noJobs;
-    fetched.activeJobs = jobs(connection, name, WhichJobs::active, noJobs).value_or(std::vector<QueueJob>());
+    fetched.activeJobs = jobs(connection, name, noJobs).value_or(std::vector<QueueJob>());
     fetched.ppd = ppdFile(connection, name, problem);
     if (fetched.ppd == nullptr) return std::nullopt;
     return fetched;
@@ -333,11 +332,11 @@ std::optional<std::vector<SchedulerQueue>> listQueues(
     return waitFor<std::optional<std::vector<SchedulerQueue>>>(time, error, scheduler::queues);
 }
 
-std::optional<std::vector<QueueJob>> listJobs(
-    const std::string& queue, WhichJobs which, SchedulerWorker::Duration time) {
+std::optional<std::vector<QueueJob>> listActiveJobs(
+    const std::string& queue, SchedulerWorker::Duration time) {
     return waitFor<std::optional<std::vector<QueueJob>>>(time, platform::ignoredFailure(),
-        [queue, which](SchedulerConnection& connection, SchedulerProblem& problem) {
-            return scheduler::jobs(connection, queue, which, problem);
+        [queue](SchedulerConnection& connection, SchedulerProblem& problem) {
+            return scheduler::jobs(connection, queue, problem);
         });
 }
 
@@ -349,20 +348,9 @@ std::unique_ptr<FetchedPPD> fetchQueuePPDFile(
         });
 }
 
-std::optional<std::string> findDefaultQueue(SchedulerWorker::Duration time, platform::Failure& error) {
+std::optional<std::string> findDefaultQueue(SchedulerWorker::Duration time, SchedulerProblem& problem) {
     if (std::string named = defaultOfSurroundings(); !named.empty()) return named;
-    return waitFor<std::optional<std::string>>(time, error, scheduler::defaultQueue);
-}
-
-// Validate-Job, RFC 8011, section 4.2.3.
-bool wouldTakeCommand(const std::string& queue, SchedulerWorker::Duration time, platform::Failure& error) {
-    return waitFor<bool>(time, error, [queue](SchedulerConnection& connection, SchedulerProblem& problem) {
-        const IPPMessage request = newRequest(IPP_OP_VALIDATE_JOB, queue);
-        addUser(request);
-        ippAddString(request.get(), IPP_TAG_OPERATION, IPP_TAG_MIMETYPE, "document-format", nullptr,
-            platform::kCommandFileType);
-        return connection.ask(request, problem) != nullptr;
-    });
+    return waitFor<std::optional<std::string>>(time, problem, scheduler::defaultQueue);
 }
 
 // Cancel-Job, RFC 8011, section 4.3.3.

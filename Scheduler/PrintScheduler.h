@@ -68,12 +68,11 @@ struct FetchedQueue {
 
 // On a connection. Nothing, or null, and why in `problem`, when the scheduler is not there, does not answer
 // or refuses.
-enum class WhichJobs { active, ended };
 namespace scheduler {
 std::optional<std::vector<SchedulerQueue>> queues(SchedulerConnection& connection, SchedulerProblem& problem);
-// This person's jobs in a queue; in all queues for "".
+// This person's active jobs in a queue; in all queues for "".
 std::optional<std::vector<QueueJob>> jobs(
-    SchedulerConnection& connection, const std::string& queue, WhichJobs which, SchedulerProblem& problem);
+    SchedulerConnection& connection, const std::string& queue, SchedulerProblem& problem);
 // One job, whoever's it is.
 std::optional<QueueJob> job(SchedulerConnection& connection, int number, SchedulerProblem& problem);
 std::unique_ptr<FetchedPPD> ppdFile(
@@ -97,16 +96,13 @@ std::optional<std::vector<SchedulerQueue>> listQueues(
     SchedulerWorker::Duration time, SchedulerProblem& problem);
 std::optional<std::vector<SchedulerQueue>> listQueues(
     SchedulerWorker::Duration time, platform::Failure& error);
-std::optional<std::vector<QueueJob>> listJobs(
-    const std::string& queue, WhichJobs which, SchedulerWorker::Duration time);
+std::optional<std::vector<QueueJob>> listActiveJobs(const std::string& queue, SchedulerWorker::Duration time);
 std::unique_ptr<FetchedPPD> fetchQueuePPDFile(
     const std::string& queue, SchedulerWorker::Duration time, platform::Failure& error);
 // The queue that is meant when nobody names one, as lpstat(1) and lp(1) have it: LPDEST, or PRINTER unless
 // that is "lp"; the default that this person, or an administrator for all, set with lpoptions(1); the
 // scheduler's own. It need not exist. "" when there is none.
-std::optional<std::string> findDefaultQueue(SchedulerWorker::Duration time, platform::Failure& error);
-// Whether the scheduler would take a command file for the queue.
-bool wouldTakeCommand(const std::string& queue, SchedulerWorker::Duration time, platform::Failure& error);
+std::optional<std::string> findDefaultQueue(SchedulerWorker::Duration time, SchedulerProblem& problem);
 // False when the job had ended before, or the scheduler refuses or is not there.
 bool cancelJob(const std::string& queue, int job, SchedulerWorker::Duration time);
 

@@ -85,35 +85,33 @@ void reportLevels(const Ticket& ticket, ppd_file_t* ppd) {
     tellState('-', levels.reasonsThatAreOver);
 }
 
-// One question to one printer.
+// The commands that one question to the printer answers.
 class Answering {
 public:
     Answering(const FilterCall& call, Commands commands, ppd_file_t* ppd)
         : call_(call), commands_(std::move(commands)), ppd_(ppd) {}
 
-    // Of the document's commands or the agent's.
-    bool wants(bool document) const {
-        return std::ranges::any_of(commands_,
-            [document](const CommandSpec* command) { return isForDocument(*command) == document; });
-    }
+    // Whether there is anything to ask.
+    bool isWanted() const { return !commands_.empty(); }
 
-    void answer(bool fromDocument, const Ticket& ticket) {
+    // What came: the ticket's part for each, or the word for why there is none, for whoever reads the earlier
+    // answers.
+    void tell(const StatusAnswer& answer) const {
         for (const CommandSpec* command : commands_) {
-            if (isForDocument(*command) != fromDocument) continue;
-            command->source == Source::levels ? reportLevels(ticket, ppd_) : answerInChunks(*command, ticket);
+            if (!answer.ticket)
+                explain(*command, answer.problemWord);
+            else if (command->source == Source::levels)
+                reportLevels(*answer.ticket, ppd_);
+            else
+                answerInChunks(*command, *answer.ticket);
         }
     }
 
-    // No answer, to any that has none yet: for the reader of the earlier ones.
-    void explain(bool fromDocument, const std::string& word) const {
-        if (call_.jobNumber.empty()) return;
-        for (const CommandSpec* command : commands_)
-            if (isForDocument(*command) == fromDocument && command->source != Source::levels)
-                tellPPD(std::string(command->name) + kAnswerProblem, call_.jobNumber + ':' + word);
-    }
-
 private:
-    static bool isForDocument(const CommandSpec& command) { return command.source != Source::accounting; }
+    void explain(const CommandSpec& command, const std::string& word) const {
+        if (call_.jobNumber.empty() || command.source == Source::levels) return;
+        tellPPD(std::string(command.name) + kAnswerProblem, call_.jobNumber + ':' + word);
+    }
 
     void answerInChunks(const CommandSpec& command, const Ticket& ticket) const {
         Ticket part;
@@ -183,10 +181,16 @@ void runCommandFilter(const FilterCall& call) {
     const std::string unread = ppd == nullptr && !call.ppdFile.empty() ? whyUnread(call.ppdFile) : "";
     if (!unread.empty()) tellWarning(unread);
     const auto [address, problem, isNotOnNetwork] = findAddress(call, ppd.get());
-    Answering answering(call, std::move(commands), ppd.get());
+    // Those that the SNMP agent answers come last.
+    const auto accounting = std::stable_partition(commands.begin(), commands.end(),
+        [](const CommandSpec* command) { return command->source != Source::accounting; });
+    const Answering ofDocument(call, {commands.begin(), accounting}, ppd.get());
+    const Answering ofAgent(call, {accounting, commands.end()}, ppd.get());
     if (!address) {
-        for (const bool fromDocument : {true, false})
-            answering.explain(fromDocument, problemWord::kNoAddress);
+        StatusAnswer none;
+        none.problemWord = problemWord::kNoAddress;
+        ofDocument.tell(none);
+        ofAgent.tell(none);
         if (!unread.empty()) return tellError(unread);
         return isNotOnNetwork ? tellDebug("this queue's device has no network address") : tellError(problem);
     }
@@ -194,30 +198,31 @@ void runCommandFilter(const FilterCall& call) {
     tellInfo("Asking the printer at " + address->shownURL + " for its status.");
     // Both at once: a printer whose agent is off keeps nobody waiting.
     std::future<StatusAnswer> agent;
-    if (answering.wants(false))
+    if (ofAgent.isWanted())
         agent = std::async(std::launch::async, askForAccounting, *address, call.serverRoot);
-    StatusAnswer document;
-    if (answering.wants(true)) {
-        document = askForDocument(*address, {file->user, file->password});
-        std::ranges::for_each(document.trace, tellDebug);
-        tellState(document.isOffline ? '+' : '-', "offline-report");
-        if (document.ticket) answering.answer(true, *document.ticket);
-        if (!document.ticket) answering.explain(true, document.problemWord);
+    StatusAnswer fromDocument;
+    if (ofDocument.isWanted()) {
+        fromDocument = askForDocument(*address, {file->user, file->password});
+        std::ranges::for_each(fromDocument.trace, tellDebug);
+        tellState(fromDocument.isOffline ? '+' : '-', "offline-report");
+        ofDocument.tell(fromDocument);
     }
-    StatusAnswer accounting;
-    if (agent.valid()) accounting = agent.get();
-    if (accounting.ticket) answering.answer(false, *accounting.ticket);
-    if (!accounting.problem.empty()) answering.explain(false, accounting.problemWord);
+    StatusAnswer fromAgent;
+    if (agent.valid()) {
+        fromAgent = agent.get();
+        ofAgent.tell(fromAgent);
+    }
 
     // One printer, one complaint.
-    if (!document.problem.empty()) {
-        tellError(document.problem);
-        if (!accounting.problem.empty()) tellDebug(accounting.problem);
-    } else if (!accounting.problem.empty()) {
-        answering.wants(true) ? tellInfo(std::string(kStatusReadMessage) + " " + accounting.problem + '.')
-                              : tellError(accounting.problem);
-    } else {
+    if (!fromDocument.problem.empty()) {
+        tellError(fromDocument.problem);
+        if (!fromAgent.problem.empty()) tellDebug(fromAgent.problem);
+    } else if (fromAgent.problem.empty()) {
         tellInfo(kStatusReadMessage);
+    } else if (ofDocument.isWanted()) {
+        tellInfo(std::string(kStatusReadMessage).append(" ").append(fromAgent.problem).append("."));
+    } else {
+        tellError(fromAgent.problem);
     }
 }
 

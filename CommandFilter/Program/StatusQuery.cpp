@@ -172,7 +172,7 @@ StatusAnswer askForAccounting(const PrinterAddress& address, const std::filesyst
     platform::SNMPRequest request;
     request.communities = snmpCommunities(serverRoot);
     if (request.communities.empty()) {
-        answer.problemWord = problemWord::kAgentRefuses;
+        answer.problemWord = problemWord::kAgentOff;
         answer.problem = "The printer's job accounting is not known: SNMP is switched off here, by a "
                          "\"Community\" without a name in " +
                          (serverRoot / "snmp.conf").string();

@@ -66,6 +66,10 @@ QueueCheckup::QueueCheckup(std::string name, std::optional<SchedulerQueue> queue
 
 QueueCheckup::~QueueCheckup() = default;
 
+const Finding& QueueCheckup::at(std::string_view station) const {
+    return std::ranges::find(stations_, station, &Station::name)->finding;
+}
+
 Finding& QueueCheckup::at(std::string_view station) {
     return std::ranges::find(stations_, station, &Station::name)->finding;
 }
@@ -192,6 +196,7 @@ Finding QueueCheckup::examineFilter() {
 
 Finding QueueCheckup::examineEarlierJob() {
     const auto job = patience_.ask([this](auto time) { return findStatusJob(name_, time); });
+    if (!job && patience_.isUsedUp()) return notChecked(schedulerSilence().text);
     isEarlierJobInTheWay_ = job && isInTrouble(*job);
     if (isEarlierJobInTheWay_)
         return problem("an earlier command job " +
@@ -208,10 +213,9 @@ std::string QueueCheckup::whyNoJob() const {
     if (!RunningOn107OrLater() || RunningOn1010OrLater())
         return "on release " + currentRelease() + " no command job is submitted";
     if (isEarlierJobInTheWay_) return "it would wait for the earlier job";
-    if (stations_[1].finding.verdict == Verdict::problem)
+    if (at("PPD").verdict == Verdict::problem)
         return "the command filter has to be able to read the PPD first";
-    const auto filter = std::ranges::find(stations_, std::string_view("command filter"), &Station::name);
-    if (filter->finding.verdict == Verdict::problem) return "the command filter has to be right first";
+    if (at("command filter").verdict == Verdict::problem) return "the command filter has to be right first";
     if (queue_->isPaused || !queue_->takesJobs) return "the queue has to take and print jobs first";
     return {};
 }
@@ -246,7 +250,7 @@ Finding QueueCheckup::examineAnswers(const PrinterAnswers& answers) const {
     using State = CommandAnswer::State;
     if (!isOnNetwork(queue_->deviceURI, ppd_->record()))
         return notChecked("this queue's device has no network address");
-    if (stations_[4].finding.verdict != Verdict::ok) {
+    if (at("command job").verdict != Verdict::ok) {
         const auto never = std::ranges::count(answers.commands, State::never, &CommandAnswer::state);
         return notChecked(never == 0 ? "the command job has to go through first; earlier answers are stored"
                                      : "the command job has to go through first");
@@ -280,7 +284,7 @@ Finding QueueCheckup::examineAnswers(const PrinterAnswers& answers) const {
     const auto now = std::ranges::count(answers.commands, State::now, &CommandAnswer::state);
     Finding finding =
         ok(std::to_string(now) + " commands are answered" + (remark.empty() ? "" : ", " + remark));
-    if (!remark.empty()) finding.mend = "Switch SNMP on at the printer if its job accounting is wanted.";
+    if (!remark.empty()) finding.mend = "Switch SNMP on if the printer's job accounting is wanted.";
     return finding;
 }
 

@@ -49,6 +49,7 @@ public:
     std::vector<Station> findings() const { return stations_; }
 
 private:
+    const Finding& at(std::string_view station) const;
     Finding& at(std::string_view station);
     Finding examineQueue() const;
     Finding examinePPD();

@@ -30,7 +30,7 @@ PaperNames::PaperNames(platform::PDEPanel& panel, std::shared_ptr<DialogPrinter>
       start_(std::move(start)),
       changed_(std::move(changed)),
       outdated_(std::move(outdated)),
-      answers_{.before = start_.stored},
+      answers_{.before = std::move(start_.stored)},
       isReady_(start_.isAnswered || isOver()) {
     if (isReady_) return;
     if (const auto job = statusJobIn(printer_->printer().activeJobs())) answers_.sharedJob = job->id;
@@ -69,7 +69,7 @@ void PaperNames::willShow() {
     // Before 10.7 the filter's answers go to the panel alone.
     const bool hasItsOwn = answers_.after || (isOver() && !RunningOn107OrLater());
     if (!hasItsOwn && !RunningOn1010OrLater())
-        for (const StoredAnswer& answer : start_.stored)
+        for (const StoredAnswer& answer : answers_.before)
             if (answer.list) panel_.receivedPrinterAnswer(*answer.list);
     shownPapers_ = papersOf(newest());
     isShown_ = true;

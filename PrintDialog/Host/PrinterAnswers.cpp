@@ -1,6 +1,7 @@
 #include "PrintDialog/Host/PrinterAnswers.h"
 
 #include "Common/CommandJob.h"
+#include "Formats/OneLine.h"
 #include "PrintDialog/Host/StatusJobs.h"
 
 #include <algorithm>
@@ -45,6 +46,7 @@ constexpr std::array<CodeSpec, static_cast<std::size_t>(AnswerCode::interrupted)
     {"no-answer", "the printer's command filter answered nothing; the scheduler's error log says why"},
     {problemWord::kAgentSilent, "the agent does not answer"},
     {problemWord::kAgentRefuses, "the agent does not say"},
+    {problemWord::kAgentOff, "SNMP is switched off in the print scheduler's snmp.conf"},
     {"interrupted", "interrupted"},
 }};
 
@@ -104,33 +106,25 @@ std::string AnswerReason::sentence() const {
     return (wasNotAsked() ? "not asked: " : "no answer: ") + text;
 }
 
+std::string AnswerReason::brief() const {
+    // Of these the code says too little.
+    static constexpr std::array<AnswerCode, 3> kOpen{
+        AnswerCode::schedulerRefuses, AnswerCode::filterComplains, AnswerCode::askingForbidden};
+    const bool isOpen = std::ranges::find(kOpen, code) != kOpen.end();
+    return platform::onOneLine((isOpen ? *this : reason(code)).sentence());
+}
+
 AnswerReason reasonOf(const SchedulerProblem& problem) {
     using Kind = SchedulerProblem::Kind;
-    switch (problem.kind) {
-    case Kind::none:
-        break;
-    case Kind::notThere:
-        return reason(AnswerCode::schedulerNotThere, problem.text);
-    case Kind::forbidden:
-        return reason(AnswerCode::schedulerForbidden, problem.text);
-    case Kind::silent:
-        return reason(AnswerCode::schedulerSilent, problem.text);
-    case Kind::wantsPassword:
-        return reason(AnswerCode::schedulerWantsPassword, problem.text);
-    case Kind::unknown:
-        return reason(AnswerCode::noSuchQueue, problem.text);
-    case Kind::severalPrinters:
-        return reason(AnswerCode::severalPrinters, problem.text);
-    case Kind::rejectsJobs: // of which the scheduler says no more
-        return reason(AnswerCode::queueRejectsJobs);
-    case Kind::notPermitted:
-        return reason(AnswerCode::notPermitted, problem.text);
-    case Kind::noRoom:
-        return reason(AnswerCode::noRoom);
-    case Kind::refuses:
-        return reason(AnswerCode::schedulerRefuses, problem.text);
-    }
-    return {};
+    // In the order of the kinds.
+    static constexpr std::array<AnswerCode, static_cast<std::size_t>(Kind::refuses) + 1> kCodesOfKinds{
+        AnswerCode::none, AnswerCode::schedulerNotThere, AnswerCode::schedulerForbidden,
+        AnswerCode::schedulerSilent, AnswerCode::schedulerWantsPassword, AnswerCode::noSuchQueue,
+        AnswerCode::severalPrinters, AnswerCode::queueRejectsJobs, AnswerCode::notPermitted,
+        AnswerCode::noRoom, AnswerCode::schedulerRefuses};
+    // Of these the scheduler has words that say less.
+    const bool saysLess = problem.kind == Kind::rejectsJobs || problem.kind == Kind::noRoom;
+    return reason(kCodesOfKinds[static_cast<std::size_t>(problem.kind)], saysLess ? "" : problem.text);
 }
 
 AnswerReason reasonOf(const SchedulerPrinter& printer, bool isOver) {

@@ -48,6 +48,7 @@ enum class AnswerCode {
     noAnswer,
     agentSilent,
     agentRefuses,
+    agentOff,
     interrupted,
 };
 
@@ -62,9 +63,11 @@ struct AnswerReason {
 
     bool isNone() const { return code == AnswerCode::none; }
     // Whether it says nothing against the printer: agents of SNMP are often switched off.
-    bool isRemark() const { return code == AnswerCode::agentSilent || code == AnswerCode::agentRefuses; }
+    bool isRemark() const { return code >= AnswerCode::agentSilent && code <= AnswerCode::agentOff; }
     // "not asked: ..." or "no answer: ..."; "" for none.
     std::string sentence() const;
+    // The same on one short line, without addresses and advice.
+    std::string brief() const;
     // Whether the question never got to the printer.
     bool wasNotAsked() const;
 };

@@ -20,7 +20,7 @@ std::optional<QueueJob> statusJobIn(const std::vector<QueueJob>& jobs) {
 }
 
 std::optional<QueueJob> findStatusJob(const std::string& queue, SchedulerWorker::Duration time) {
-    return statusJobIn(listJobs(queue, WhichJobs::active, time).value_or(std::vector<QueueJob>()));
+    return statusJobIn(listActiveJobs(queue, time).value_or(std::vector<QueueJob>()));
 }
 
 std::string lastWordOn(const QueueJob& job) {

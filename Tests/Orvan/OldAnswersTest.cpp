@@ -326,6 +326,11 @@ TEST_F(OldAnswers, AreInJSONAsTheManualSays) {
     const Json down = json({"status", "--all", "--json"}, 1, {{"CUPS_SERVER", "/no/such/socket"}});
     EXPECT_EQ(down["code"], "scheduler-not-there");
     EXPECT_EQ(down["printers"], Json::array());
+    // Also where nobody has named a queue, or the printer needs no hand.
+    EXPECT_EQ(
+        json({"papers", "--json"}, 1, {{"CUPS_SERVER", "/no/such/socket"}})["code"], "scheduler-not-there");
+    EXPECT_EQ(json({"papers", "--json"}, 1)["code"], "no-such-queue");
+    EXPECT_EQ(json({"status", "-q", "Office", "--low", "--json"}, 0)["queue"], "Office");
     const std::string watched = run(
         {"/bin/sh", "-c", ORVAN_PROGRAM " status -q Office --timeout 100 --watch 0.01 --json | head -n 1"})
                                     .output;
