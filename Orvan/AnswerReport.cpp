@@ -15,7 +15,7 @@ using Json = nlohmann::ordered_json;
 using Time = std::optional<std::chrono::system_clock::time_point>;
 
 std::string withFullStop(std::string sentence) {
-    if (!sentence.ends_with('.')) sentence += '.';
+    if (!sentence.ends_with('.') && !sentence.ends_with(".)")) sentence += '.';
     return sentence;
 }
 
