@@ -3,6 +3,7 @@
 #include "BiDi/Common/SupportedCommands.h"
 #include "BiDi/ResponseEntries.h"
 #include "Common/CommandJob.h"
+#include "Common/TicketVocabulary.h"
 
 #include <algorithm>
 #include <charconv>
@@ -60,7 +61,7 @@ std::vector<StoredAnswer> storedAnswers(ppd_file_t* ppd, std::size_t limit) {
 
 const StoredAnswer* answerWithPapers(const std::vector<StoredAnswer>& answers) {
     const auto found = std::ranges::find_if(answers, [](const StoredAnswer& answer) {
-        return answer.list && answer.list->find(kCustomPaperTypesKey) != nullptr;
+        return answer.list && answer.list->find(OVOVGCustomPaperTypes) != nullptr;
     });
     return found != answers.end() ? &*found : nullptr;
 }

@@ -15,9 +15,6 @@
 
 namespace orvan {
 
-// The key of an answer's list of custom papers, which are dictionaries with a "name" and a "type".
-inline constexpr std::string_view kCustomPaperTypesKey = "customPaperTypes";
-
 // What the PPD has of one command.
 struct StoredAnswer {
     std::string command;

@@ -1,8 +1,7 @@
 // The commands that the command filter answers, and what of the ticket answers each.
 #pragma once
 
-#include "CommandFilter/PrinterWords.h"
-#include "CommandFilter/TicketVocabulary.h"
+#include "Common/TicketVocabulary.h"
 
 #include <strings.h>
 

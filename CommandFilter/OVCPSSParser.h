@@ -2,7 +2,7 @@
 #pragma once
 
 #include "CommandFilter/OVBidirectionalDictionary.h"
-#include "CommandFilter/TicketVocabulary.h"
+#include "Common/TicketVocabulary.h"
 
 #include <string>
 

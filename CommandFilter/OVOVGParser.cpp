@@ -1,7 +1,7 @@
 #include "CommandFilter/OVOVGParser.h"
 
-#include "CommandFilter/LeadingInteger.h"
 #include "CommandFilter/OVGChildren.h"
+#include "Formats/LeadingInteger.h"
 #include "Platform/LogLimit.h"
 #include "Platform/SystemLog.h"
 
@@ -121,7 +121,8 @@ void OVOVGParser::fillDictionaryWithSavedJobs(Ticket& ticket, const Element& pri
 
 void OVOVGParser::fillDictionaryWithVCDs(Ticket& ticket, const Element& multirsp) const {
     List modes;
-    const std::int32_t count = leadingInteger(multirsp.attributeForName("ColorModeCount").value_or(""));
+    const std::int32_t count =
+        platform::leadingInteger(multirsp.attributeForName("ColorModeCount").value_or(""));
     // The first child is not a color mode.
     for (std::int32_t position = 1; position <= count; ++position) {
         const Element* const mode = multirsp.childAtIndex(static_cast<std::size_t>(position));

@@ -1,7 +1,7 @@
 // The printer's own status document, which is called OVG here: one XML file.
 #pragma once
 
-#include "CommandFilter/TicketVocabulary.h"
+#include "Common/TicketVocabulary.h"
 #include "Formats/Failure.h"
 #include "Formats/XMLDocument.h"
 

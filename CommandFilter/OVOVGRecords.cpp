@@ -1,8 +1,8 @@
 // Single records of the status document, and its words.
-#include "CommandFilter/LeadingInteger.h"
 #include "CommandFilter/OVGChildren.h"
 #include "CommandFilter/OVGWords.h"
 #include "CommandFilter/OVOVGParser.h"
+#include "Formats/LeadingInteger.h"
 
 #include <utility>
 
@@ -71,8 +71,8 @@ std::optional<Ticket> OVOVGParser::supplyForValue(const Element& supply) const {
             storeFirstFound(record, OVCPSSColorant, kColorants, text);
             storeFirstFound(record, OVCPSSColorantType, kColorantTypes, text);
         } else if (child.name() == "status") {
-            record.insert_or_assign(
-                std::string(OVCPSSColorantLevel), text == "OK" ? kFullSupply : leadingInteger(text));
+            record.insert_or_assign(std::string(OVCPSSColorantLevel),
+                text == "OK" ? kFullSupply : platform::leadingInteger(text));
         }
     });
     if (!record.contains(OVCPSSColorant)) return std::nullopt;

@@ -1,6 +1,6 @@
 #include "CommandFilter/OVSNMPParser.h"
 
-#include "CommandFilter/LeadingInteger.h"
+#include "Formats/LeadingInteger.h"
 
 #include <algorithm>
 #include <limits>
@@ -10,8 +10,8 @@ namespace {
 
 std::int32_t integerOf(const platform::PropertyList& value) {
     using Limits = std::numeric_limits<std::int32_t>;
-    if (const std::string* text = value.asString()) return leadingInteger(*text);
-    if (const auto number = value.asInteger()) return nearestInteger(*number);
+    if (const std::string* text = value.asString()) return platform::leadingInteger(*text);
+    if (const auto number = value.asInteger()) return platform::nearestInteger(*number);
     if (const auto boolean = value.asBoolean()) return *boolean ? 1 : 0;
     if (value.asUnsignedInteger()) return Limits::max();
     if (const auto real = value.asReal(); real && *real == *real)

@@ -1,7 +1,7 @@
 // The printer's answer to an SNMP query.
 #pragma once
 
-#include "CommandFilter/TicketVocabulary.h"
+#include "Common/TicketVocabulary.h"
 
 namespace orvan {
 

@@ -1,6 +1,5 @@
 #include "CommandFilter/PrinterWords.h"
 
-#include "CommandFilter/LeadingInteger.h"
 #include "CommandFilter/OVGChildren.h"
 #include "CommandFilter/OVOVGParser.h"
 
@@ -17,7 +16,6 @@ using platform::XMLNode;
 constexpr std::array<std::string_view, 4> kWords{kWordName, kWordStatus, kWordPaperSize, kWordPaperType};
 constexpr std::array<std::string_view, 5> kSections{
     "deviceStatus", OVOVGCustomPaperTypes, "storedJobs", "MULTIRSP", "permissions"};
-constexpr std::int64_t kFull = 100;
 
 PropertyList wordsOf(const XMLNode& record) {
     PropertyList::Dictionary words;
@@ -66,13 +64,6 @@ bool isStatusDocument(const platform::XMLDocument& document) {
         isOne = isOne || std::ranges::find(kSections, section.name()) != kSections.end();
     });
     return isOne;
-}
-
-std::optional<std::int64_t> levelInWord(std::string_view status) {
-    if (status == "OK") return kFull;
-    const std::size_t first = status.find_first_not_of(" \t\n\r\f\v");
-    if (first == std::string_view::npos || status[first] < '0' || status[first] > '9') return std::nullopt;
-    return leadingInteger(status);
 }
 
 } // namespace orvan

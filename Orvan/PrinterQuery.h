@@ -3,10 +3,10 @@
 
 #include "BiDi/OrvanBiDi.h"
 #include "Formats/PropertyList.h"
-#include "Orvan/PrinterPage.h"
 #include "Orvan/SchedulerPatience.h"
 #include "PrintDialog/Host/DialogPrinter.h"
 #include "PrintDialog/Host/PrinterAnswers.h"
+#include "PrintDialog/Host/PrinterPage.h"
 #include "PrintDialog/Host/QueuePPD.h"
 
 #include <chrono>

@@ -1,6 +1,6 @@
 #include "Orvan/StatusMetrics.h"
 
-#include "Orvan/PrinterPage.h"
+#include "PrintDialog/Host/PrinterPage.h"
 
 #include <chrono>
 #include <set>

@@ -1,7 +1,6 @@
 #include "Orvan/StatusReport.h"
 
-#include "CommandFilter/PrinterWords.h"
-#include "CommandFilter/TicketVocabulary.h"
+#include "Common/TicketVocabulary.h"
 #include "Formats/OneLine.h"
 #include "Orvan/PropertyListJson.h"
 #include "Orvan/Terminal.h"

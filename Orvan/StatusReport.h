@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Formats/PropertyList.h"
-#include "Orvan/PrinterPage.h"
+#include "PrintDialog/Host/PrinterPage.h"
 
 #include <ostream>
 #include <string>

@@ -1,7 +1,7 @@
 #include "CommandFilter/Program/PrinterLevels.h"
 
-#include "CommandFilter/PrinterWords.h"
 #include "CommandFilter/WordTable.h"
+#include "Common/ToldLevels.h"
 
 #include <algorithm>
 

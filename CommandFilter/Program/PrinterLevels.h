@@ -1,21 +1,16 @@
 // Trays and supplies for every other client of the scheduler.
 #pragma once
 
-#include "CommandFilter/TicketVocabulary.h"
+#include "Common/TicketVocabulary.h"
 
-#include <cstdint>
 #include <string>
 
 namespace orvan {
 
-// Up to these levels, in per cent, a tray or a supply is low.
-inline constexpr std::int64_t kLowTray = 30; // what a tray that is nearly empty has
-inline constexpr std::int64_t kLowSupply = 10;
-
 struct PrinterLevels {
     // marker-names, marker-types, marker-colors and marker-levels of the printer's supplies, as a filter
     // tells them. A level that is not known is -2 (RFC 3805, prtMarkerSuppliesLevel): that of a supply whose
-    // status is a word (PrinterWords.h). "" when the ticket has no supplies.
+    // status is a word (ToldLevels.h). "" when the ticket has no supplies.
     std::string attributes;
     // Reasons of the printer's state for what is low or empty, and those that are over, comma-separated; of
     // trays and supplies that the ticket says nothing of, all are over.

@@ -3,7 +3,7 @@
 
 #include "CommandFilter/Program/KnownCertificates.h"
 #include "CommandFilter/Program/PrinterAddress.h"
-#include "CommandFilter/TicketVocabulary.h"
+#include "Common/TicketVocabulary.h"
 
 #include <filesystem>
 #include <optional>

@@ -1,7 +1,7 @@
 // The names that people gave the printer's custom paper types: asked for when the panel is created, and put
 // into the paper-type list when it is first shown.
-#include "BiDi/StoredAnswers.h"
 #include "Common/PPDUtilities.h"
+#include "Common/TicketVocabulary.h"
 #include "Common/Utilities/ReleaseGates.h"
 #include "Formats/TextEncoding.h"
 #include "OrvanPaperOptions/Source/OrvanPaperOptions.h"
@@ -61,11 +61,11 @@ bool OrvanPaperOptions::awaitsPrinter() const {
 }
 
 void OrvanPaperOptions::receivedBiDiResponse(const platform::PropertyList& response) {
-    if (response.find(kCustomPaperTypesKey) != nullptr) retrieveCustomPaperTypes(response);
+    if (response.find(OVOVGCustomPaperTypes) != nullptr) retrieveCustomPaperTypes(response);
 }
 
 void OrvanPaperOptions::retrieveCustomPaperTypes(const platform::PropertyList& response) {
-    const platform::PropertyList* const types = response.find(kCustomPaperTypesKey);
+    const platform::PropertyList* const types = response.find(OVOVGCustomPaperTypes);
     const platform::PropertyList::List* const list = types != nullptr ? types->asList() : nullptr;
     if (list == nullptr || !cpt_) return;
     for (std::size_t i = 0; i < std::min(list->size(), kMostTypesOfAResponse); ++i)

@@ -1,5 +1,6 @@
 #include "PrintDialog/Host/PaperNames.h"
 
+#include "Common/TicketVocabulary.h"
 #include "Common/Utilities/ReleaseGates.h"
 #include "PrintDialog/Host/HostText.h"
 #include "PrintDialog/Host/StatusJobs.h"
@@ -14,7 +15,7 @@ constexpr double kSeldom = 0.5;
 
 std::optional<platform::PropertyList> papersOf(const StoredAnswer* answer) {
     if (answer == nullptr) return std::nullopt;
-    return *answer->list->find(kCustomPaperTypesKey);
+    return *answer->list->find(OVOVGCustomPaperTypes);
 }
 
 std::string timeOf(const CommandAnswer& answer) {

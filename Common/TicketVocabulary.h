@@ -99,4 +99,17 @@ inline constexpr std::string_view kBlackAndWhiteOnly = "bBWOnly";
 inline constexpr std::string_view kPageSize = "PageSize";
 inline constexpr std::string_view kMediaType = "MediaType";
 
+// The words in which the printer itself told its trays and supplies, beside their records: a record has no
+// place for words that nobody knows.
+// Lists of dictionaries of texts, one for each record of "input-trays-col" and of "colorant-housing-col", in
+// their order; and one for each supply without a record.
+inline constexpr std::string_view kToldTrays = "OVTrayWords";
+inline constexpr std::string_view kToldSupplies = "OVSupplyWords";
+inline constexpr std::string_view kToldOtherSupplies = "OVOtherSupplies";
+// The keys of a dictionary, each there when the printer said it.
+inline constexpr std::string_view kWordName = "name";
+inline constexpr std::string_view kWordStatus = "status";
+inline constexpr std::string_view kWordPaperSize = "paperSize";
+inline constexpr std::string_view kWordPaperType = "paperType";
+
 } // namespace orvan

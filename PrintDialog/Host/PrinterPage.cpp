@@ -1,8 +1,7 @@
-#include "Orvan/PrinterPage.h"
+#include "PrintDialog/Host/PrinterPage.h"
 
-#include "CommandFilter/PrinterWords.h"
-#include "CommandFilter/Program/PrinterLevels.h"
-#include "CommandFilter/TicketVocabulary.h"
+#include "Common/TicketVocabulary.h"
+#include "Common/ToldLevels.h"
 #include "Formats/OneLine.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
-#include "CommandFilter/LeadingInteger.h"
+#include "Formats/LeadingInteger.h"
 
 #include <algorithm>
 #include <limits>
 
-namespace orvan {
+namespace platform {
 
 std::int32_t leadingInteger(std::string_view text) {
     constexpr int kBase = 10;
@@ -23,4 +23,4 @@ std::int32_t nearestInteger(std::int64_t number) {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(number, Limits::min(), Limits::max()));
 }
 
-} // namespace orvan
+} // namespace platform
