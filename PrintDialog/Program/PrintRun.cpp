@@ -2,6 +2,7 @@
 
 #include "PrintDialog/Gtk3/GObjectRef.h"
 #include "PrintDialog/Host/HostNames.h"
+#include "PrintDialog/Host/HostText.h"
 #include "PrintDialog/Host/InstalledFiles.h"
 #include "Scheduler/PrintScheduler.h"
 
@@ -57,6 +58,15 @@ void attachPaperOptions(GtkPrintUnixDialog* dialog) {
     }
 }
 
+// What the dialog prints: the first file's name, and how many more there are.
+std::string titleFor(const std::vector<std::string>& files) {
+    gchar* const shown = g_filename_display_basename(files.front().c_str());
+    const GLibString name(shown);
+    if (files.size() == 1) return hostText("Print %1", {shown});
+    if (files.size() == 2) return hostText("Print %1 and another file", {shown});
+    return hostText("Print %1 and %2 other files", {shown, std::to_string(files.size() - 1)});
+}
+
 // What the person chose.
 struct Chosen {
     GObjectRef<GtkPrinter> printer;
@@ -66,7 +76,8 @@ struct Chosen {
 
 // Nothing when the person cancelled.
 std::optional<Chosen> ask(const PrintArguments& arguments) {
-    auto* const dialog = GTK_PRINT_UNIX_DIALOG(gtk_print_unix_dialog_new(nullptr, nullptr));
+    auto* const dialog =
+        GTK_PRINT_UNIX_DIALOG(gtk_print_unix_dialog_new(titleFor(arguments.files).c_str(), nullptr));
     gtk_print_unix_dialog_set_manual_capabilities(dialog, GTK_PRINT_CAPABILITY_GENERATE_PDF);
     if (!arguments.queue.empty()) {
         const GObjectRef<GtkPrintSettings> settings(gtk_print_settings_new());

@@ -67,7 +67,11 @@ TEST_F(PrintProgram, saysWhyItCannotPrint) {
 }
 
 TEST_F(PrintProgram, printsNothingWhenItIsCancelled) {
-    const ProgramEnd end = run({"-q", "Office", document_.string()}, "Escape", desktop_.environment());
+    // The window is one that says what it is about to print.
+    const std::string title =
+        "$(xdotool getwindowname $w | grep -q 'Print document.pdf and 2 other' && echo Escape)";
+    const ProgramEnd end = run({"-q", "Office", document_.string(), document_.string(), document_.string()},
+        title, desktop_.environment());
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_NE(end.errors.find("cancelled; nothing was printed"), std::string::npos) << end.errors;
     std::vector<PrintJob> jobs;
