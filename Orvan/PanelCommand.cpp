@@ -70,9 +70,11 @@ Json rowJson(PanelSession& session, const ShownRow& row) {
     Json selected = nullptr;
     if (row.popUp != nullptr) {
         const ShownPopUp shown = session.shown(*row.popUp);
-        for (const ShownItem& item : shown.items)
-            items.push_back({{"title", item.title}, {"keyword", item.keyword}});
-        if (shown.selected >= 0) selected = shown.selected;
+        for (std::size_t i = 0; i < shown.items.size(); ++i) {
+            if (static_cast<std::int64_t>(i) == shown.selected) selected = items.size();
+            const ShownItem& item = shown.items[i];
+            if (!item.isLine) items.push_back({{"title", item.title}, {"keyword", item.keyword}});
+        }
     }
     return {{"row", row.spec.row}, {"keyword", row.spec.keyword},
         {"label", row.label != nullptr ? row.label->stringValue() : ""},
@@ -109,7 +111,10 @@ void printText(PanelSession& session, platform::View& root) {
         if (!row.popUp->isEnabled())
             std::cout << "(not available)\n";
         else
-            std::cout << '[' << platform::onOneLine(title) << "]  of " << shown.items.size() << '\n';
+            std::cout << '[' << platform::onOneLine(title) << "]  of "
+                      << shown.items.size() - static_cast<std::size_t>(
+                                                  std::ranges::count(shown.items, true, &ShownItem::isLine))
+                      << '\n';
     }
     std::cout << "\nSummary\n";
     for (const auto& [title, value] : session.summary())

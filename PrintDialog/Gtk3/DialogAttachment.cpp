@@ -6,6 +6,7 @@
 #include "PrintDialog/Host/AdministratorSettings.h"
 #include "PrintDialog/Host/HostText.h"
 #include "PrintDialog/Host/InstalledFiles.h"
+#include "PrintDialog/Host/LoadedPaper.h"
 
 #include <cmath>
 #include <string_view>
@@ -16,6 +17,7 @@ namespace {
 
 constexpr const char* kDataKey = "orvan-paper-options";
 constexpr const char* kPageSize = "PageSize";
+constexpr double kLineInterval = 30; // seconds
 // Bytes of answers that nobody notices the main loop decode.
 constexpr std::size_t kAnswerBudget = std::size_t{512} * 1024;
 
@@ -60,7 +62,8 @@ DialogAttachment* DialogAttachment::of(GtkPrintUnixDialog* dialog) {
 DialogAttachment::DialogAttachment(GtkPrintUnixDialog* dialog, std::shared_ptr<platform::Bundle> bundle)
     : dialog_(dialog),
       bundle_(std::move(bundle)),
-      tab_(dialog, [this] { tabShown(); }),
+      tab_(
+          dialog, [this] { tabShown(); }, [this] { undo(); }),
       printerConnection_(dialog, "notify::selected-printer",
           G_CALLBACK(+[](GObject*, GParamSpec*, gpointer self) {
               guarded([self] { static_cast<DialogAttachment*>(self)->printerSelected(); });
@@ -137,6 +140,8 @@ void DialogAttachment::startSession(std::unique_ptr<PanelSession> session) {
     if (std::string size = pageSizeChoice(); !size.empty()) initial[kPageSize] = std::move(size);
     const MarkResult started = session_->markElsewhere(initial);
     tab_.appear(session_->panel().panelName());
+    lineTimer_ = platform::RepeatingTimer::schedule(
+        kLineInterval, [this](platform::RepeatingTimer&) { updateLine(); }, "line");
     writeToDialog(started, "");
     report(started, "");
     if (tab_.isInFront()) tabShown();
@@ -149,7 +154,7 @@ void DialogAttachment::useSession(std::unique_ptr<PanelSession> session) {
 }
 
 void DialogAttachment::namesChanged() {
-    tab_.setLine(names_->line());
+    updateLine();
     if (tab_.isInFront() && !tab_.hasPanel()) tabShown();
 }
 
@@ -170,7 +175,7 @@ void DialogAttachment::replaceSession() {
             if (session == nullptr) return endSession();
             useSession(std::move(session));
             session_->markElsewhere(marks);
-            tab_.setLine(names_->line());
+            updateLine();
             if (!tab_.isInFront()) return;
             tabShown();
             tab_.focus(focused);
@@ -180,6 +185,10 @@ void DialogAttachment::replaceSession() {
 void DialogAttachment::endSession() {
     tab_.disappear();
     options_.reset();
+    if (lineTimer_ != nullptr) lineTimer_->stop();
+    lineTimer_.reset();
+    notice_.clear();
+    undoable_.reset();
     names_.reset();
     session_.reset();
     carried_.clear();
@@ -187,7 +196,7 @@ void DialogAttachment::endSession() {
 
 void DialogAttachment::tabShown() {
     if (session_ == nullptr) return;
-    tab_.setLine(names_->line());
+    updateLine();
     if (!names_->isReady()) return;
     if (!session_->wasShown()) names_->willShow();
     session_->willShow();
@@ -201,6 +210,7 @@ void DialogAttachment::tabShown() {
 
 void DialogAttachment::pageSetupChanged() {
     if (session_ == nullptr) return;
+    updateLine();
     if (const std::string size = pageSizeChoice(); !size.empty()) changedInDialog(kPageSize, size);
 }
 
@@ -211,8 +221,9 @@ void DialogAttachment::pickedInPanel(
     writeToDialog(result, option);
     report(result, result.changes.empty() ? "" : result.changes.front().option);
     if (!session_->ppd().isInFile(option, choice))
-        tab_.setNotice(hostText("The driver of this queue cannot name %1 to the printer.",
-            {session_->ppd().choiceTitle(option, choice)}));
+        notice_ = hostText("The driver of this queue cannot name %1 to the printer.",
+            {session_->ppd().choiceTitle(option, choice)});
+    updateLine();
 }
 
 void DialogAttachment::changedInDialog(const std::string& keyword, const std::string& choice) {
@@ -238,7 +249,29 @@ void DialogAttachment::writeToDialog(const std::string& option, const std::strin
 }
 
 void DialogAttachment::report(const MarkResult& result, const std::string& asked) {
-    tab_.setNotice(noticeText(session_->ppd(), result, asked));
+    notice_ = noticeText(session_->ppd(), result, asked);
+    const bool changedOthers = result.changes.size() > 1 && result.changes.front().option == asked;
+    // The size of the paper is the application's.
+    undoable_ = changedOthers && asked != kPageSize ? std::optional(result) : std::nullopt;
+    updateLine();
+}
+
+void DialogAttachment::undo() {
+    if (session_ == nullptr || !undoable_) return;
+    const MarkResult pick = *std::exchange(undoable_, std::nullopt);
+    writeToDialog(session_->takeBack(pick), "");
+    notice_.clear();
+    refreshTab();
+    updateLine();
+    tab_.focus(pick.changes.front().option);
+}
+
+void DialogAttachment::updateLine() {
+    if (session_ == nullptr) return;
+    std::string line = notice_;
+    const std::string loaded = notLoadedText(names_->answers(), session_->ppd(), pageSizeChoice());
+    if (!loaded.empty()) line.append(line.empty() ? "" : " ").append(loaded);
+    tab_.setLine(line.empty() ? names_->line() : line, undoable_.has_value());
 }
 
 void DialogAttachment::refreshTab() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Platform/Bundle.h"
+#include "Platform/RunLoop.h"
 #include "PrintDialog/Gtk3/AcceptedChoices.h"
 #include "PrintDialog/Gtk3/DialogOptions.h"
 #include "PrintDialog/Gtk3/GObjectRef.h"
@@ -61,6 +62,9 @@ private:
     void writeToDialog(const MarkResult& result, const std::string& except);
     void writeToDialog(const std::string& option, const std::string& choice);
     void report(const MarkResult& result, const std::string& asked);
+    void undo();
+    // The one line that matters now: what a pick changed and what is not loaded, else the age of the names.
+    void updateLine();
     void refreshTab();
     std::string pageSizeChoice();
 
@@ -74,6 +78,9 @@ private:
     bool isReplacing_ = false;          // the session: the queue is being opened anew
     std::unique_ptr<DialogOptions> options_;
     std::set<std::string> carried_; // the options that the job is told of
+    std::string notice_;            // of the newest pick
+    std::optional<MarkResult> undoable_;
+    std::shared_ptr<platform::RepeatingTimer> lineTimer_; // what was told of the trays grows old
     SignalConnection printerConnection_;
     SignalConnection pageSetupConnection_;
 };

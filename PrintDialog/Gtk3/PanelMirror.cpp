@@ -14,7 +14,7 @@ namespace {
 constexpr int kRowSpacing = 6;     // pixels, as in GTK's own tabs
 constexpr int kColumnSpacing = 12; // pixels
 constexpr std::size_t kMostInMenu = 30;
-enum Column : int { kTitle, kEnabled };
+enum Column : int { kTitle, kEnabled, kIsLine };
 
 int pixels(double points) {
     return static_cast<int>(std::lround(points * 4 / 3));
@@ -75,7 +75,8 @@ struct PanelMirror::PopUpMirror {
           model(popUp),
           widget(makeWidget()),
           changed(widget, "changed", G_CALLBACK(onChanged), this),
-          poppedUp(widget, "notify::popup-shown", G_CALLBACK(onPopUp), this) {
+          poppedUp(widget, "notify::popup-shown", G_CALLBACK(onPopUp), this),
+          scrolled(widget, "scroll-event", G_CALLBACK(onScroll), nullptr) {
         gtk_widget_set_size_request(GTK_WIDGET(widget), pixels(popUp.frame().width), -1);
         gtk_widget_set_hexpand(GTK_WIDGET(widget), TRUE);
     }
@@ -87,7 +88,19 @@ struct PanelMirror::PopUpMirror {
         gtk_cell_layout_pack_start(GTK_CELL_LAYOUT(combo), text, TRUE);
         gtk_cell_layout_set_attributes(
             GTK_CELL_LAYOUT(combo), text, "text", kTitle, "sensitive", kEnabled, nullptr);
+        const auto isLine = [](GtkTreeModel* model, GtkTreeIter* row, gpointer) -> gboolean {
+            gboolean line = FALSE;
+            gtk_tree_model_get(model, row, kIsLine, &line, -1);
+            return line;
+        };
+        gtk_combo_box_set_row_separator_func(combo, isLine, nullptr, nullptr);
         return combo;
+    }
+
+    // The wheel scrolls the rows; a control of GTK's would take it for a pick.
+    static gboolean onScroll(GtkWidget* combo, GdkEvent* event, gpointer) {
+        gtk_propagate_event(gtk_widget_get_parent(combo), event);
+        return TRUE;
     }
 
     static void onChanged(GtkComboBox* combo, PopUpMirror* self) {
@@ -145,10 +158,11 @@ struct PanelMirror::PopUpMirror {
     void fill() {
         isFilled = true;
         if (shown.size() > kMostInMenu && !std::exchange(isList, true)) preferList();
-        const GObjectRef<GtkListStore> store(gtk_list_store_new(2, G_TYPE_STRING, G_TYPE_BOOLEAN));
+        const GObjectRef<GtkListStore> store(
+            gtk_list_store_new(3, G_TYPE_STRING, G_TYPE_BOOLEAN, G_TYPE_BOOLEAN));
         for (const ShownItem& item : shown)
             gtk_list_store_insert_with_values(store.get(), nullptr, -1, kTitle, item.title.c_str(), kEnabled,
-                item.enabled ? TRUE : FALSE, -1);
+                item.enabled ? TRUE : FALSE, kIsLine, item.isLine ? TRUE : FALSE, -1);
         gtk_combo_box_set_model(widget, GTK_TREE_MODEL(store.get()));
     }
 
@@ -157,6 +171,7 @@ struct PanelMirror::PopUpMirror {
     GtkComboBox* widget;
     SignalConnection changed;
     SignalConnection poppedUp;
+    SignalConnection scrolled;
     std::unique_ptr<SignalConnection> activated;
     std::vector<ShownItem> shown;
     bool isFilled = false;

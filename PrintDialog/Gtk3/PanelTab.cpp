@@ -1,6 +1,7 @@
 #include "PrintDialog/Gtk3/PanelTab.h"
 
 #include "PrintDialog/Gtk3/Guarded.h"
+#include "PrintDialog/Host/HostText.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,8 +10,10 @@
 namespace orvan {
 namespace {
 
-constexpr int kBorder = 12;  // pixels, as in GTK's own tabs
-constexpr int kSpacing = 12; // pixels, between the rows, the summary and the notice
+constexpr float kMiddle = 0.5F;
+constexpr int kBorder = 12;   // pixels, as in GTK's own tabs
+constexpr int kSpacing = 12;  // pixels, between the line, the rows and the summary
+constexpr int kMostLines = 3; // of the line; its tooltip has the whole
 // The part of the screen's height that the tab may ask for; beyond it the rows scroll.
 constexpr double kMostOfScreen = 0.6;
 // Frames that the tab waits for the dialog's size: on a very small screen the dialog never gets it.
@@ -45,10 +48,14 @@ void onMap(GtkWidget*, std::function<void()>* shown) {
     guarded([shown] { (*shown)(); });
 }
 
+void onClicked(GtkButton*, std::function<void()>* undo) {
+    guarded([undo] { (*undo)(); });
+}
+
 } // namespace
 
-PanelTab::PanelTab(GtkPrintUnixDialog* dialog, std::function<void()> shown)
-    : dialog_(dialog), shown_(std::move(shown)) {}
+PanelTab::PanelTab(GtkPrintUnixDialog* dialog, std::function<void()> shown, std::function<void()> undo)
+    : dialog_(dialog), shown_(std::move(shown)), undo_(std::move(undo)) {}
 
 PanelTab::~PanelTab() {
     stopWaiting();
@@ -56,11 +63,14 @@ PanelTab::~PanelTab() {
 
 void PanelTab::ensureWidgets() {
     if (page_ != nullptr) return;
-    // On a screen too small for all rows they scroll.
-    page_ = gtk_scrolled_window_new(nullptr, nullptr);
-    auto* const scroller = GTK_SCROLLED_WINDOW(page_);
-    gtk_scrolled_window_set_policy(scroller, GTK_POLICY_AUTOMATIC, GTK_POLICY_AUTOMATIC);
-    gtk_scrolled_window_set_propagate_natural_width(scroller, TRUE);
+    page_ = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
+    makeLine();
+    // On a screen too small for all rows they scroll, below the line.
+    scroller_ = GTK_SCROLLED_WINDOW(gtk_scrolled_window_new(nullptr, nullptr));
+    gtk_scrolled_window_set_policy(scroller_, GTK_POLICY_AUTOMATIC, GTK_POLICY_AUTOMATIC);
+    gtk_scrolled_window_set_propagate_natural_width(scroller_, TRUE);
+    gtk_box_pack_start(GTK_BOX(page_), GTK_WIDGET(scroller_), TRUE, TRUE, 0);
+    gtk_widget_show(GTK_WIDGET(scroller_));
 
     content_ = GTK_BOX(gtk_box_new(GTK_ORIENTATION_VERTICAL, kSpacing));
     gtk_container_set_border_width(GTK_CONTAINER(content_), kBorder);
@@ -73,14 +83,9 @@ void PanelTab::ensureWidgets() {
         gtk_box_pack_start(columns, GTK_WIDGET(column), TRUE, TRUE, 0);
     }
     gtk_widget_show(GTK_WIDGET(columns));
-    line_ = makeTextLabel();
-    gtk_widget_hide(GTK_WIDGET(line_));
-    notice_ = makeTextLabel();
-    gtk_box_pack_start(content_, GTK_WIDGET(line_), FALSE, FALSE, 0);
     gtk_box_pack_start(content_, GTK_WIDGET(columns), FALSE, FALSE, 0);
-    gtk_box_pack_start(content_, GTK_WIDGET(notice_), FALSE, FALSE, 0);
     gtk_widget_show(GTK_WIDGET(content_));
-    gtk_container_add(GTK_CONTAINER(page_), GTK_WIDGET(content_));
+    gtk_container_add(GTK_CONTAINER(scroller_), GTK_WIDGET(content_));
 
     name_ = GTK_LABEL(gtk_label_new(nullptr));
     mapConnection_ = std::make_unique<SignalConnection>(page_, "map", G_CALLBACK(onMap), &shown_);
@@ -88,12 +93,30 @@ void PanelTab::ensureWidgets() {
     gtk_widget_hide(page_);
 }
 
+void PanelTab::makeLine() {
+    lineBox_ = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, kSpacing);
+    gtk_widget_set_margin_start(lineBox_, kBorder);
+    gtk_widget_set_margin_end(lineBox_, kBorder);
+    gtk_widget_set_margin_top(lineBox_, kBorder);
+    line_ = makeTextLabel();
+    gtk_label_set_lines(line_, kMostLines);
+    gtk_label_set_ellipsize(line_, PANGO_ELLIPSIZE_END);
+    gtk_label_set_yalign(line_, kMiddle);
+    atk_object_set_role(gtk_widget_get_accessible(GTK_WIDGET(line_)), ATK_ROLE_STATUSBAR);
+    undoButton_ = gtk_button_new_with_label(hostText("Undo").c_str());
+    gtk_widget_set_valign(undoButton_, GTK_ALIGN_CENTER);
+    undoConnection_ =
+        std::make_unique<SignalConnection>(undoButton_, "clicked", G_CALLBACK(onClicked), &undo_);
+    gtk_box_pack_start(GTK_BOX(lineBox_), GTK_WIDGET(line_), TRUE, TRUE, 0);
+    gtk_box_pack_start(GTK_BOX(lineBox_), undoButton_, FALSE, FALSE, 0);
+    gtk_box_pack_start(GTK_BOX(page_), lineBox_, FALSE, FALSE, 0);
+}
+
 void PanelTab::appear(const std::string& name) {
     ensureWidgets();
     gtk_label_set_text(name_, name.c_str());
     refresh({});
-    setLine("");
-    setNotice("");
+    setLine("", false);
     showWhenSettled();
 }
 
@@ -153,7 +176,7 @@ bool PanelTab::isInFront() const {
 void PanelTab::setPanel(platform::View& root, PanelMirror::Shown shown, std::function<void()> picked) {
     mirror_ = std::make_unique<PanelMirror>(root, std::move(shown), std::move(picked));
     gtk_box_pack_start(content_, mirror_->widget(), FALSE, FALSE, 0);
-    gtk_box_reorder_child(content_, mirror_->widget(), 1); // below the line
+    gtk_box_reorder_child(content_, mirror_->widget(), 0); // above the summary
 }
 
 void PanelTab::refresh(const PanelSession::Summary& summary) {
@@ -170,17 +193,12 @@ void PanelTab::refresh(const PanelSession::Summary& summary) {
     fitHeight();
 }
 
-void PanelTab::setLine(const std::string& text) {
-    if (line_ == nullptr) return;
+void PanelTab::setLine(const std::string& text, bool offersUndo) {
+    if (page_ == nullptr) return;
     gtk_label_set_text(line_, text.c_str());
-    gtk_widget_set_visible(GTK_WIDGET(line_), text.empty() ? FALSE : TRUE);
-    fitHeight();
-}
-
-// An empty line keeps its height, so that the rows stay where they are when one is written.
-void PanelTab::setNotice(const std::string& text) {
-    if (notice_ == nullptr) return;
-    gtk_label_set_text(notice_, text.c_str());
+    gtk_widget_set_tooltip_text(GTK_WIDGET(line_), text.c_str());
+    gtk_widget_set_visible(undoButton_, offersUndo ? TRUE : FALSE);
+    gtk_widget_set_visible(lineBox_, text.empty() ? FALSE : TRUE);
     fitHeight();
 }
 
@@ -188,7 +206,7 @@ void PanelTab::fitHeight() {
     int natural = 0;
     gtk_widget_get_preferred_height(GTK_WIDGET(content_), nullptr, &natural);
     const int most = static_cast<int>(kMostOfScreen * screenHeight(page_));
-    gtk_scrolled_window_set_min_content_height(GTK_SCROLLED_WINDOW(page_), std::min(natural, most));
+    gtk_scrolled_window_set_min_content_height(scroller_, std::min(natural, most));
 }
 
 } // namespace orvan

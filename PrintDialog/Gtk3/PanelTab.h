@@ -1,4 +1,4 @@
-// The tab of a print dialog that shows a panel, its summary, and what a pick changed elsewhere.
+// The tab of a print dialog that shows a panel, its summary, and the line that matters now.
 #pragma once
 
 #include "Platform/PrintDialog.h"
@@ -19,8 +19,9 @@ namespace orvan {
 // Owned by whoever attaches to the dialog; the widgets belong to the dialog. GTK's thread.
 class PanelTab {
 public:
-    // `shown` is told each time the tab comes to the front.
-    PanelTab(GtkPrintUnixDialog* dialog, std::function<void()> shown);
+    // `shown` is told each time the tab comes to the front, `undo` when a person wants the newest pick
+    // undone.
+    PanelTab(GtkPrintUnixDialog* dialog, std::function<void()> shown, std::function<void()> undo);
     ~PanelTab();
     PanelTab(const PanelTab&) = delete;
     PanelTab& operator=(const PanelTab&) = delete;
@@ -47,27 +48,31 @@ public:
 
     // Brings the panel's mirror and the lines of the summary up to date.
     void refresh(const PanelSession::Summary& summary);
-    // A line above the rows, or in their place; "" for none.
-    void setLine(const std::string& text);
-    // A line below the summary; "" for none.
-    void setNotice(const std::string& text);
+    // A line above the rows, or in their place, which does not scroll with them; "" for none. `offersUndo`:
+    // with the button for it.
+    void setLine(const std::string& text, bool offersUndo);
 
 private:
     void ensureWidgets();
+    void makeLine();
     void showWhenSettled();
     void stopWaiting();
     void fitHeight();
 
     GtkPrintUnixDialog* dialog_;
     std::function<void()> shown_;
+    std::function<void()> undo_;
     GtkWidget* page_ = nullptr; // the dialog's, null until the tab first appears
+    GtkScrolledWindow* scroller_ = nullptr;
     GtkLabel* name_ = nullptr;
     GtkBox* content_ = nullptr;
     std::array<GtkLabel*, 2> summary_{}; // its columns
+    GtkWidget* lineBox_ = nullptr;       // the line and its button
     GtkLabel* line_ = nullptr;
-    GtkLabel* notice_ = nullptr;
+    GtkWidget* undoButton_ = nullptr;
     std::unique_ptr<PanelMirror> mirror_;
     std::unique_ptr<SignalConnection> mapConnection_;
+    std::unique_ptr<SignalConnection> undoConnection_;
     guint tick_ = 0; // while it waits for the dialog's size
     int ticks_ = 0;  // how many frames it has waited
 };

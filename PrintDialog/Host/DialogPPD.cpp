@@ -122,6 +122,10 @@ bool DialogPPD::isInFile(const std::string& option, const std::string& choice) c
     return titles != titlesInFile_.end() && titles->second.contains(choice);
 }
 
+bool DialogPPD::isRenamed(const std::string& option, const std::string& choice) const {
+    return !isInFile(option, choice) || titlesInFile_.at(option).at(choice) != choiceTitle(option, choice);
+}
+
 std::string DialogPPD::defaultChoiceOf(const std::string& option) const {
     const ppd_option_t* const found = ppdFindOption(record_.get(), option.c_str());
     if (found == nullptr) return {};

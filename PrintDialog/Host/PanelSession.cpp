@@ -102,6 +102,19 @@ MarkResult PanelSession::markElsewhere(const std::string& option, const std::str
     return result;
 }
 
+MarkResult PanelSession::takeBack(const MarkResult& pick) {
+    MarkResult result;
+    DialogPPD::Marks marks;
+    for (const ChoiceChange& change : pick.changes) {
+        if (change.from.empty()) continue;
+        marks.emplace(change.option, change.from);
+        result.changes.push_back({change.option, change.to, change.from});
+    }
+    ppd().setMarks(marks);
+    panel_->restoreValuesAndReturnError(nullptr);
+    return result;
+}
+
 MarkResult PanelSession::markElsewhere(const std::map<std::string, std::string>& choices) {
     MarkResult result = ppd().markAll(choices);
     panel_->restoreValuesAndReturnError(nullptr);

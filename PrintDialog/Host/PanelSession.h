@@ -57,6 +57,9 @@ public:
     // them back. The pick handler is not told.
     MarkResult markElsewhere(const std::string& option, const std::string& choice);
     MarkResult markElsewhere(const std::map<std::string, std::string>& choices);
+    // Puts back what a pick changed, the pick included, and the panel reads it back. Answers what that
+    // changed. The pick handler is not told.
+    MarkResult takeBack(const MarkResult& pick);
 
 private:
     class Callback;

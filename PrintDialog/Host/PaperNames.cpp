@@ -81,7 +81,7 @@ bool PaperNames::isOutdated() const {
 }
 
 const StoredAnswer* PaperNames::newest() const {
-    return answerWithPapers(answers_.after ? *answers_.after : answers_.before);
+    return answerWithPapers(answers());
 }
 
 // What is shown is what the line is about.

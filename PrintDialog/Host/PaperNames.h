@@ -45,6 +45,10 @@ public:
     void willShow();
     // For people: how old the names are and why, or that there are none; "" when they are as new as can be.
     std::string line() const;
+    // All that the printer has answered, as far as it is known here.
+    const std::vector<StoredAnswer>& answers() const {
+        return answers_.after ? *answers_.after : answers_.before;
+    }
 
 private:
     void look();

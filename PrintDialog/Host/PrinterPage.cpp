@@ -52,10 +52,16 @@ std::optional<std::int64_t> integerIn(const PropertyList& record, std::string_vi
     return value != nullptr ? value->asInteger() : std::nullopt;
 }
 
+// The choice that a record has; "" for a word that nobody knows.
+std::string choiceIn(const PropertyList& record, std::string_view key) {
+    std::string choice = lineIn(record, key);
+    return choice == kUnspecified ? std::string() : choice;
+}
+
 // A choice's title; what the printer said where the PPD has none.
 std::string titleOf(
     const DialogPPD* ppd, const char* option, const std::string& choice, const std::string& word) {
-    const bool isKnown = !choice.empty() && choice != kUnspecified;
+    const bool isKnown = !choice.empty();
     if (isKnown && ppd != nullptr && ppd->isInFile(option, choice))
         return platform::onOneLine(ppd->choiceTitle(option, choice));
     if (!word.empty()) return word == kUnknown ? "" : word;
@@ -75,13 +81,15 @@ std::string paperTitle(const DialogPPD* ppd, const std::string& type, const std:
 Tray trayOf(const PropertyList& record, const PropertyList& words, const DialogPPD* ppd,
     const std::vector<CustomPaper>& papers) {
     Tray tray;
-    tray.name = titleOf(ppd, "InputSlot", lineIn(record, OVCPSSTrayName), lineIn(words, kWordName));
+    tray.name = titleOf(ppd, "InputSlot", choiceIn(record, OVCPSSTrayName), lineIn(words, kWordName));
     tray.level = levelOf(integerIn(record, OVCPSSTrayLevel), kLowTray, lineIn(words, kWordStatus));
     static const PropertyList kNoMedia{PropertyList::Dictionary()};
     const PropertyList* const found = record.find(OVCPSSMedia);
     const PropertyList& media = found != nullptr ? *found : kNoMedia;
-    tray.paper = paperTitle(ppd, lineIn(media, kMediaType), lineIn(words, kWordPaperType), papers);
-    tray.size = titleOf(ppd, "PageSize", lineIn(media, kPageSize), lineIn(words, kWordPaperSize));
+    tray.mediaType = choiceIn(media, kMediaType);
+    tray.pageSize = choiceIn(media, kPageSize);
+    tray.paper = paperTitle(ppd, tray.mediaType, lineIn(words, kWordPaperType), papers);
+    tray.size = titleOf(ppd, "PageSize", tray.pageSize, lineIn(words, kWordPaperSize));
     return tray;
 }
 

@@ -41,6 +41,8 @@ struct Tray {
     Level level;
     std::string paper; // the office's own name for a custom one
     std::string size;
+    std::string mediaType; // the PPD's choices for them
+    std::string pageSize;
 };
 struct Supply {
     std::string name;

@@ -2,10 +2,34 @@
 
 #include "PrintDialog/Host/HostText.h"
 
+#include <algorithm>
 #include <set>
 #include <string_view>
+#include <utility>
 
 namespace orvan {
+
+namespace {
+
+void putNamedFirst(ShownPopUp& shown, const std::string& option, const DialogPPD& ppd) {
+    if (option.empty()) return;
+    const auto isNamed = [&](const ShownItem& item) {
+        return !item.keyword.empty() && ppd.isRenamed(option, item.keyword);
+    };
+    const std::int64_t selected =
+        shown.selected >= 0 ? shown.items[static_cast<std::size_t>(shown.selected)].place : -1;
+    const auto others = std::ranges::stable_partition(shown.items, isNamed).begin();
+    if (others == shown.items.begin() || others == shown.items.end()) return;
+    ShownItem line;
+    line.isLine = true;
+    line.enabled = false;
+    shown.items.insert(others, std::move(line));
+    if (selected < 0) return;
+    const auto now = std::ranges::find(shown.items, selected, &ShownItem::place);
+    shown.selected = now - shown.items.begin();
+}
+
+} // namespace
 
 ShownPopUp shownPopUp(const platform::PopUpButton& popUp, const DialogPPD& ppd) {
     ShownPopUp shown;
@@ -24,6 +48,7 @@ ShownPopUp shownPopUp(const platform::PopUpButton& popUp, const DialogPPD& ppd) 
             {isKnown ? item.title : hostText("%1 (not known to this queue\u2019s driver)", {item.title}),
                 item.keyword, item.enabled, place});
     }
+    putNamedFirst(shown, option, ppd);
     if (marked.empty() || shown.selected >= 0 || popUp.items().empty()) return shown;
     shown.selected = static_cast<std::int64_t>(shown.items.size());
     shown.items.push_back({hostText("%1 (not in the printer\u2019s list)", {ppd.choiceTitle(option, marked)}),

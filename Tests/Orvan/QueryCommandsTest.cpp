@@ -244,9 +244,9 @@ TEST(FileCommands, ShowThePanelWithAnswersFromFiles) {
     const auto customPapers = [&with](const Words& more) {
         const Json answer = Json::parse(with(more).output, nullptr, false);
         std::string papers;
-        for (std::size_t i = 13; i < answer["rows"][0]["items"].size(); ++i)
-            for (const char* const key : {"title", "keyword"})
-                papers += answer["rows"][0]["items"][i][key].get<std::string>() + " ";
+        for (const Json& item : answer["rows"][0]["items"])
+            if (const std::string type = item["keyword"]; type.starts_with("CustomType"))
+                papers += item["title"].get<std::string>() + " " + type + " ";
         return papers;
     };
     EXPECT_EQ(customPapers({}), "");

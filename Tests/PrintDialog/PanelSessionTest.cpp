@@ -61,6 +61,51 @@ TEST_F(PanelSessionTest, ResolvesThePanelsPicksAndTellsOfThem) {
     EXPECT_TRUE(control.expired());
 }
 
+TEST_F(PanelSessionTest, TakesAPickBackWithAllThatItChanged) {
+    const auto session = this->session(DerivedPPD());
+    ASSERT_NE(session, nullptr) << error_.value_or("");
+    MarkResult last;
+    session->setPickHandler(
+        [&last](const std::string&, const std::string&, const MarkResult& result) { last = result; });
+    session->willShow();
+    EXPECT_TRUE(popUp(*session, "OVNEdgeToEdge").pick(1)); // On
+    const DialogPPD::Marks before = session->ppd().marks();
+    EXPECT_TRUE(popUp(*session, "MediaType").pick(7)); // Labels
+    const MarkResult back = session->takeBack(last);
+    EXPECT_EQ(back.changes,
+        (std::vector<ChoiceChange>{{"MediaType", "Labels", "Plain"}, {"OVNEdgeToEdge", "Off", "On"}}));
+    EXPECT_EQ(session->ppd().marks(), before);
+    EXPECT_EQ(popUp(*session, "OVNEdgeToEdge").indexOfSelectedItem(), 1);
+    EXPECT_EQ(popUp(*session, "MediaType").indexOfSelectedItem(), 0);
+}
+
+// The panel keeps the order of its records; what is shown beside it changes nothing there.
+TEST_F(PanelSessionTest, ShowsTheOfficesOwnPapersFirst) {
+    using platform::PropertyList;
+    const auto session = this->session(DerivedPPD());
+    ASSERT_NE(session, nullptr) << error_.value_or("");
+    const auto paper = [](const char* name, const char* type) {
+        return PropertyList(PropertyList::Dictionary{{"name", name}, {"type", type}});
+    };
+    session->panel().receivedPrinterAnswer(PropertyList(PropertyList::Dictionary{
+        {"customPaperTypes", PropertyList(PropertyList::List{paper("Ivory", "2"), paper("Gold", "1")})}}));
+    session->willShow();
+    platform::PopUpButton& row = popUp(*session, "MediaType");
+    ASSERT_EQ(row.items().front().title, "Plain");
+    ShownPopUp shown = session->shown(row);
+    ASSERT_GT(shown.items.size(), 4U);
+    EXPECT_EQ(shown.items[0].title, "Ivory");
+    EXPECT_EQ(shown.items[1].title, "Gold");
+    EXPECT_TRUE(shown.items[2].isLine);
+    EXPECT_EQ(shown.items[3].title, "Plain");
+    EXPECT_EQ(shown.selected, 3);
+    EXPECT_TRUE(row.pick(shown.items[1].place));
+    shown = session->shown(row);
+    EXPECT_EQ(shown.selected, 1);
+    EXPECT_EQ(session->ppd().choiceOf("MediaType"), "CustomType1");
+    EXPECT_FALSE(std::ranges::any_of(session->shown(popUp(*session, "Slipsheet")).items, &ShownItem::isLine));
+}
+
 TEST_F(PanelSessionTest, SummarisesInTheOrderOfThePanel) {
     const auto session = this->session(DerivedPPD()
                                            .keepOptions({"MediaType", "OVNMismatch", "OVNEdgeToEdge"})

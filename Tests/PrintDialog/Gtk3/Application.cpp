@@ -192,6 +192,18 @@ void OpenDialog::pick(const std::string& label, const std::string& choice) {
     gtk_combo_box_set_active(popUps().at(label), static_cast<int>(found - choices.begin()));
 }
 
+bool OpenDialog::press(const std::string& text) const {
+    GtkButton* found = nullptr;
+    forEach(frontPage(), [&](GtkWidget* widget) {
+        const char* const label = GTK_IS_BUTTON(widget) && gtk_widget_get_mapped(widget)
+                                      ? gtk_button_get_label(GTK_BUTTON(widget))
+                                      : nullptr;
+        if (label != nullptr && text == label) found = GTK_BUTTON(widget);
+    });
+    if (found != nullptr) gtk_button_clicked(found);
+    return found != nullptr;
+}
+
 bool OpenDialog::says(const std::string& text) const {
     bool found = false;
     forEach(frontPage(), [&](GtkWidget* widget) {

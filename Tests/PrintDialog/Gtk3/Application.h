@@ -54,6 +54,8 @@ public:
     std::vector<std::string> choicesOf(const std::string& label) const;
     // Picks an entry of a pop-up of the front tab.
     void pick(const std::string& label, const std::string& choice);
+    // Clicks a button of the front tab; false when none that can be seen has that text.
+    bool press(const std::string& text) const;
     // Whether a text of the front tab contains this.
     bool says(const std::string& text) const;
 

@@ -109,6 +109,54 @@ TEST_F(PaperOptionsTab, whatContradictsTheNewestPickGivesWay) {
     EXPECT_EQ(option("OVNEdgeToEdge"), "Off");
 }
 
+TEST_F(PaperOptionsTab, undoPutsBackThePickAndWhatItChanged) {
+    inApplication([this] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        dialog.pick("Edge to Edge:", "On");
+        EXPECT_FALSE(dialog.press("Undo")) << "nothing else has changed";
+        dialog.pick("Paper Type:", "Transparency");
+        dialog.keepPicture("undo");
+        ASSERT_TRUE(dialog.press("Undo"));
+        EXPECT_EQ(dialog.shownIn("Paper Type:"), "Plain");
+        EXPECT_EQ(dialog.shownIn("Edge to Edge:"), "On");
+        EXPECT_FALSE(dialog.says("changed from"));
+        EXPECT_FALSE(dialog.press("Undo")) << "it is undone";
+        dialog.openTab("Page Setup");
+        EXPECT_EQ(dialog.shownIn("Paper type:"), "Plain") << "GTK's own option follows";
+
+        // A pick on GTK's own tab.
+        dialog.pick("Paper type:", "Labels");
+        dialog.openTab(kTab);
+        EXPECT_EQ(dialog.shownIn("Edge to Edge:"), "Off");
+        ASSERT_TRUE(dialog.press("Undo"));
+        EXPECT_EQ(dialog.shownIn("Paper Type:"), "Plain");
+        EXPECT_EQ(dialog.print(document_), "");
+    });
+    EXPECT_EQ(option("MediaType"), "Plain");
+    EXPECT_EQ(option("OVNEdgeToEdge"), "On");
+}
+
+TEST_F(PaperOptionsTab, theWheelPicksNothing) {
+    inApplication([] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        for (const auto& [label, popUp] : dialog.popUps()) {
+            const std::string shown = dialog.shownIn(label);
+            GdkEvent* const event = gdk_event_new(GDK_SCROLL);
+            event->scroll.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(GTK_WIDGET(popUp))));
+            event->scroll.direction = GDK_SCROLL_DOWN;
+            gdk_event_set_device(
+                event, gdk_seat_get_pointer(gdk_display_get_default_seat(gdk_display_get_default())));
+            gtk_widget_event(GTK_WIDGET(popUp), event);
+            gdk_event_free(event);
+            EXPECT_EQ(dialog.shownIn(label), shown) << label;
+        }
+    });
+}
+
 TEST_F(PaperOptionsTab, rememberedSettingsThatContradictEachOtherAreResolved) {
     inApplication([this] {
         OpenDialog dialog(Settings{

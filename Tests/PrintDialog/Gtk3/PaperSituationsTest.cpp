@@ -239,6 +239,46 @@ TEST_F(PaperSituations, followThePrinterWhenItAnswersLate) {
     inApplication(body, {kAsks});
 }
 
+// What the printer has told of its trays counts before anything is printed.
+TEST_F(PaperSituations, sayThatNoTrayHoldsThePaper) {
+    const std::string trays = "<deviceStatus><printer><inputTrays>"
+                              "<tray><name>Tray 1</name><status>OK</status><paperSize>A4</paperSize>"
+                              "<paperType>Plain Paper</paperType></tray>"
+                              "<tray><name>Tray 2</name><status>Low</status><paperSize>A4</paperSize>"
+                              "<paperType>Custom Type 2</paperType></tray>"
+                              "</inputTrays></printer></deviceStatus>";
+    std::string document = documentWith(kPapers);
+    document.insert(document.find("<customPaperTypes>"), trays);
+    const SimulatedPrinter printer({"--no-snmp"}, document);
+    addQueue("Office", printer.url());
+    const auto body = [&] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        GtkPaperSize* const a4 = gtk_paper_size_new(GTK_PAPER_NAME_A4);
+        GtkPageSetup* const setup = gtk_page_setup_new();
+        gtk_page_setup_set_paper_size(setup, a4);
+        gtk_print_unix_dialog_set_page_setup(dialog.dialog(), setup);
+        g_object_unref(setup);
+        gtk_paper_size_free(a4);
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        ASSERT_TRUE(waitUntil([&] {
+            const auto choices = dialog.choicesOf(kRow);
+            return !choices.empty() && choices.front() == "Certificates";
+        }));
+        EXPECT_FALSE(dialog.says("No tray holds"));
+        dialog.pick(kRow, "Certificates");
+        EXPECT_TRUE(
+            dialog.says("No tray holds Certificates in A4; Tray 1 holds Plain A4, Tray 2 holds Ivory A4."));
+        dialog.keepPicture("not-loaded");
+        dialog.pick(kRow, "Ivory");
+        EXPECT_FALSE(dialog.says("No tray holds"));
+        dialog.pick(kRow, "Certificates");
+        EXPECT_EQ(dialog.print(document_), "") << "nothing is in the way of printing";
+        EXPECT_EQ(printed("Office"), "CustomType3");
+    };
+    inApplication(body, {kAsks});
+}
+
 // A printer that takes its time, asked for the first time.
 TEST_F(PaperSituations, waitForASlowPrinter) {
     const SimulatedPrinter printer(
