@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,6 +50,7 @@ public:
     // The children in the order in which they were added.
     const std::vector<std::shared_ptr<View>>& subviews() const { return subviews_; }
     void addSubview(std::shared_ptr<View> view) { subviews_.push_back(std::move(view)); }
+    void removeAllSubviews() { subviews_.clear(); }
 
     // The first view with the tag, this one or below it, in depth-first order; null when there is none.
     View* viewWithTag(std::int64_t tag);
@@ -68,6 +70,46 @@ public:
 
 private:
     std::string stringValue_;
+};
+
+// How much there is of something.
+class LevelIndicator : public View {
+public:
+    const std::string& stringValue() const { return stringValue_; }
+    void setStringValue(std::string text) { stringValue_ = std::move(text); }
+
+    // 0 to 100; nothing when it is not known.
+    std::optional<int> percent() const { return percent_; }
+    void setPercent(std::optional<int> percent) { percent_ = percent; }
+
+    // Of what there is, as "#RRGGBB"; "" for none. Never the only sign of anything.
+    const std::string& color() const { return color_; }
+    void setColor(std::string color) { color_ = std::move(color); }
+
+private:
+    std::string stringValue_;
+    std::optional<int> percent_;
+    std::string color_;
+};
+
+// A title that shows and hides what is below it: its subviews, from top to bottom.
+class Disclosure : public View {
+public:
+    const std::string& title() const { return title_; }
+    void setTitle(std::string title) { title_ = std::move(title); }
+
+    bool isUnfolded() const { return unfolded_; }
+    void setUnfolded(bool unfolded) { unfolded_ = unfolded; }
+
+    // What the control tells when a person has folded or unfolded it.
+    void setAction(std::function<void(Disclosure& sender)> action) { action_ = std::move(action); }
+    // A person's doing.
+    void toggle();
+
+private:
+    std::string title_;
+    bool unfolded_ = false;
+    std::function<void(Disclosure& sender)> action_;
 };
 
 // One entry of a pop-up list. The represented object is whatever the panel ties to the entry; a mirror does

@@ -4,9 +4,11 @@
 #include "Platform/SystemLog.h"
 #include "PrintDialog/Gtk3/Guarded.h"
 #include "PrintDialog/Host/AdministratorSettings.h"
+#include "PrintDialog/Host/DialogMemory.h"
 #include "PrintDialog/Host/HostText.h"
 #include "PrintDialog/Host/InstalledFiles.h"
 #include "PrintDialog/Host/LoadedPaper.h"
+#include "PrintDialog/Host/PrinterDetails.h"
 
 #include <cmath>
 #include <string_view>
@@ -184,6 +186,7 @@ void DialogAttachment::replaceSession() {
 
 void DialogAttachment::endSession() {
     tab_.disappear();
+    details_.reset();
     options_.reset();
     if (lineTimer_ != nullptr) lineTimer_->stop();
     lineTimer_.reset();
@@ -201,6 +204,7 @@ void DialogAttachment::tabShown() {
     if (!session_->wasShown()) names_->willShow();
     session_->willShow();
     platform::View* const root = session_->panel().panelView();
+    if (details_ == nullptr) makeDetails();
     if (!tab_.hasPanel() && root != nullptr)
         tab_.setPanel(
             *root, [this](const platform::PopUpButton& popUp) { return session_->shown(popUp); },
@@ -275,7 +279,19 @@ void DialogAttachment::updateLine() {
 }
 
 void DialogAttachment::refreshTab() {
-    if (session_ != nullptr) tab_.refresh(session_->summary());
+    if (session_ == nullptr) return;
+    updatePrinterDetails(*details_, names_->answers(), session_->ppd(), session_->summary());
+    tab_.refresh();
+}
+
+void DialogAttachment::makeDetails() {
+    details_ = makePrinterDetails();
+    details_->setUnfolded(remembersUnfoldedDetails());
+    details_->setAction([this](platform::Disclosure& details) {
+        rememberUnfoldedDetails(details.isUnfolded());
+        tab_.refresh();
+    });
+    tab_.setDetails(details_.get());
 }
 
 void DialogAttachment::accepted() {

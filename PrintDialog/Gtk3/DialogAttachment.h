@@ -66,6 +66,7 @@ private:
     // The one line that matters now: what a pick changed and what is not loaded, else the age of the names.
     void updateLine();
     void refreshTab();
+    void makeDetails();
     std::string pageSizeChoice();
 
     GtkPrintUnixDialog* dialog_;
@@ -75,7 +76,8 @@ private:
     PanelTab tab_;
     std::unique_ptr<PanelSession> session_;
     std::unique_ptr<PaperNames> names_; // the session's
-    bool isReplacing_ = false;          // the session: the queue is being opened anew
+    std::shared_ptr<platform::Disclosure> details_;
+    bool isReplacing_ = false; // the session: the queue is being opened anew
     std::unique_ptr<DialogOptions> options_;
     std::set<std::string> carried_; // the options that the job is told of
     std::string notice_;            // of the newest pick

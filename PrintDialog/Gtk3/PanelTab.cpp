@@ -12,7 +12,7 @@ namespace {
 
 constexpr float kMiddle = 0.5F;
 constexpr int kBorder = 12;   // pixels, as in GTK's own tabs
-constexpr int kSpacing = 12;  // pixels, between the line, the rows and the summary
+constexpr int kSpacing = 12;  // pixels, between the line, the rows and the details
 constexpr int kMostLines = 3; // of the line; its tooltip has the whole
 // The part of the screen's height that the tab may ask for; beyond it the rows scroll.
 constexpr double kMostOfScreen = 0.6;
@@ -74,16 +74,6 @@ void PanelTab::ensureWidgets() {
 
     content_ = GTK_BOX(gtk_box_new(GTK_ORIENTATION_VERTICAL, kSpacing));
     gtk_container_set_border_width(GTK_CONTAINER(content_), kBorder);
-    auto* const columns = GTK_BOX(gtk_box_new(GTK_ORIENTATION_HORIZONTAL, kSpacing));
-    gtk_box_set_homogeneous(columns, TRUE);
-    for (GtkLabel*& column : summary_) {
-        column = makeTextLabel();
-        gtk_style_context_add_class(
-            gtk_widget_get_style_context(GTK_WIDGET(column)), GTK_STYLE_CLASS_DIM_LABEL);
-        gtk_box_pack_start(columns, GTK_WIDGET(column), TRUE, TRUE, 0);
-    }
-    gtk_widget_show(GTK_WIDGET(columns));
-    gtk_box_pack_start(content_, GTK_WIDGET(columns), FALSE, FALSE, 0);
     gtk_widget_show(GTK_WIDGET(content_));
     gtk_container_add(GTK_CONTAINER(scroller_), GTK_WIDGET(content_));
 
@@ -115,7 +105,6 @@ void PanelTab::makeLine() {
 void PanelTab::appear(const std::string& name) {
     ensureWidgets();
     gtk_label_set_text(name_, name.c_str());
-    refresh({});
     setLine("", false);
     showWhenSettled();
 }
@@ -143,6 +132,7 @@ void PanelTab::disappear() {
     if (page_ == nullptr) return;
     gtk_widget_hide(page_);
     dropPanel();
+    setDetails(nullptr);
 }
 
 void PanelTab::dropPanel() {
@@ -176,21 +166,22 @@ bool PanelTab::isInFront() const {
 void PanelTab::setPanel(platform::View& root, PanelMirror::Shown shown, std::function<void()> picked) {
     mirror_ = std::make_unique<PanelMirror>(root, std::move(shown), std::move(picked));
     gtk_box_pack_start(content_, mirror_->widget(), FALSE, FALSE, 0);
-    gtk_box_reorder_child(content_, mirror_->widget(), 0); // above the summary
+    gtk_box_reorder_child(content_, mirror_->widget(), 0); // above the details
 }
 
-void PanelTab::refresh(const PanelSession::Summary& summary) {
-    if (mirror_ != nullptr) mirror_->refresh();
-    std::array<std::string, 2> texts;
-    const std::size_t firstColumn = (summary.size() + 1) / 2;
-    for (std::size_t i = 0; i < summary.size(); ++i) {
-        std::string& text = texts[i < firstColumn ? 0 : 1];
-        text += (text.empty() ? "" : "\n") + summary[i].first + ": " + summary[i].second;
-    }
-    if (page_ == nullptr) return;
-    for (std::size_t i = 0; i < texts.size(); ++i)
-        gtk_label_set_text(summary_[i], texts[i].c_str());
+void PanelTab::setDetails(platform::Disclosure* details) {
+    if (details_ != nullptr) gtk_widget_destroy(details_->widget());
+    details_.reset();
+    if (details == nullptr || page_ == nullptr) return;
+    details_ = std::make_unique<DisclosureMirror>(*details);
+    gtk_box_pack_start(content_, details_->widget(), FALSE, FALSE, 0);
     fitHeight();
+}
+
+void PanelTab::refresh() {
+    if (mirror_ != nullptr) mirror_->refresh();
+    if (details_ != nullptr) details_->refresh();
+    if (page_ != nullptr) fitHeight();
 }
 
 void PanelTab::setLine(const std::string& text, bool offersUndo) {

@@ -1,14 +1,13 @@
-// The tab of a print dialog that shows a panel, its summary, and the line that matters now.
+// The tab of a print dialog that shows the line that matters now, a panel, and what is below it.
 #pragma once
 
 #include "Platform/PrintDialog.h"
+#include "PrintDialog/Gtk3/DisclosureMirror.h"
 #include "PrintDialog/Gtk3/GObjectRef.h"
 #include "PrintDialog/Gtk3/PanelMirror.h"
-#include "PrintDialog/Host/PanelSession.h"
 
 #include <gtk/gtkunixprint.h>
 
-#include <array>
 #include <functional>
 #include <memory>
 #include <string>
@@ -46,8 +45,11 @@ public:
     std::string focusedOption() const;
     void focus(const std::string& option);
 
-    // Brings the panel's mirror and the lines of the summary up to date.
-    void refresh(const PanelSession::Summary& summary);
+    // Mirrors what is below the rows, which must outlive the mirror; null for nothing.
+    void setDetails(platform::Disclosure* details);
+
+    // Brings the mirrors up to date.
+    void refresh();
     // A line above the rows, or in their place, which does not scroll with them; "" for none. `offersUndo`:
     // with the button for it.
     void setLine(const std::string& text, bool offersUndo);
@@ -66,11 +68,11 @@ private:
     GtkScrolledWindow* scroller_ = nullptr;
     GtkLabel* name_ = nullptr;
     GtkBox* content_ = nullptr;
-    std::array<GtkLabel*, 2> summary_{}; // its columns
-    GtkWidget* lineBox_ = nullptr;       // the line and its button
+    GtkWidget* lineBox_ = nullptr; // the line and its button
     GtkLabel* line_ = nullptr;
     GtkWidget* undoButton_ = nullptr;
     std::unique_ptr<PanelMirror> mirror_;
+    std::unique_ptr<DisclosureMirror> details_;
     std::unique_ptr<SignalConnection> mapConnection_;
     std::unique_ptr<SignalConnection> undoConnection_;
     guint tick_ = 0; // while it waits for the dialog's size

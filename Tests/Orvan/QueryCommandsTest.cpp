@@ -112,9 +112,9 @@ TEST_F(QueryCommands, ShowWhatThePrinterAnswersByBothWays) {
             Json::parse(R"({"tray-name": "Tray2", "tray-level": -1})"));
         const Json panel = answer(with({"panel", "--json", "--set", "MediaType=CustomType17"}));
         EXPECT_EQ(panel["rows"][0]["items"].size(), 16U);
-        EXPECT_EQ(panel["rows"][0]["items"][13],
+        EXPECT_EQ(panel["rows"][0]["items"][0],
             Json::parse(R"({"title": "Letterhead Zürich", "keyword": "CustomType1"})"));
-        EXPECT_EQ(panel["rows"][0]["selected"], 14);
+        EXPECT_EQ(panel["rows"][0]["selected"], 1);
         EXPECT_EQ(panel["summary"]["Paper Type"], "Certificates (ivory, 160 g)");
     }
 }

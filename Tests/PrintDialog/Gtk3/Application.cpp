@@ -204,6 +204,12 @@ bool OpenDialog::press(const std::string& text) const {
     return found != nullptr;
 }
 
+void OpenDialog::unfold() const {
+    const auto details = [this] { return firstOf<GtkExpander>(frontPage(), GTK_TYPE_EXPANDER); };
+    ASSERT_TRUE(waitUntil([&] { return details() != nullptr; }));
+    gtk_expander_set_expanded(details(), TRUE);
+}
+
 bool OpenDialog::says(const std::string& text) const {
     bool found = false;
     forEach(frontPage(), [&](GtkWidget* widget) {

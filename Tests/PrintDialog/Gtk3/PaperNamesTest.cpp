@@ -62,7 +62,8 @@ TEST_F(PaperNames, areThereByBothWaysAndArriveInTheJob) {
             ASSERT_TRUE(waitUntil([&] { return offers(dialog, "Letterhead Zürich"); }));
             EXPECT_FALSE(offers(dialog, "Custom Type 4")) << "the printer has three";
             dialog.pick("Paper Type:", "Certificates (ivory, 160 g)");
-            EXPECT_TRUE(dialog.says("Paper Type: Certificates (ivory, 160 g)"));
+            dialog.unfold();
+            EXPECT_TRUE(waitUntil([&] { return dialog.says("Paper Type: Certificates (ivory, 160 g)"); }));
 
             // GTK knows the papers by their types. Its choices are followed, and it follows.
             dialog.openTab("Page Setup");

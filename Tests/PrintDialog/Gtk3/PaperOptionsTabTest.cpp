@@ -68,7 +68,10 @@ TEST_F(PaperOptionsTab, picksOnItAndOnTheOtherTabsArriveInTheJob) {
             << "the application's memory is where the marks start";
         dialog.pick("Paper Type:", "Custom Type 2");
         dialog.pick("Media Mismatch:", "Print on Loaded Paper");
-        EXPECT_TRUE(dialog.says("Paper Type: Custom Type 2")) << "the summary follows";
+        EXPECT_FALSE(dialog.says("Paper Type: Custom Type 2"));
+        dialog.unfold();
+        EXPECT_TRUE(waitUntil([&] { return dialog.says("Paper Type: Custom Type 2"); }))
+            << "the summary follows";
 
         dialog.openTab("Page Setup");
         EXPECT_EQ(dialog.shownIn("Paper type:"), "Custom Type 2") << "GTK's own option follows";

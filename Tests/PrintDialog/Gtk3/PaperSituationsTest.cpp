@@ -100,6 +100,7 @@ protected:
             ASSERT_TRUE(dialog.waitForTab(kTab));
             if (visit.opensTab) {
                 dialog.openTab(kTab);
+                if (visit.says.starts_with(kRow)) dialog.unfold();
                 EXPECT_TRUE(waitUntil([&] {
                     const auto choices = dialog.choicesOf(kRow);
                     const bool canPick =
@@ -241,12 +242,14 @@ TEST_F(PaperSituations, followThePrinterWhenItAnswersLate) {
 
 // What the printer has told of its trays counts before anything is printed.
 TEST_F(PaperSituations, sayThatNoTrayHoldsThePaper) {
-    const std::string trays = "<deviceStatus><printer><inputTrays>"
-                              "<tray><name>Tray 1</name><status>OK</status><paperSize>A4</paperSize>"
-                              "<paperType>Plain Paper</paperType></tray>"
-                              "<tray><name>Tray 2</name><status>Low</status><paperSize>A4</paperSize>"
-                              "<paperType>Custom Type 2</paperType></tray>"
-                              "</inputTrays></printer></deviceStatus>";
+    const std::string trays =
+        "<deviceStatus><printer><inputTrays>"
+        "<tray><name>Tray 1</name><status>OK</status><paperSize>A4</paperSize>"
+        "<paperType>Plain Paper</paperType></tray>"
+        "<tray><name>Tray 2</name><status>Low</status><paperSize>A4</paperSize>"
+        "<paperType>Custom Type 2</paperType></tray>"
+        "</inputTrays><supplies><supply><name>Cyan Toner</name><status>42</status></supply>"
+        "</supplies></printer></deviceStatus>";
     std::string document = documentWith(kPapers);
     document.insert(document.find("<customPaperTypes>"), trays);
     const SimulatedPrinter printer({"--no-snmp"}, document);
@@ -269,6 +272,10 @@ TEST_F(PaperSituations, sayThatNoTrayHoldsThePaper) {
         dialog.pick(kRow, "Certificates");
         EXPECT_TRUE(
             dialog.says("No tray holds Certificates in A4; Tray 1 holds Plain A4, Tray 2 holds Ivory A4."));
+        dialog.unfold();
+        EXPECT_TRUE(waitUntil([&] { return dialog.says("Tray 2: Ivory, A4, nearly empty"); }));
+        EXPECT_TRUE(dialog.says("Cyan Toner: 42%"));
+        EXPECT_TRUE(dialog.says("The printer told this at "));
         dialog.keepPicture("not-loaded");
         dialog.pick(kRow, "Ivory");
         EXPECT_FALSE(dialog.says("No tray holds"));

@@ -1,0 +1,98 @@
+#include "PrintDialog/Host/PrinterDetails.h"
+
+#include "Common/TicketVocabulary.h"
+#include "PrintDialog/Host/HostText.h"
+#include "PrintDialog/Host/PrinterAnswers.h"
+#include "PrintDialog/Host/PrinterPage.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <utility>
+
+namespace orvan {
+namespace {
+
+struct ColorOf {
+    std::string_view colorant;
+    const char* color;
+};
+constexpr std::array<ColorOf, 4> kColors{{
+    {OVCPSSCyanColorant, "#00AEEF"},
+    {OVCPSSMagentaColorant, "#EC008C"},
+    {OVCPSSYellowColorant, "#FFE600"},
+    {OVCPSSBlackColorant, "#202020"},
+}};
+
+void addText(platform::View& view, std::string text) {
+    auto label = std::make_shared<platform::TextField>();
+    label->setStringValue(std::move(text));
+    view.addSubview(std::move(label));
+}
+
+std::string percentText(std::int64_t percent) {
+    return hostText("%1 %", {std::to_string(percent)});
+}
+
+// A full tray needs no word.
+std::string levelText(const Level& level) {
+    constexpr std::int64_t kFull = 100;
+    if (level.isEmpty()) return hostText("empty");
+    if (level.isLow) return hostText("nearly empty");
+    return level.percent && *level.percent < kFull ? percentText(*level.percent) : level.word;
+}
+
+std::string trayText(const Tray& tray) {
+    std::string text;
+    for (const std::string& part : {tray.paper, tray.size, levelText(tray.level)})
+        if (!part.empty()) text.append(text.empty() ? "" : ", ").append(part);
+    return text.empty() ? tray.name : hostText("%1: %2", {tray.name, text});
+}
+
+void addSupply(platform::View& view, const Supply& supply) {
+    auto level = std::make_shared<platform::LevelIndicator>();
+    const std::string told = supply.level.percent ? percentText(*supply.level.percent) : supply.level.word;
+    level->setStringValue(told.empty() ? supply.name : hostText("%1: %2", {supply.name, told}));
+    if (supply.level.percent) level->setPercent(static_cast<int>(*supply.level.percent));
+    const auto color = std::ranges::find(kColors, supply.colorant, &ColorOf::colorant);
+    if (color != kColors.end()) level->setColor(color->color);
+    view.addSubview(std::move(level));
+}
+
+// The answer that tells of trays and supplies; null when there is none.
+const StoredAnswer* answerWithTrays(const std::vector<StoredAnswer>& answers) {
+    const auto found = std::ranges::find_if(answers, [](const StoredAnswer& answer) {
+        return answer.list && (answer.list->find(OVCPSSInputTrays) != nullptr ||
+                                  answer.list->find(OVCPSSColorantHousing) != nullptr);
+    });
+    return found != answers.end() ? &*found : nullptr;
+}
+
+} // namespace
+
+std::shared_ptr<platform::Disclosure> makePrinterDetails() {
+    auto details = std::make_shared<platform::Disclosure>();
+    details->setTitle(hostText("Details"));
+    return details;
+}
+
+void updatePrinterDetails(platform::Disclosure& details, const std::vector<StoredAnswer>& answers,
+    const DialogPPD& ppd, const PanelSession::Summary& summary) {
+    details.removeAllSubviews();
+    if (const StoredAnswer* const told = answerWithTrays(answers)) {
+        std::vector<platform::PropertyList> lists;
+        for (const StoredAnswer& answer : answers)
+            if (answer.list) lists.push_back(*answer.list);
+        const PrinterPage page = pageOf(lists, &ppd);
+        for (const Tray& tray : page.trays.value_or(std::vector<Tray>()))
+            addText(details, trayText(tray));
+        for (const Supply& supply : page.supplies.value_or(std::vector<Supply>()))
+            addSupply(details, supply);
+        addText(details, hostText("The printer told this at %1.",
+                             {told->askedAt ? timeText(*told->askedAt) : hostText("an earlier time")}));
+    }
+    for (const auto& [title, value] : summary)
+        addText(details, hostText("%1: %2", {title, value}));
+}
+
+} // namespace orvan
