@@ -271,7 +271,7 @@ void DialogAttachment::undo() {
 }
 
 void DialogAttachment::updateLine() {
-    if (session_ == nullptr) return;
+    if (session_ == nullptr || names_ == nullptr) return;
     std::string line = notice_;
     const std::string loaded = notLoadedText(names_->answers(), session_->ppd(), pageSizeChoice());
     if (!loaded.empty()) line.append(line.empty() ? "" : " ").append(loaded);
@@ -279,7 +279,7 @@ void DialogAttachment::updateLine() {
 }
 
 void DialogAttachment::refreshTab() {
-    if (session_ == nullptr) return;
+    if (session_ == nullptr || details_ == nullptr) return; // it was never in front
     updatePrinterDetails(*details_, names_->answers(), session_->ppd(), session_->summary());
     tab_.refresh();
 }

@@ -112,6 +112,17 @@ TEST_F(PaperOptionsTab, whatContradictsTheNewestPickGivesWay) {
     EXPECT_EQ(option("OVNEdgeToEdge"), "Off");
 }
 
+TEST_F(PaperOptionsTab, followsPicksOnOtherTabsBeforeItWasEverOpened) {
+    inApplication([] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab("Page Setup");
+        dialog.pick("Paper type:", "Glossy");
+        dialog.openTab(kTab);
+        EXPECT_EQ(dialog.shownIn("Paper Type:"), "Glossy");
+    });
+}
+
 TEST_F(PaperOptionsTab, undoPutsBackThePickAndWhatItChanged) {
     inApplication([this] {
         OpenDialog dialog(Settings{{"printer", "Office"}});
