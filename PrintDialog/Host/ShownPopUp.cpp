@@ -18,7 +18,7 @@ void putNamedFirst(ShownPopUp& shown, const std::string& option, const DialogPPD
     };
     const std::int64_t selected =
         shown.selected >= 0 ? shown.items[static_cast<std::size_t>(shown.selected)].place : -1;
-    const auto others = std::ranges::stable_partition(shown.items, isNamed).begin();
+    const auto others = std::stable_partition(shown.items.begin(), shown.items.end(), isNamed);
     if (others == shown.items.begin() || others == shown.items.end()) return;
     ShownItem line;
     line.isLine = true;
