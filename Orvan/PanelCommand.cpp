@@ -6,14 +6,19 @@
 #include "Orvan/PPDArgument.h"
 #include "Orvan/PrinterQuery.h"
 #include "Orvan/PropertyListJson.h"
+#include "Orvan/TabJson.h"
 #include "Orvan/Waiting.h"
 #include "OrvanPaperOptions/Source/OptionRows.h"
 #include "Platform/Input.h"
-#include "PrintDialog/Host/HostText.h"
+#include "PrintDialog/Host/DialogPrinter.h"
 #include "PrintDialog/Host/InstalledFiles.h"
+#include "PrintDialog/Host/LoadedPaper.h"
 #include "PrintDialog/Host/PanelSession.h"
+#include "PrintDialog/Host/PaperNames.h"
+#include "PrintDialog/Host/PickNotice.h"
 #include "PrintDialog/Host/QueuePPD.h"
-#include "PrintDialog/Host/StatusJobs.h"
+#include "PrintDialog/Host/TabText.h"
+#include "PrintDialog/Host/TabTree.h"
 
 #include <nlohmann/json.hpp>
 
@@ -23,6 +28,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -84,7 +90,7 @@ Json rowJson(PanelSession& session, const ShownRow& row) {
         {"selected", std::move(selected)}};
 }
 
-void printJson(PanelSession& session, platform::View& root) {
+void printJson(PanelSession& session, platform::View& root, const TabTree& tab) {
     platform::PDEPanel& panel = session.panel();
     Json summary = Json::object();
     for (const auto& [title, value] : session.summary())
@@ -94,31 +100,15 @@ void printJson(PanelSession& session, platform::View& root) {
         rows.push_back(rowJson(session, ShownRow::of(root, spec)));
     const Json answer{{"schemaVersion", 1}, {"kind", panel.panelKind()}, {"name", panel.panelName()},
         {"supportedPPDOptionKeys", panel.supportedPPDOptionKeys()}, {"height", points(root.frame().height)},
-        {"rows", std::move(rows)}, {"summary", std::move(summary)}};
+        {"rows", std::move(rows)}, {"summary", std::move(summary)}, {"tab", tabJson(*tab.root())}};
     std::cout << jsonText(answer) << '\n';
 }
 
-void printText(PanelSession& session, platform::View& root) {
-    platform::PDEPanel& panel = session.panel();
-    std::cout << panel.panelName() << "\n\n";
-    for (const OptionRowSpec& spec : kOptionRows) {
-        const ShownRow row = ShownRow::of(root, spec);
-        if (row.label == nullptr || row.popUp == nullptr || row.popUp->isHidden()) continue;
-        const ShownPopUp shown = session.shown(*row.popUp);
-        const std::string title =
-            shown.selected >= 0 ? shown.items[static_cast<std::size_t>(shown.selected)].title : "";
-        std::cout << "  " << platform::onOneLine(row.label->stringValue()) << ' ';
-        if (!row.popUp->isEnabled())
-            std::cout << "(not available)\n";
-        else
-            std::cout << '[' << platform::onOneLine(title) << "]  of "
-                      << shown.items.size() - static_cast<std::size_t>(
-                                                  std::ranges::count(shown.items, true, &ShownItem::isLine))
-                      << '\n';
-    }
-    std::cout << "\nSummary\n";
-    for (const auto& [title, value] : session.summary())
-        std::cout << "  " << platform::onOneLine(title) << ": " << platform::onOneLine(value) << '\n';
+void printText(PanelSession& session, const TabTree& tab) {
+    std::cout << session.panel().panelName() << "\n\n";
+    std::istringstream lines(tabText(*tab.root()));
+    for (std::string line; std::getline(lines, line);)
+        std::cout << "  " << line << '\n';
 }
 
 // Picks the choice through its pop-up. Answers what is wrong, or nothing.
@@ -156,19 +146,47 @@ std::optional<std::string> deliver(platform::PDEPanel& panel, const std::string&
     return std::nullopt;
 }
 
-int showPanel(PanelSession& session, const PanelArguments& arguments) {
-    for (const std::string& file : arguments.responses)
-        if (const auto problem = deliver(session.panel(), file)) return cannot(*problem);
-    if (session.panel().awaitsPrinter()) // in vain, so it is shown with what was answered before
+// A panel, and what is known of its printer.
+struct AskedPanel {
+    std::unique_ptr<PanelSession> session;
+    std::shared_ptr<DialogPrinter> printer; // null for a PPD without a queue
+    std::unique_ptr<PaperNames> names;      // null without a printer
+};
+
+// As a dialog shows it.
+void willShow(AskedPanel& panel) {
+    PanelSession& session = *panel.session;
+    if (panel.names != nullptr)
+        panel.names->willShow();
+    else if (session.panel().awaitsPrinter()) // in vain
         for (const StoredAnswer& answer : storedAnswers(session.ppd().record()))
             if (answer.list) session.panel().receivedPrinterAnswer(*answer.list);
     session.willShow();
+}
+
+// The tab, for a document of the marked size.
+void fillTab(TabTree& tab, AskedPanel& panel, const PickNotice& notice) {
+    PanelSession& session = *panel.session;
+    const std::vector<StoredAnswer> answers =
+        panel.names != nullptr ? panel.names->answers() : storedAnswers(session.ppd().record());
+    tab.showPanel(session, "");
+    tab.setLine(lineOf(notice, notLoadedText(answers, session.ppd(), session.ppd().choiceOf(kPageSizeOption)),
+                    panel.names != nullptr ? panel.names->line() : ""),
+        notice.canBeUndone);
+    tab.update(answers);
+}
+
+int showPanel(AskedPanel& panel, const PanelArguments& arguments) {
+    PanelSession& session = *panel.session;
+    for (const std::string& file : arguments.responses)
+        if (const auto problem = deliver(session.panel(), file)) return cannot(*problem);
+    willShow(panel);
     // What the dialog would say of each pick.
-    session.setPickHandler(
-        [&session](const std::string& option, const std::string&, const MarkResult& result) {
-            if (const std::string text = noticeText(session.ppd(), result, option); !text.empty())
-                say(platform::onOneLine(text));
-        });
+    PickNotice notice;
+    session.setPickHandler([&](const std::string& option, const std::string&, const MarkResult& result) {
+        notice = pickNotice(session.ppd(), result, option);
+        if (!notice.text.empty()) say(platform::onOneLine(notice.text));
+    });
     platform::View* const root = session.panel().panelView();
     if (root == nullptr)
         return cannot("the panel's view resource cannot be loaded; is the package installed whole?");
@@ -177,7 +195,9 @@ int showPanel(PanelSession& session, const PanelArguments& arguments) {
         if (const auto problem = pick(*root, set.substr(0, equals), set.substr(equals + 1)))
             return cannot("cannot set " + set + ": " + *problem);
     }
-    arguments.json ? printJson(session, *root) : printText(session, *root);
+    TabTree tab({});
+    fillTab(tab, panel, notice);
+    arguments.json ? printJson(session, *root, tab) : printText(session, tab);
     for (const std::string& set : arguments.sets) {
         const std::size_t equals = set.find('=');
         const std::string option = set.substr(0, equals);
@@ -191,14 +211,14 @@ int showPanel(PanelSession& session, const PanelArguments& arguments) {
 }
 
 // False, and a message is written, when the person interrupts.
-bool waitForPrinter(const PanelSession& session, const std::shared_ptr<SchedulerPrinter>& printer,
-    const PanelArguments& arguments) {
-    waitForPrinters([&session] { return !session.panel().awaitsPrinter(); }, arguments.timeout,
+bool waitForPrinter(const AskedPanel& panel, const PanelArguments& arguments) {
+    const platform::PDEPanel& asked = panel.session->panel();
+    waitForPrinters([&asked] { return !asked.awaitsPrinter(); }, arguments.timeout,
         [&arguments] { return "Waiting for printer " + arguments.queue; });
     // Its answer comes too late for anybody, and its job keeps the next question waiting.
-    const bool isGivenUp = arguments.timeout.count() > 0 && session.panel().awaitsPrinter();
-    if (printer != nullptr && (wasInterrupted() || isGivenUp))
-        printer->takeBack(SchedulerPatience(arguments.timeout).time());
+    const bool isGivenUp = arguments.timeout.count() > 0 && asked.awaitsPrinter();
+    if (panel.printer != nullptr && (wasInterrupted() || isGivenUp))
+        panel.printer->printer().takeBack(SchedulerPatience(arguments.timeout).time());
     if (!wasInterrupted()) return true;
     cannot("interrupted; the printer is not asked any more");
     return false;
@@ -209,14 +229,14 @@ int runPanel(const PanelArguments& arguments) {
     setSystemRelease(arguments.release);
 
     platform::Failure error;
-    std::shared_ptr<SchedulerPrinter> printer;
+    AskedPanel panel;
     std::unique_ptr<DialogPPD> ppd;
     if (arguments.ppdFile.empty()) {
         const auto time = SchedulerPatience(arguments.timeout).time();
         if (auto opened = fetchQueue(arguments.queue, time, error)) {
             ppd = std::move(opened->ppd);
-            printer = std::make_shared<SchedulerPrinter>(
-                std::move(opened->fetched), SchedulerPrinterOptions{.deadline = time});
+            panel.printer = std::make_shared<DialogPrinter>(std::make_unique<SchedulerPrinter>(
+                std::move(opened->fetched), SchedulerPrinterOptions{.deadline = time}));
         }
     } else {
         ppd = openPPD(arguments.ppdFile, error);
@@ -225,10 +245,14 @@ int runPanel(const PanelArguments& arguments) {
     const auto bundle = platform::Bundle::open(paperOptionsBundleFolder(), error);
     if (bundle == nullptr) return cannot(*error);
     const InterruptionGuard guard; // the panel asks the printer when it is created
-    const std::unique_ptr<PanelSession> session =
-        PanelSession::create(bundle, std::move(ppd), printer, error);
-    if (session != nullptr && !waitForPrinter(*session, printer, arguments)) return kNotDone;
-    if (session != nullptr) return showPanel(*session, arguments);
+    PaperNames::Start start{.stored = storedAnswers(ppd->record()),
+        .hasCommands = ppdFindAttr(ppd->record(), "cupsCommands", nullptr) != nullptr};
+    panel.session = PanelSession::create(bundle, std::move(ppd), panel.printer, error);
+    if (panel.session != nullptr && panel.printer != nullptr)
+        panel.names = std::make_unique<PaperNames>(
+            panel.session->panel(), panel.printer, std::move(start), [] {}, [] {});
+    if (panel.session != nullptr && !waitForPrinter(panel, arguments)) return kNotDone;
+    if (panel.session != nullptr) return showPanel(panel, arguments);
     if (error) return cannot(*error);
 
     if (arguments.json) std::cout << jsonText(Json{{"schemaVersion", 1}, {"panel", nullptr}}) << '\n';

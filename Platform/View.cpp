@@ -9,11 +9,6 @@ View* View::viewWithTag(std::int64_t tag) {
     return nullptr;
 }
 
-void Disclosure::toggle() {
-    unfolded_ = !unfolded_;
-    if (const auto action = action_) action(*this);
-}
-
 void PopUpButton::removeAllItems() {
     items_.clear();
     selected_ = -1;

@@ -65,51 +65,19 @@ private:
 // A line of text that a person cannot change.
 class TextField : public View {
 public:
+    enum class Role {
+        label,
+        status, // tells what matters now; who cannot see the screen is told of each change
+    };
+    Role role() const { return role_; }
+    void setRole(Role role) { role_ = role; }
+
     const std::string& stringValue() const { return stringValue_; }
     void setStringValue(std::string text) { stringValue_ = std::move(text); }
 
 private:
+    Role role_ = Role::label;
     std::string stringValue_;
-};
-
-// How much there is of something.
-class LevelIndicator : public View {
-public:
-    const std::string& stringValue() const { return stringValue_; }
-    void setStringValue(std::string text) { stringValue_ = std::move(text); }
-
-    // 0 to 100; nothing when it is not known.
-    std::optional<int> percent() const { return percent_; }
-    void setPercent(std::optional<int> percent) { percent_ = percent; }
-
-    // Of what there is, as "#RRGGBB"; "" for none. Never the only sign of anything.
-    const std::string& color() const { return color_; }
-    void setColor(std::string color) { color_ = std::move(color); }
-
-private:
-    std::string stringValue_;
-    std::optional<int> percent_;
-    std::string color_;
-};
-
-// A title that shows and hides what is below it: its subviews, from top to bottom.
-class Disclosure : public View {
-public:
-    const std::string& title() const { return title_; }
-    void setTitle(std::string title) { title_ = std::move(title); }
-
-    bool isUnfolded() const { return unfolded_; }
-    void setUnfolded(bool unfolded) { unfolded_ = unfolded; }
-
-    // What the control tells when a person has folded or unfolded it.
-    void setAction(std::function<void(Disclosure& sender)> action) { action_ = std::move(action); }
-    // A person's doing.
-    void toggle();
-
-private:
-    std::string title_;
-    bool unfolded_ = false;
-    std::function<void(Disclosure& sender)> action_;
 };
 
 // One entry of a pop-up list. The represented object is whatever the panel ties to the entry; a mirror does

@@ -50,7 +50,7 @@ std::string nameOf(const std::filesystem::path& file) {
 }
 
 bool isPaperSize(std::string_view keyword) {
-    return keyword == "PageSize" || keyword == "PageRegion";
+    return keyword == kPageSizeOption || keyword == "PageRegion";
 }
 
 } // namespace
@@ -212,7 +212,7 @@ DialogPPD::Marks DialogPPD::allConflicts() const {
 
 MarkResult DialogPPD::resolve(const Marks& before, const std::string* option, const std::string* choice) {
     // Where no choice is newest, the paper's size is the one that stays.
-    const std::string keeper = option != nullptr ? *option : "PageSize";
+    const std::string keeper = option != nullptr ? *option : kPageSizeOption;
     const std::string kept = option != nullptr ? *choice : choiceOf(keeper);
     const char* const keeperText = kept.empty() ? nullptr : keeper.c_str();
     const char* const keptText = kept.empty() ? nullptr : kept.c_str();

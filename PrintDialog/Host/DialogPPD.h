@@ -15,6 +15,9 @@
 
 namespace orvan {
 
+// The option of the document's paper.
+inline constexpr const char* kPageSizeOption = "PageSize";
+
 // One option whose choice became another one; keywords, "" for no choice.
 struct ChoiceChange {
     std::string option;

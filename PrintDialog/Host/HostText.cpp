@@ -38,21 +38,4 @@ std::string hostText(const std::string& key, const std::vector<std::string>& val
     return fill(resources != nullptr ? resources->localizedString(key) : key, values);
 }
 
-std::string noticeText(const DialogPPD& ppd, const MarkResult& result, const std::string& asked) {
-    std::string text;
-    const auto add = [&text](const std::string& sentence) { text += (text.empty() ? "" : " ") + sentence; };
-    for (const ChoiceChange& change : result.changes) {
-        if (change.option == asked) continue;
-        add(hostText("%1 changed from %2 to %3.",
-            {ppd.optionTitle(change.option), ppd.choiceTitle(change.option, change.from),
-                ppd.choiceTitle(change.option, change.to)}));
-    }
-    for (const auto& [option, choice] : result.conflicts) {
-        if (option == asked) continue;
-        add(hostText("This does not go together with %1: %2.",
-            {ppd.optionTitle(option), ppd.choiceTitle(option, choice)}));
-    }
-    return text;
-}
-
 } // namespace orvan

@@ -54,7 +54,7 @@ std::string notLoadedText(
         trays.append(trays.empty() ? "" : ", ").append(contentsOf(tray));
     }
     return hostText("No tray holds %1 in %2; %3.",
-        {ppd.choiceTitle(kPaper, paper), ppd.choiceTitle("PageSize", size), trays});
+        {ppd.choiceTitle(kPaper, paper), ppd.choiceTitle(kPageSizeOption, size), trays});
 }
 
 } // namespace orvan

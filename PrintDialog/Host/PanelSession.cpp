@@ -53,6 +53,11 @@ DialogPPD& PanelSession::ppd() {
     return callback_->ppd();
 }
 
+std::shared_ptr<platform::View> PanelSession::view() const {
+    platform::View* const root = panel_->panelView();
+    return root != nullptr ? std::shared_ptr<platform::View>(panel_, root) : nullptr;
+}
+
 void PanelSession::setPickHandler(PickHandler handler) {
     callback_->setHandler(std::move(handler));
 }

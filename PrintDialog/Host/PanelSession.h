@@ -33,6 +33,8 @@ public:
     platform::PDEPanel& panel() { return *panel_; }
     const platform::PDEPanel& panel() const { return *panel_; }
     DialogPPD& ppd();
+    // The panel's view, which keeps the panel; null when its resource cannot be loaded.
+    std::shared_ptr<platform::View> view() const;
 
     // Told, after the choice is marked, of each pick in the panel: the option and the choice that was picked,
     // and what came of it.

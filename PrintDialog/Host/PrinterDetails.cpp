@@ -7,6 +7,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -24,10 +27,30 @@ constexpr std::array<ColorOf, 4> kColors{{
     {OVCPSSBlackColorant, "#202020"},
 }};
 
-void addText(platform::View& view, std::string text) {
-    auto label = std::make_shared<platform::TextField>();
-    label->setStringValue(std::move(text));
-    view.addSubview(std::move(label));
+// Fills a view anew, with the children that it has.
+class Filling {
+public:
+    explicit Filling(platform::View& view) : view_(view), before_(view.subviews()) {
+        view_.removeAllSubviews();
+    }
+
+    // The next child.
+    template <class Kind>
+    Kind& next() {
+        const std::size_t place = view_.subviews().size();
+        auto child = place < before_.size() ? std::dynamic_pointer_cast<Kind>(before_[place]) : nullptr;
+        if (child == nullptr) child = std::make_shared<Kind>();
+        view_.addSubview(child);
+        return *child;
+    }
+
+private:
+    platform::View& view_;
+    std::vector<std::shared_ptr<platform::View>> before_;
+};
+
+void addText(Filling& filling, std::string text) {
+    filling.next<platform::TextField>().setStringValue(std::move(text));
 }
 
 std::string percentText(std::int64_t percent) {
@@ -49,14 +72,14 @@ std::string trayText(const Tray& tray) {
     return text.empty() ? tray.name : hostText("%1: %2", {tray.name, text});
 }
 
-void addSupply(platform::View& view, const Supply& supply) {
-    auto level = std::make_shared<platform::LevelIndicator>();
+void addSupply(Filling& filling, const Supply& supply) {
+    auto& level = filling.next<platform::LevelIndicator>();
     const std::string told = supply.level.percent ? percentText(*supply.level.percent) : supply.level.word;
-    level->setStringValue(told.empty() ? supply.name : hostText("%1: %2", {supply.name, told}));
-    if (supply.level.percent) level->setPercent(static_cast<int>(*supply.level.percent));
+    level.setStringValue(told.empty() ? supply.name : hostText("%1: %2", {supply.name, told}));
+    level.setPercent(
+        supply.level.percent ? std::optional(static_cast<int>(*supply.level.percent)) : std::nullopt);
     const auto color = std::ranges::find(kColors, supply.colorant, &ColorOf::colorant);
-    if (color != kColors.end()) level->setColor(color->color);
-    view.addSubview(std::move(level));
+    level.setColor(color != kColors.end() ? color->color : "");
 }
 
 // The answer that tells of trays and supplies; null when there is none.
@@ -70,29 +93,23 @@ const StoredAnswer* answerWithTrays(const std::vector<StoredAnswer>& answers) {
 
 } // namespace
 
-std::shared_ptr<platform::Disclosure> makePrinterDetails() {
-    auto details = std::make_shared<platform::Disclosure>();
-    details->setTitle(hostText("Details"));
-    return details;
-}
-
 void updatePrinterDetails(platform::Disclosure& details, const std::vector<StoredAnswer>& answers,
     const DialogPPD& ppd, const PanelSession::Summary& summary) {
-    details.removeAllSubviews();
+    Filling filling(details);
     if (const StoredAnswer* const told = answerWithTrays(answers)) {
         std::vector<platform::PropertyList> lists;
         for (const StoredAnswer& answer : answers)
             if (answer.list) lists.push_back(*answer.list);
         const PrinterPage page = pageOf(lists, &ppd);
         for (const Tray& tray : page.trays.value_or(std::vector<Tray>()))
-            addText(details, trayText(tray));
+            addText(filling, trayText(tray));
         for (const Supply& supply : page.supplies.value_or(std::vector<Supply>()))
-            addSupply(details, supply);
-        addText(details, hostText("The printer told this at %1.",
+            addSupply(filling, supply);
+        addText(filling, hostText("The printer told this at %1.",
                              {told->askedAt ? timeText(*told->askedAt) : hostText("an earlier time")}));
     }
     for (const auto& [title, value] : summary)
-        addText(details, hostText("%1: %2", {title, value}));
+        addText(filling, hostText("%1: %2", {title, value}));
 }
 
 } // namespace orvan

@@ -3,20 +3,17 @@
 #pragma once
 
 #include "BiDi/StoredAnswers.h"
-#include "Platform/View.h"
+#include "Platform/Controls.h"
 #include "PrintDialog/Host/DialogPPD.h"
 #include "PrintDialog/Host/PanelSession.h"
 
-#include <memory>
 #include <vector>
 
 namespace orvan {
 
-// The views: texts, a line a tray, and levels, one a supply. Folded, until update() is called nothing is in
-// it.
-std::shared_ptr<platform::Disclosure> makePrinterDetails();
-
-// Brings them up to date with what the printer has answered and with what is marked.
+// Brings the disclosure's views up to date with what the printer has answered and with what is marked: a text
+// a tray, a level a supply, a text of when the printer told that, a text a line of the summary. A view of
+// the same kind in the same place stays, with another text.
 void updatePrinterDetails(platform::Disclosure& details, const std::vector<StoredAnswer>& answers,
     const DialogPPD& ppd, const PanelSession::Summary& summary);
 

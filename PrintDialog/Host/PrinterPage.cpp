@@ -89,7 +89,7 @@ Tray trayOf(const PropertyList& record, const PropertyList& words, const DialogP
     tray.mediaType = choiceIn(media, kMediaType);
     tray.pageSize = choiceIn(media, kPageSize);
     tray.paper = paperTitle(ppd, tray.mediaType, lineIn(words, kWordPaperType), papers);
-    tray.size = titleOf(ppd, "PageSize", tray.pageSize, lineIn(words, kWordPaperSize));
+    tray.size = titleOf(ppd, kPageSizeOption, tray.pageSize, lineIn(words, kWordPaperSize));
     return tray;
 }
 

@@ -33,6 +33,8 @@ TEST(OrvanCommand, AnswersForThePanelInJson) {
     Json panel = answer({"panel", "--ppd", ppd.file(), "--json", "--set", "OVNEdgeToEdge=On"});
     const Json rows = panel["rows"];
     panel.erase("rows");
+    const Json tab = panel["tab"];
+    panel.erase("tab");
     EXPECT_EQ(panel, Json::parse(R"({"schemaVersion": 1, "kind": "com.orvan.qbv.print.pde.cocoa.paperfeed",
         "name": "Paper Options", "height": 190,
         "supportedPPDOptionKeys": ["MediaType", "Slipsheet", "OVNSlipSheetSource", "OVNMismatch", "OVNEdgeToEdge"],
@@ -52,6 +54,14 @@ TEST(OrvanCommand, AnswersForThePanelInJson) {
     EXPECT_EQ(rows[0]["items"].size(), 20U);
     EXPECT_EQ(
         rows[0]["items"][10], Json::parse(R"({"title": "Hole Punched", "keyword": "PrepunchedPlain"})"));
+    const Json& form = tab["views"][0]["views"][0];
+    EXPECT_EQ(form["views"].size(), 6U) << "of the rows that can be seen";
+    EXPECT_EQ(form["views"][5],
+        Json::parse(
+            R"({"kind": "menu", "title": "Edge to Edge:", "letter": "t", "enabled": true, "selected": 1,
+            "entries": [{"title": "Off", "keyword": "Off"}, {"title": "On", "keyword": "On"}]})"));
+    EXPECT_EQ(tab["views"][0]["views"][1]["views"][4],
+        Json::parse(R"({"kind": "text", "text": "Edge to Edge: On"})"));
 }
 
 TEST(OrvanCommand, AnswersForTitlesThatAreNotUTF8) {
@@ -84,12 +94,12 @@ TEST(OrvanCommand, ShowsThePanelToPeople) {
         "  Separator Page Source: (not available)\n"
         "  Last Page Source: [Same as Document]  of 6\n"
         "  Media Mismatch: [Use Printer Setting]  of 5\n"
-        "  Edge to Edge: [Off]  of 2\n\n"
-        "Summary\n"
-        "  Paper Type: Custom Type 2\n"
-        "  Last Page Source: Same as Document\n"
-        "  Media Mismatch: Use Printer Setting\n"
-        "  Edge to Edge: Off\n");
+        "  Edge to Edge: [Off]  of 2\n"
+        "  Details\n"
+        "    Paper Type: Custom Type 2\n"
+        "    Last Page Source: Same as Document\n"
+        "    Media Mismatch: Use Printer Setting\n"
+        "    Edge to Edge: Off\n");
     const ProgramEnd german =
         orvan({"panel", "--ppd", kDriver}, {{"LC_ALL", "de_DE.UTF-8"}, {"ORVAN_SYSTEM_RELEASE", "10.10.0"}});
     EXPECT_TRUE(german.output.starts_with("Papieroptionen\n\n  Papiertyp: [Normalpapier]  of 20\n"))

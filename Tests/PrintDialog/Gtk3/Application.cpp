@@ -195,10 +195,9 @@ void OpenDialog::pick(const std::string& label, const std::string& choice) {
 bool OpenDialog::press(const std::string& text) const {
     GtkButton* found = nullptr;
     forEach(frontPage(), [&](GtkWidget* widget) {
-        const char* const label = GTK_IS_BUTTON(widget) && gtk_widget_get_mapped(widget)
-                                      ? gtk_button_get_label(GTK_BUTTON(widget))
-                                      : nullptr;
-        if (label != nullptr && text == label) found = GTK_BUTTON(widget);
+        if (!GTK_IS_BUTTON(widget) || !gtk_widget_get_mapped(widget)) return;
+        const char* const name = atk_object_get_name(gtk_widget_get_accessible(widget));
+        if (name != nullptr && text == name) found = GTK_BUTTON(widget);
     });
     if (found != nullptr) gtk_button_clicked(found);
     return found != nullptr;

@@ -1,0 +1,135 @@
+#include "PrintDialog/Gtk3/MenuMirror.h"
+
+#include "PrintDialog/Gtk3/GObjectRef.h"
+#include "PrintDialog/Gtk3/Guarded.h"
+#include "PrintDialog/Gtk3/MenuList.h"
+#include "PrintDialog/Gtk3/MenuRows.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace orvan {
+namespace {
+
+using Entries = std::vector<platform::MenuEntry>;
+
+// Bytes of a title that wants a tooltip in the list, which a combo box's menu has not.
+constexpr std::size_t kLongTitle = 60;
+
+class ComboControl final : public MenuControl {
+public:
+    explicit ComboControl(platform::Menu& menu)
+        : menu_(menu),
+          widget_(makeWidget()),
+          changed_(widget_, "changed", G_CALLBACK(onChanged), this),
+          poppedUp_(widget_, "notify::popup-shown", G_CALLBACK(onPopUp), this),
+          scrolled_(widget_, "scroll-event", G_CALLBACK(onScroll), nullptr) {}
+
+    GtkWidget* widget() const override { return GTK_WIDGET(widget_); }
+
+    bool isOpen() const override {
+        gboolean isOpen = FALSE;
+        g_object_get(widget_, "popup-shown", &isOpen, nullptr);
+        return isOpen != FALSE;
+    }
+
+    // A new store is filled before the control sees it: a control redraws with every row that it sees added.
+    void show(const Entries& entries, std::optional<std::size_t> selected) override {
+        const SignalConnection::Block block(changed_);
+        if (!isFilled_ || shown_ != entries) {
+            isFilled_ = true;
+            shown_ = entries;
+            const auto store = makeMenuStore();
+            for (std::size_t index = 0; index < shown_.size(); ++index)
+                appendMenuRow(store.get(), shown_[index], index);
+            gtk_combo_box_set_model(widget_, GTK_TREE_MODEL(store.get()));
+        }
+        gtk_combo_box_set_active(widget_, selected ? static_cast<int>(*selected) : -1);
+        gtk_widget_set_tooltip_text(
+            GTK_WIDGET(widget_), selected ? shown_[*selected].title.c_str() : nullptr);
+    }
+
+private:
+    static GtkComboBox* makeWidget() {
+        auto* const combo = GTK_COMBO_BOX(gtk_combo_box_new());
+        GtkCellRenderer* const text = makeTitleRenderer();
+        gtk_cell_layout_pack_start(GTK_CELL_LAYOUT(combo), text, TRUE);
+        gtk_cell_layout_set_attributes(
+            GTK_CELL_LAYOUT(combo), text, "text", kTitleColumn, "sensitive", kEnabledColumn, nullptr);
+        gtk_combo_box_set_row_separator_func(combo, isMenuLine, nullptr, nullptr);
+        return combo;
+    }
+
+    // The wheel scrolls the rows; a control of GTK's would take it for a pick.
+    static gboolean onScroll(GtkWidget* combo, GdkEvent* event, gpointer) {
+        gtk_propagate_event(gtk_widget_get_parent(combo), event);
+        return TRUE;
+    }
+
+    static void onChanged(GtkComboBox*, ComboControl* self) {
+        self->wasChanged_ = true;
+        guarded([self] { self->pick(); });
+    }
+
+    // GtkComboBox says nothing when the item is picked that it shows; its menu does.
+    static void onMenuActivate(GtkWidget*, const char*, ComboControl* self) {
+        if (!std::exchange(self->wasChanged_, false)) guarded([self] { self->pick(); });
+    }
+
+    static void onPopUp(GtkComboBox* combo, GParamSpec*, ComboControl* self) {
+        self->wasChanged_ = false;
+        AtkObject* const menu = gtk_combo_box_get_popup_accessible(combo);
+        if (self->activated_ != nullptr || !GTK_IS_ACCESSIBLE(menu)) return;
+        GtkWidget* const popUp = gtk_accessible_get_widget(GTK_ACCESSIBLE(menu));
+        if (popUp != nullptr && g_signal_lookup("menu-activate", G_OBJECT_TYPE(popUp)) != 0)
+            self->activated_ = std::make_unique<SignalConnection>(
+                popUp, "menu-activate", G_CALLBACK(onMenuActivate), self, G_CONNECT_AFTER);
+    }
+
+    void pick() {
+        const int active = gtk_combo_box_get_active(widget_);
+        if (active >= 0) menu_.pick(static_cast<std::size_t>(active));
+    }
+
+    platform::Menu& menu_;
+    GtkComboBox* widget_;
+    SignalConnection changed_;
+    SignalConnection poppedUp_;
+    SignalConnection scrolled_;
+    std::unique_ptr<SignalConnection> activated_;
+    Entries shown_;
+    bool isFilled_ = false;
+    bool wasChanged_ = false; // since its menu came up
+};
+
+// A combo box's menu takes a time that grows with the square of its items, and cannot be searched.
+bool wantsList(const platform::Menu& menu) {
+    return menu.isLong() || std::ranges::any_of(menu.entries(), [](const platform::MenuEntry& entry) {
+        return entry.title.size() > kLongTitle;
+    });
+}
+
+std::unique_ptr<MenuControl> controlOf(platform::Menu& menu, bool isList) {
+    if (isList) return std::make_unique<MenuList>(menu);
+    return std::make_unique<ComboControl>(menu);
+}
+
+} // namespace
+
+MenuMirror::MenuMirror(const std::shared_ptr<platform::Menu>& menu)
+    : ViewMirror(menu, gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0)), menu_(*menu) {}
+
+void MenuMirror::update() {
+    if (const bool wanted = wantsList(menu_); control_ == nullptr || wanted != isList_) {
+        if (control_ != nullptr) gtk_widget_destroy(control_->widget());
+        isList_ = wanted;
+        control_ = controlOf(menu_, isList_);
+        gtk_box_pack_start(GTK_BOX(widget()), control_->widget(), TRUE, TRUE, 0);
+        gtk_widget_show(control_->widget());
+    }
+    control_->show(menu_.entries(), menu_.selected());
+    gtk_widget_set_sensitive(control_->widget(), menu_.isEnabled() ? TRUE : FALSE);
+}
+
+} // namespace orvan

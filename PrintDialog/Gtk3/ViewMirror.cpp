@@ -1,0 +1,303 @@
+#include "PrintDialog/Gtk3/ViewMirror.h"
+
+#include "PrintDialog/Gtk3/GObjectRef.h"
+#include "PrintDialog/Gtk3/Guarded.h"
+#include "PrintDialog/Gtk3/MenuMirror.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvan {
+namespace {
+
+using platform::View;
+
+constexpr int kSpacing = 12;       // pixels, between the parts of a tab, as in GTK's own tabs
+constexpr int kRowSpacing = 6;     // pixels
+constexpr int kColumnSpacing = 12; // pixels
+constexpr int kIndent = 18;        // pixels, as far as an expander's title
+constexpr int kLevelWidth = 120;   // pixels
+constexpr int kMostLines = 3;      // of what matters now; its tooltip has the whole
+constexpr int kPolite = 1;         // ATK_LIVE_POLITE
+constexpr double kFullLevel = 100;
+
+// Tells who cannot see the screen.
+void announce(GtkWidget* widget, const std::string& text) {
+    AtkObject* const object = gtk_widget_get_accessible(widget);
+    if (g_signal_lookup("notification", G_OBJECT_TYPE(object)) != 0) // since ATK 2.50
+        g_signal_emit_by_name(object, "notification", text.c_str(), kPolite);
+}
+
+class TextMirror final : public ViewMirror {
+public:
+    explicit TextMirror(const std::shared_ptr<platform::TextField>& field)
+        : ViewMirror(field, gtk_label_new(nullptr)), field_(*field), label_(GTK_LABEL(widget())) {
+        gtk_label_set_xalign(label_, 0);
+        gtk_label_set_ellipsize(label_, PANGO_ELLIPSIZE_END);
+        if (!isStatus()) return;
+        gtk_label_set_line_wrap(label_, TRUE);
+        gtk_label_set_lines(label_, kMostLines);
+        gtk_widget_set_hexpand(widget(), TRUE);
+        atk_object_set_role(gtk_widget_get_accessible(widget()), ATK_ROLE_STATUSBAR);
+    }
+
+private:
+    bool isStatus() const { return field_.role() == platform::TextField::Role::status; }
+
+    void update() override {
+        const std::string& text = field_.stringValue();
+        if (text == gtk_label_get_text(label_)) return;
+        gtk_label_set_text(label_, text.c_str());
+        gtk_widget_set_tooltip_text(widget(), text.c_str());
+        if (isStatus() && !text.empty()) announce(widget(), text);
+    }
+
+    platform::TextField& field_;
+    GtkLabel* label_;
+};
+
+class ButtonMirror final : public ViewMirror {
+public:
+    explicit ButtonMirror(const std::shared_ptr<platform::Button>& button)
+        : ViewMirror(button, gtk_button_new_with_mnemonic("")),
+          button_(*button),
+          clicked_(widget(), "clicked", G_CALLBACK(onClicked), &button_) {
+        gtk_widget_set_valign(widget(), GTK_ALIGN_CENTER);
+    }
+
+    GtkWidget* control() const override { return widget(); }
+
+private:
+    static void onClicked(GtkButton*, platform::Button* button) {
+        guarded([button] { button->press(); });
+    }
+
+    void update() override {
+        gtk_button_set_label(GTK_BUTTON(widget()), button_.title().withMarker('_').c_str());
+    }
+
+    platform::Button& button_;
+    SignalConnection clicked_;
+};
+
+class LevelMirror final : public ViewMirror {
+public:
+    explicit LevelMirror(const std::shared_ptr<platform::LevelIndicator>& level)
+        : ViewMirror(level, gtk_box_new(GTK_ORIENTATION_HORIZONTAL, kRowSpacing)),
+          level_(*level),
+          bar_(gtk_level_bar_new_for_interval(0, kFullLevel)),
+          label_(gtk_label_new(nullptr)) {
+        gtk_widget_set_size_request(bar_, kLevelWidth, -1);
+        gtk_widget_set_valign(bar_, GTK_ALIGN_CENTER);
+        gtk_label_set_xalign(GTK_LABEL(label_), 0);
+        gtk_label_set_ellipsize(GTK_LABEL(label_), PANGO_ELLIPSIZE_END);
+        gtk_widget_show(label_);
+        gtk_box_pack_start(GTK_BOX(widget()), bar_, FALSE, FALSE, 0);
+        gtk_box_pack_start(GTK_BOX(widget()), label_, TRUE, TRUE, 0);
+    }
+
+private:
+    void update() override {
+        const std::string& text = level_.stringValue();
+        gtk_label_set_text(GTK_LABEL(label_), text.c_str());
+        gtk_widget_set_tooltip_text(label_, text.c_str());
+        atk_object_set_name(gtk_widget_get_accessible(bar_), text.c_str());
+        gtk_widget_set_visible(bar_, level_.percent() ? TRUE : FALSE);
+        if (level_.percent()) gtk_level_bar_set_value(GTK_LEVEL_BAR(bar_), *level_.percent());
+        if (!level_.color().empty() && std::exchange(color_, level_.color()) != level_.color()) paint();
+    }
+
+    // With a border, so that it is seen on every ground.
+    void paint() {
+        const std::string style = "levelbar block.filled { background: " + color_ +
+                                  "; border: 1px solid alpha(@theme_fg_color, 0.6); }";
+        const GObjectRef<GtkCssProvider> provider(gtk_css_provider_new());
+        gtk_css_provider_load_from_data(provider.get(), style.c_str(), -1, nullptr);
+        gtk_style_context_add_provider(gtk_widget_get_style_context(bar_), GTK_STYLE_PROVIDER(provider.get()),
+            GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+    }
+
+    platform::LevelIndicator& level_;
+    GtkWidget* bar_;
+    GtkWidget* label_;
+    std::string color_;
+};
+
+// The views below a view, in a box.
+class BoxMirror : public ViewMirror {
+public:
+    void visit(const std::function<void(ViewMirror&)>& function) override {
+        function(*this);
+        for (const auto& child : children_)
+            child->visit(function);
+    }
+
+protected:
+    BoxMirror(std::shared_ptr<View> view, GtkWidget* widget, GtkOrientation orientation)
+        : ViewMirror(std::move(view), widget), box_(GTK_BOX(gtk_box_new(orientation, kSpacing))) {
+        gtk_widget_show(GTK_WIDGET(box_));
+    }
+    GtkBox* box() const { return box_; }
+
+    // Other views get other widgets.
+    void update() override {
+        if (views_ != view().subviews()) {
+            gtk_container_foreach(
+                GTK_CONTAINER(box_), [](GtkWidget* child, gpointer) { gtk_widget_destroy(child); }, nullptr);
+            children_.clear();
+            views_ = view().subviews();
+            children_.reserve(views_.size());
+            for (const auto& child : views_)
+                add(mirrorOf(child));
+        }
+        for (const auto& child : children_)
+            child->refresh();
+    }
+
+private:
+    void add(std::unique_ptr<ViewMirror> child) {
+        if (child == nullptr) return;
+        const bool grows = dynamic_cast<const platform::ScrollView*>(&child->view()) != nullptr ||
+                           gtk_widget_get_hexpand(child->widget()) != FALSE;
+        gtk_box_pack_start(box_, child->widget(), grows ? TRUE : FALSE, TRUE, 0);
+        children_.push_back(std::move(child));
+    }
+
+    GtkBox* box_;
+    std::vector<std::shared_ptr<View>> views_;
+    std::vector<std::unique_ptr<ViewMirror>> children_;
+};
+
+class StackMirror final : public BoxMirror {
+public:
+    explicit StackMirror(const std::shared_ptr<platform::Stack>& stack)
+        : StackMirror(stack, gtk_event_box_new()) {}
+
+private:
+    StackMirror(const std::shared_ptr<platform::Stack>& stack, GtkWidget* widget)
+        : BoxMirror(stack, widget,
+              stack->axis() == platform::Stack::Axis::vertical ? GTK_ORIENTATION_VERTICAL
+                                                               : GTK_ORIENTATION_HORIZONTAL) {
+        gtk_container_add(GTK_CONTAINER(widget), GTK_WIDGET(box()));
+    }
+};
+
+class ScrollMirror final : public BoxMirror {
+public:
+    explicit ScrollMirror(const std::shared_ptr<platform::ScrollView>& scroll)
+        : BoxMirror(scroll, gtk_scrolled_window_new(nullptr, nullptr), GTK_ORIENTATION_VERTICAL) {
+        gtk_container_add(GTK_CONTAINER(widget()), GTK_WIDGET(box()));
+    }
+};
+
+class DisclosureMirror final : public BoxMirror {
+public:
+    explicit DisclosureMirror(const std::shared_ptr<platform::Disclosure>& disclosure)
+        : BoxMirror(disclosure, gtk_expander_new_with_mnemonic(""), GTK_ORIENTATION_VERTICAL),
+          disclosure_(*disclosure),
+          expander_(GTK_EXPANDER(widget())),
+          expanded_(expander_, "notify::expanded", G_CALLBACK(onExpanded), &disclosure_) {
+        gtk_box_set_spacing(box(), kRowSpacing);
+        gtk_widget_set_margin_start(GTK_WIDGET(box()), kIndent);
+        gtk_container_add(GTK_CONTAINER(expander_), GTK_WIDGET(box()));
+        gtk_expander_set_spacing(expander_, kRowSpacing);
+    }
+
+    GtkWidget* control() const override { return widget(); }
+
+private:
+    static void onExpanded(GtkExpander* expander, GParamSpec*, platform::Disclosure* disclosure) {
+        guarded([expander, disclosure] {
+            if ((gtk_expander_get_expanded(expander) != FALSE) != disclosure->isUnfolded())
+                disclosure->toggle();
+        });
+    }
+
+    void update() override {
+        gtk_expander_set_label(expander_, disclosure_.title().withMarker('_').c_str());
+        gtk_expander_set_expanded(expander_, disclosure_.isUnfolded() ? TRUE : FALSE);
+        // What is folded away is not there for assistive technology either.
+        gtk_widget_set_visible(GTK_WIDGET(box()), disclosure_.isUnfolded() ? TRUE : FALSE);
+        BoxMirror::update();
+    }
+
+    platform::Disclosure& disclosure_;
+    GtkExpander* expander_;
+    SignalConnection expanded_;
+};
+
+class FormMirror final : public ViewMirror {
+public:
+    explicit FormMirror(const std::shared_ptr<platform::Form>& form) : ViewMirror(form, gtk_grid_new()) {
+        gtk_grid_set_row_spacing(GTK_GRID(widget()), kRowSpacing);
+        gtk_grid_set_column_spacing(GTK_GRID(widget()), kColumnSpacing);
+        rows_.reserve(form->menus().size());
+        for (const auto& menu : form->menus())
+            rows_.push_back({GTK_LABEL(gtk_label_new(nullptr)), std::make_unique<MenuMirror>(menu)});
+        // Assistive technology has a grid's children last to first.
+        for (std::size_t row = rows_.size(); row-- > 0;)
+            attach(rows_[row], static_cast<int>(row));
+    }
+
+    void visit(const std::function<void(ViewMirror&)>& function) override {
+        function(*this);
+        for (const Row& row : rows_)
+            row.menu->visit(function);
+    }
+
+private:
+    struct Row {
+        GtkLabel* label;
+        std::unique_ptr<MenuMirror> menu;
+    };
+
+    void attach(const Row& row, int place) {
+        GtkWidget* const label = GTK_WIDGET(row.label);
+        gtk_label_set_xalign(row.label, 0);
+        gtk_label_set_ellipsize(row.label, PANGO_ELLIPSIZE_END);
+        gtk_widget_set_hexpand(row.menu->widget(), TRUE);
+        gtk_grid_attach(GTK_GRID(widget()), row.menu->widget(), 1, place, 1, 1);
+        gtk_grid_attach(GTK_GRID(widget()), label, 0, place, 1, 1);
+    }
+
+    void update() override {
+        for (const Row& row : rows_) {
+            const auto& menu = static_cast<const platform::Menu&>(row.menu->view());
+            row.menu->refresh();
+            // It names the control for assistive technology as well.
+            gtk_label_set_text_with_mnemonic(row.label, menu.title().withMarker('_').c_str());
+            gtk_label_set_mnemonic_widget(row.label, row.menu->control());
+            gtk_widget_set_tooltip_text(GTK_WIDGET(row.label), menu.title().text.c_str());
+            gtk_widget_set_visible(GTK_WIDGET(row.label), menu.isHidden() ? FALSE : TRUE);
+        }
+    }
+
+    std::vector<Row> rows_;
+};
+
+template <class Kind>
+std::shared_ptr<Kind> as(const std::shared_ptr<View>& view) {
+    return std::dynamic_pointer_cast<Kind>(view);
+}
+
+} // namespace
+
+void ViewMirror::refresh() {
+    update();
+    gtk_widget_set_visible(widget_, view_->isHidden() ? FALSE : TRUE);
+}
+
+std::unique_ptr<ViewMirror> mirrorOf(const std::shared_ptr<View>& view) {
+    if (const auto text = as<platform::TextField>(view)) return std::make_unique<TextMirror>(text);
+    if (const auto button = as<platform::Button>(view)) return std::make_unique<ButtonMirror>(button);
+    if (const auto level = as<platform::LevelIndicator>(view)) return std::make_unique<LevelMirror>(level);
+    if (const auto menu = as<platform::Menu>(view)) return std::make_unique<MenuMirror>(menu);
+    if (const auto form = as<platform::Form>(view)) return std::make_unique<FormMirror>(form);
+    if (const auto stack = as<platform::Stack>(view)) return std::make_unique<StackMirror>(stack);
+    if (const auto scroll = as<platform::ScrollView>(view)) return std::make_unique<ScrollMirror>(scroll);
+    if (const auto part = as<platform::Disclosure>(view)) return std::make_unique<DisclosureMirror>(part);
+    return nullptr;
+}
+
+} // namespace orvan

@@ -1,0 +1,271 @@
+#include "PrintDialog/Host/DialogTab.h"
+
+#include "Common/Utilities/DeviceChecks.h"
+#include "Platform/SystemLog.h"
+#include "PrintDialog/Host/AdministratorSettings.h"
+#include "PrintDialog/Host/DialogMemory.h"
+#include "PrintDialog/Host/HostText.h"
+#include "PrintDialog/Host/InstalledFiles.h"
+#include "PrintDialog/Host/LoadedPaper.h"
+
+#include <utility>
+
+namespace orvan {
+namespace {
+
+constexpr double kLineInterval = 30; // seconds
+// Bytes of answers that nobody notices the main loop decode.
+constexpr std::size_t kAnswerBudget = std::size_t{512} * 1024;
+
+// The plug-in's bundle, opened with the process's first print dialog; null, with one line in the log, when it
+// is not there or damaged. It stays for the life of the process.
+std::shared_ptr<platform::Bundle> paperOptionsBundle() {
+    static const auto* const bundle = [] {
+        platform::Failure error;
+        auto opened = platform::Bundle::open(paperOptionsBundleFolder(), error);
+        if (opened == nullptr) platform::systemLog("paper options are off: " + *error);
+        return new std::shared_ptr<platform::Bundle>(std::move(opened));
+    }();
+    return *bundle;
+}
+
+void logOnce(const std::string& text) {
+    static auto* const logged = new std::set<std::string>;
+    if (logged->insert(text).second) platform::systemLog(text);
+}
+
+} // namespace
+
+std::unique_ptr<DialogTab> DialogTab::create(ToolkitDialog& toolkit) {
+    std::shared_ptr<platform::Bundle> bundle = paperOptionsBundle();
+    if (bundle == nullptr || !administratorSettings().showsTab) return nullptr;
+    return std::unique_ptr<DialogTab>(new DialogTab(toolkit, std::move(bundle)));
+}
+
+DialogTab::DialogTab(ToolkitDialog& toolkit, std::shared_ptr<platform::Bundle> bundle)
+    : toolkit_(toolkit),
+      bundle_(std::move(bundle)),
+      tree_({.undo = [this] { undo(); },
+          .picked = [this] { updateTree(); },
+          .unfolded =
+              [this](bool unfolded) {
+                  rememberUnfoldedDetails(unfolded);
+                  toolkit_.treeChanged();
+              }}) {}
+
+DialogTab::~DialogTab() {
+    endSession();
+}
+
+void DialogTab::printerSelected(const std::string& queue) {
+    request_.drop();
+    isReplacing_ = false;
+    endSession();
+    queue_ = queue;
+    if (queue_.empty()) return;
+    request_ = openQueue(queue_, SchedulerWorker::kDialogDeadline,
+        [this](std::optional<OpenedQueue> opened, const QueueFailure& failure) {
+            queueArrived(std::move(opened), failure);
+        });
+}
+
+void DialogTab::queueArrived(std::optional<OpenedQueue> opened, const QueueFailure& failure) {
+    if (!opened) {
+        if (failure.isTrouble)
+            logOnce("no paper options for printer " + queue_ + ": " + failure.problem.text);
+        return;
+    }
+    if (auto session = openSession(
+            *std::move(opened), administratorSettings().asksPrinter ? Question::asked : Question::forbidden))
+        startSession(std::move(session));
+}
+
+std::unique_ptr<PanelSession> DialogTab::openSession(OpenedQueue opened, Question question) {
+    ppd_file_t* const record = opened.ppd->record();
+    if (MyCheckPDEContextCUPS(record) != kPDEContextValid) return nullptr;
+    PaperNames::Start start{.stored = storedAnswers(record, kAnswerBudget),
+        .hasCommands = ppdFindAttr(record, "cupsCommands", nullptr) != nullptr,
+        .asksPrinter = question == Question::asked,
+        .isAnswered = question == Question::answered};
+    const auto printer = std::make_shared<DialogPrinter>(std::make_unique<SchedulerPrinter>(
+        std::move(opened.fetched), SchedulerPrinterOptions{.deadline = SchedulerWorker::kDialogDeadline,
+                                       .answerBudget = kAnswerBudget,
+                                       .asksPrinter = question == Question::asked}));
+    platform::Failure error;
+    auto session = PanelSession::create(bundle_, std::move(opened.ppd), printer, error);
+    if (session == nullptr) {
+        if (error) logOnce("paper options are off: " + *error);
+        return nullptr;
+    }
+    printer->printer().setRefusalHandler(
+        [queue = queue_](const std::string& why) { logOnce("printer " + queue + " was not asked: " + why); });
+    names_ = std::make_unique<PaperNames>(
+        session->panel(), printer, std::move(start), [this] { namesChanged(); },
+        [this] { replaceSession(); });
+    return session;
+}
+
+void DialogTab::startSession(std::unique_ptr<PanelSession> session) {
+    const auto& keys = session->panel().supportedPPDOptionKeys();
+    carried_ = {keys.begin(), keys.end()};
+    useSession(std::move(session));
+    tree_.setUnfolded(remembersUnfoldedDetails());
+    toolkit_.openOptions();
+
+    // What the application remembered is where the marks start.
+    std::map<std::string, std::string> initial = toolkit_.optionValues();
+    if (std::string size = pageSizeChoice(); !size.empty()) initial[kPageSizeOption] = std::move(size);
+    const MarkResult started = session_->markElsewhere(initial);
+    toolkit_.showTab(session_->panel().panelName(), tree_.root());
+    lineTimer_ = platform::RepeatingTimer::schedule(
+        kLineInterval, [this](platform::RepeatingTimer&) { updateLine(); }, "line");
+    writeToDialog(started, "");
+    report(started, "");
+    if (toolkit_.isTabInFront()) tabShown();
+}
+
+void DialogTab::useSession(std::unique_ptr<PanelSession> session) {
+    session_ = std::move(session);
+    session_->setPickHandler([this](const std::string& option, const std::string& choice,
+                                 const MarkResult& result) { pickedInPanel(option, choice, result); });
+}
+
+void DialogTab::namesChanged() {
+    updateLine();
+    if (toolkit_.isTabInFront() && !tree_.hasPanel()) tabShown();
+}
+
+// Called again and again until it is done. The new panel's question is the one that was just answered.
+void DialogTab::replaceSession() {
+    if (isReplacing_ || toolkit_.isBusy()) return;
+    isReplacing_ = true;
+    request_ = openQueue(queue_, SchedulerWorker::kDialogDeadline,
+        [this](std::optional<OpenedQueue> opened, const QueueFailure&) {
+            if (!opened) return; // and nobody is asked again and again
+            isReplacing_ = false;
+            if (toolkit_.isBusy()) return;
+            const DialogPPD::Marks marks = session_->ppd().marks();
+            const std::string focused = tree_.optionOf(toolkit_.focusedView());
+            names_.reset();
+            tree_.dropPanel();
+            auto session = openSession(*std::move(opened), Question::answered);
+            if (session == nullptr) return endSession();
+            useSession(std::move(session));
+            session_->markElsewhere(marks);
+            updateLine();
+            if (!toolkit_.isTabInFront()) return toolkit_.treeChanged();
+            tabShown();
+            if (const platform::Menu* const menu = tree_.menuOf(focused)) toolkit_.focus(*menu);
+        });
+}
+
+void DialogTab::endSession() {
+    toolkit_.hideTab();
+    toolkit_.closeOptions();
+    if (lineTimer_ != nullptr) lineTimer_->stop();
+    lineTimer_.reset();
+    notice_ = {};
+    undoable_.reset();
+    tree_.dropPanel();
+    tree_.setLine("", false);
+    names_.reset();
+    session_.reset();
+    carried_.clear();
+}
+
+void DialogTab::tabShown() {
+    if (session_ == nullptr) return;
+    updateLine();
+    if (!names_->isReady()) return;
+    if (!session_->wasShown()) names_->willShow();
+    session_->willShow();
+    if (!tree_.hasPanel()) tree_.showPanel(*session_, toolkit_.takenLetters());
+    updateLine(); // the papers have their names now
+    updateTree();
+}
+
+void DialogTab::paperChanged() {
+    if (session_ == nullptr) return;
+    updateLine();
+    if (const std::string size = pageSizeChoice(); !size.empty()) optionChanged(kPageSizeOption, size);
+}
+
+void DialogTab::pickedInPanel(
+    const std::string& option, const std::string& choice, const MarkResult& result) {
+    // A pick of what was marked already is one as well: it is no longer left to the printer.
+    if (session_->ppd().choiceOf(option) == choice) writeToDialog(option, choice);
+    writeToDialog(result, option);
+    report(result, result.changes.empty() ? "" : result.changes.front().option);
+    if (!session_->ppd().isInFile(option, choice))
+        notice_.text = hostText("The driver of this queue cannot name %1 to the printer.",
+            {session_->ppd().choiceTitle(option, choice)});
+    updateLine();
+}
+
+void DialogTab::optionChanged(const std::string& keyword, const std::string& choice) {
+    if (session_ == nullptr) return;
+    DialogPPD& ppd = session_->ppd();
+    const std::string marked = choice.empty() ? ppd.defaultChoiceOf(keyword) : choice;
+    const MarkResult result = session_->markElsewhere(keyword, marked);
+    if (result.changes.empty() && result.conflicts.empty()) return;
+    writeToDialog(result, keyword);
+    report(result, keyword);
+    updateTree();
+}
+
+void DialogTab::writeToDialog(const MarkResult& result, const std::string& except) {
+    for (const ChoiceChange& change : result.changes)
+        if (change.option != except) writeToDialog(change.option, change.to);
+}
+
+void DialogTab::writeToDialog(const std::string& option, const std::string& choice) {
+    carried_.insert(option);
+    toolkit_.writeOption(option, choice);
+}
+
+void DialogTab::report(const MarkResult& result, const std::string& asked) {
+    notice_ = pickNotice(session_->ppd(), result, asked);
+    undoable_ = notice_.canBeUndone ? std::optional(result) : std::nullopt;
+    updateLine();
+}
+
+void DialogTab::undo() {
+    if (session_ == nullptr || !undoable_) return;
+    const MarkResult pick = *std::exchange(undoable_, std::nullopt);
+    writeToDialog(session_->takeBack(pick), "");
+    notice_ = {};
+    updateLine();
+    updateTree();
+    if (const platform::Menu* const menu = tree_.menuOf(pick.changes.front().option)) toolkit_.focus(*menu);
+}
+
+void DialogTab::updateLine() {
+    if (session_ == nullptr || names_ == nullptr) return;
+    const std::string line =
+        lineOf(notice_, notLoadedText(names_->answers(), session_->ppd(), pageSizeChoice()), names_->line());
+    if (tree_.setLine(line, undoable_.has_value())) toolkit_.treeChanged();
+}
+
+void DialogTab::updateTree() {
+    if (session_ == nullptr || !tree_.hasPanel()) return; // it was never in front
+    tree_.update(names_->answers());
+    toolkit_.treeChanged();
+}
+
+std::map<std::string, DialogTab::MarkedChoice> DialogTab::marked() const {
+    std::map<std::string, MarkedChoice> marked;
+    for (const std::string& keyword : carried_)
+        if (std::string choice = session_->ppd().choiceOf(keyword); !choice.empty()) {
+            const bool isDefault = choice == session_->ppd().defaultChoiceOf(keyword);
+            marked.emplace(keyword, MarkedChoice{std::move(choice), isDefault});
+        }
+    return marked;
+}
+
+// The PPD's page size that the document's paper is, "" when it is none of the PPD's.
+std::string DialogTab::pageSizeChoice() const {
+    const std::optional<PaperSize> paper = toolkit_.paper();
+    return paper ? session_->ppd().pageSizeOf(paper->width, paper->height) : std::string();
+}
+
+} // namespace orvan

@@ -1,0 +1,37 @@
+#include "PrintDialog/Host/PickNotice.h"
+
+#include "PrintDialog/Host/HostText.h"
+
+namespace orvan {
+namespace {
+
+std::string textOf(const DialogPPD& ppd, const MarkResult& result, const std::string& asked) {
+    std::string text;
+    const auto add = [&text](const std::string& sentence) { text += (text.empty() ? "" : " ") + sentence; };
+    for (const ChoiceChange& change : result.changes) {
+        if (change.option == asked) continue;
+        add(hostText("%1 changed from %2 to %3.",
+            {ppd.optionTitle(change.option), ppd.choiceTitle(change.option, change.from),
+                ppd.choiceTitle(change.option, change.to)}));
+    }
+    for (const auto& [option, choice] : result.conflicts) {
+        if (option == asked) continue;
+        add(hostText("This does not go together with %1: %2.",
+            {ppd.optionTitle(option), ppd.choiceTitle(option, choice)}));
+    }
+    return text;
+}
+
+} // namespace
+
+PickNotice pickNotice(const DialogPPD& ppd, const MarkResult& result, const std::string& asked) {
+    const bool changedOthers = result.changes.size() > 1 && result.changes.front().option == asked;
+    return {textOf(ppd, result, asked), changedOthers && asked != kPageSizeOption};
+}
+
+std::string lineOf(const PickNotice& notice, const std::string& notLoaded, const std::string& names) {
+    if (notice.text.empty() && notLoaded.empty()) return names;
+    return notice.text + (notice.text.empty() || notLoaded.empty() ? "" : " ") + notLoaded;
+}
+
+} // namespace orvan

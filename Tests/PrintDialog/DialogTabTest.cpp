@@ -1,0 +1,253 @@
+// The tab as a dialog's toolkit gets it, without a toolkit: on good days and bad ones, with the real command
+// filter and a simulated printer whose papers have types in another order than their places.
+#include "PrintDialog/Host/DialogTab.h"
+
+#include "PrintDialog/Host/TabText.h"
+#include "Tests/Support/CommandQueue.h"
+#include "Tests/Support/ScriptedServer.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvan {
+namespace {
+
+using Papers = std::vector<std::pair<std::string, std::string>>; // names and types
+
+std::string documentWith(const Papers& papers) {
+    std::string text = "<status><deviceStatus><printer><inputTrays><tray><name>Tray 1</name>"
+                       "<status>OK</status><paperSize>A4</paperSize><paperType>Plain Paper</paperType></tray>"
+                       "<tray><name>Tray 2</name><status>Low</status><paperSize>A4</paperSize>"
+                       "<paperType>Custom Type 2</paperType></tray></inputTrays><supplies><supply><name>Cyan "
+                       "Toner</name><status>42</status>"
+                       "</supply></supplies></printer></deviceStatus><customPaperTypes><printer>";
+    for (const auto& [name, type] : papers)
+        text.append("<customPaperType><name>")
+            .append(name)
+            .append("</name><type>")
+            .append(type)
+            .append("</type><baseClass>Plain</baseClass></customPaperType>");
+    return text + "</printer></customPaperTypes></status>";
+}
+
+// Certificates come first and are type 3; Ivory is type 2.
+const Papers kPapers{{"Certificates", "3"}, {"Ivory", "2"}, {"Labels A", "1"}};
+
+// What a toolkit's dialog has of its own.
+struct FakeDialog final : ToolkitDialog {
+    explicit FakeDialog(std::map<std::string, std::string> remembered) : options(std::move(remembered)) {}
+
+    void showTab(const std::string& newTitle, std::shared_ptr<platform::View> newTree) override {
+        title = newTitle;
+        tree = std::move(newTree);
+    }
+    void hideTab() override { tree.reset(); }
+    bool isTabInFront() const override { return isInFront && tree != nullptr; }
+    void treeChanged() override {}
+    bool isBusy() const override { return busy; }
+    const platform::View* focusedView() const override { return focused; }
+    void focus(const platform::View& view) override { focused = &view; }
+    std::string takenLetters() const override { return "pc"; }
+    void openOptions() override {}
+    void closeOptions() override {}
+    std::map<std::string, std::string> optionValues() const override { return options; }
+    void writeOption(const std::string& keyword, const std::string& choice) override {
+        options[keyword] = choice;
+    }
+    std::optional<PaperSize> paper() const override { return PaperSize{595, 842}; }
+
+    std::map<std::string, std::string> options;
+    std::string title;
+    std::shared_ptr<platform::View> tree;
+    bool isInFront = true;
+    bool busy = false;
+    const platform::View* focused = nullptr;
+};
+
+// A dialog with the tab in front of a queue, from the beginning.
+struct Visit {
+    Visit(const std::string& queue, const std::string& remembered = "")
+        : dialog(remembered.empty() ? std::map<std::string, std::string>()
+                                    : std::map<std::string, std::string>{{"MediaType", remembered}}),
+          tab(DialogTab::create(dialog)) {
+        tab->printerSelected(queue);
+    }
+
+    // What is on the tab above the second row, the times in it as "TIME".
+    std::string top() const {
+        const std::string all = dialog.tree != nullptr ? tabText(*dialog.tree) : "(no tab)";
+        std::string text = all.substr(0, all.find("Separator Page:"));
+        constexpr std::size_t kTime = 5;
+        if (const std::size_t place = text.find("Paper names of "); place != std::string::npos)
+            text.replace(place + std::string("Paper names of ").size(), kTime, "TIME");
+        return text;
+    }
+
+    FakeDialog dialog;
+    std::unique_ptr<DialogTab> tab;
+};
+
+class DialogTabTest : public CommandQueue {
+protected:
+    void SetUp() override {
+        CommandQueue::SetUp();
+        if (!IsSkipped() && !HasFatalFailure()) system_->adoptEnvironment();
+    }
+
+    static bool waitUntil(const std::function<bool()>& condition) {
+        return platform::runMainLoopUntil(condition, std::chrono::seconds(300));
+    }
+    static void expectTop(const Visit& visit, const std::string& top) {
+        EXPECT_TRUE(waitUntil([&] { return visit.top() == top; })) << visit.top() << "instead of\n" << top;
+    }
+    // Looked at, with the names, so that the queue's PPD has them.
+    static void beforehand(const std::string& queue) {
+        const Visit visit(queue);
+        expectTop(visit, "Paper Type: [Plain]  of 16\n");
+    }
+};
+
+constexpr const char* kIvory = "Paper Type: [Ivory]  of 16\n";
+
+TEST_F(DialogTabTest, showsThePapersOfAPrinterThatAnswers) {
+    const SimulatedPrinter printer({"--no-snmp"}, documentWith(kPapers));
+    addQueue("Office", printer);
+    addQueue("Ivory", printer);
+    ASSERT_EQ(run({"/usr/sbin/lpadmin", "-p", "Ivory", "-o", "MediaType=CustomType2"}).exitCode, 0);
+    const Visit fresh("Office");
+    expectTop(fresh, "Paper Type: [Plain]  of 16\n");
+    EXPECT_EQ(fresh.dialog.title, "Paper Options");
+    const std::string all = tabText(*fresh.dialog.tree);
+    const std::string told = all.substr(all.find("Details"));
+    EXPECT_EQ(told.substr(0, told.find("The printer told")),
+        "Details\n  Tray 1: Plain, A4, 90%\n  Tray 2: Ivory, A4, nearly empty\n  Cyan Toner: 42%\n  ");
+
+    const Visit remembered("Office", "CustomType2");
+    expectTop(remembered, kIvory);
+    // The tab is never opened.
+    Visit unseen("Office", "CustomType2");
+    unseen.dialog.isInFront = false;
+    EXPECT_TRUE(waitUntil([&] { return unseen.dialog.tree != nullptr; }));
+    EXPECT_EQ(unseen.tab->marked().at("MediaType").choice, "CustomType2");
+
+    const Visit byDefault("Ivory");
+    expectTop(byDefault, kIvory);
+
+    printer.replaceDocument(documentWith({{"Labels A", "1"}, {"Ivory", "2"}, {"Certificates", "3"}}));
+    const Visit otherOrder("Office", "CustomType3");
+    expectTop(otherOrder, "No tray holds Certificates in A4; Tray 1 holds Plain A4, Tray 2 holds Ivory "
+                          "A4.\nPaper Type: [Certificates]  of 16\n");
+    printer.replaceDocument(documentWith({{"Ivory 120", "2"}, {"Certificates", "3"}, {"Labels A", "1"}}));
+    const Visit renamed("Office", "CustomType2");
+    expectTop(renamed, "Paper Type: [Ivory 120]  of 16\n");
+    printer.replaceDocument(documentWith({{"Certificates", "3"}, {"Labels A", "1"}}));
+    const Visit removed("Office", "CustomType2");
+    expectTop(removed, "Paper Type: [Custom Type 2 (not in the printer\u2019s list)]  of 16\n");
+}
+
+TEST_F(DialogTabTest, showsTheStoredPapersOfAPrinterThatIsOff) {
+    SimulatedPrinter printer({"--no-snmp"}, documentWith(kPapers));
+    addQueue("Office", printer);
+    addQueue("New", printer);
+    beforehand("Office");
+    printer.end();
+    platform::runMainLoopUntil([] { return false; }, std::chrono::milliseconds(1100)); // times are seconds
+    const Visit off("Office", "CustomType2");
+    expectTop(off, std::string("Paper names of TIME; the printer did not answer.\n") + kIvory);
+    const Visit never("New", "CustomType2");
+    expectTop(never, "The printer has not told its paper names.\n"
+                     "Paper Type: [Custom Type 2 (not in the printer\u2019s list)]  of 14\n");
+}
+
+TEST_F(DialogTabTest, waitsASecondForAPrinterThatIsSlowOrBusy) {
+    const SimulatedPrinter printer({"--no-snmp"}, documentWith(kPapers));
+    addGatedQueue("Office", printer);
+    shutGate();
+    Visit slow("Office", "CustomType2");
+    expectTop(slow, "Asking the printer \u2026\n");
+    expectTop(slow, "The printer has not told its paper names.\n"
+                    "Paper Type: [Custom Type 2 (not in the printer\u2019s list)]  of 14\n");
+    // Two dialogs at once, one question; and not under somebody's hand.
+    const Visit second("Office", "CustomType2");
+    expectTop(second, slow.top());
+    slow.dialog.busy = true;
+    slow.dialog.focused =
+        &**dynamic_cast<const platform::Form&>(*slow.dialog.tree->subviews()[1]->subviews()[0])
+               .menus()
+               .begin();
+    openGate();
+    expectTop(second, kIvory);
+    EXPECT_NE(slow.top(), kIvory);
+    slow.dialog.busy = false;
+    expectTop(slow, kIvory);
+    ASSERT_NE(slow.dialog.focused, nullptr);
+    EXPECT_EQ(dynamic_cast<const platform::Menu&>(*slow.dialog.focused).title().text, "Paper Type:");
+    std::vector<PrintJob> jobs;
+    EXPECT_EQ(system_->jobs("Office", &jobs), std::nullopt);
+    EXPECT_EQ(jobs.size(), 1U);
+
+    // Another job keeps the printer busy.
+    int port = 0;
+    const auto engaged = listenOnLoopback(1, &port); // takes connections, and never ends one
+    const std::string device = "socket://127.0.0.1:" + std::to_string(port);
+    ASSERT_EQ(run({"/usr/sbin/lpadmin", "-p", "Office", "-v", device}).exitCode, 0);
+    int job = 0;
+    const TempFolder folder;
+    const std::string document = folder.write("document.ps", "%!PS-Adobe-3.0\nshowpage\n");
+    ASSERT_EQ(system_->print("Office", document, {}, &job), std::nullopt);
+    ASSERT_TRUE(waitUntil([&] {
+        return system_->jobs("Office", &jobs) == std::nullopt && jobs.back().state == IPP_JSTATE_PROCESSING;
+    }));
+    const Visit busy("Office", "CustomType2");
+    expectTop(busy, std::string("Paper names of TIME; the printer is busy with another job.\n") + kIvory);
+    EXPECT_EQ(system_->cancelJob(job), std::nullopt);
+}
+
+TEST_F(DialogTabTest, tellsTheDialogWhatIsPickedAndUndone) {
+    const SimulatedPrinter printer({"--no-snmp"}, documentWith(kPapers));
+    addQueue("Office", printer);
+    Visit visit("Office");
+    expectTop(visit, "Paper Type: [Plain]  of 16\n");
+    const auto& form = dynamic_cast<const platform::Form&>(*visit.dialog.tree->subviews()[1]->subviews()[0]);
+    const auto pick = [&](const std::string& title, const std::string& choice) {
+        for (const auto& menu : form.menus())
+            for (std::size_t i = 0; menu->title().text == title && i < menu->entries().size(); ++i)
+                if (menu->entries()[i].title == choice) return menu->pick(i);
+        return false;
+    };
+    EXPECT_EQ(form.menus().front()->title().withMarker('_'), "Paper _Type:") << "the dialog has p";
+    EXPECT_EQ(form.menus().front()->entries()[3], (platform::MenuEntry{"", "", false, true}));
+    EXPECT_FALSE(form.menus().front()->pick(3)) << "a line";
+    EXPECT_TRUE(pick("Paper Type:", "Ivory"));
+    EXPECT_EQ(visit.dialog.options["MediaType"], "CustomType2");
+    EXPECT_EQ(visit.top(), kIvory) << "which is in the tray";
+    EXPECT_TRUE(pick("Paper Type:", "Certificates"));
+    const std::string loaded =
+        "No tray holds Certificates in A4; Tray 1 holds Plain A4, Tray 2 holds Ivory A4.";
+    EXPECT_EQ(visit.top(), loaded + "\nPaper Type: [Certificates]  of 16\n");
+
+    EXPECT_TRUE(pick("Edge to Edge:", "On"));
+    EXPECT_TRUE(pick("Paper Type:", "Transparency"));
+    EXPECT_TRUE(visit.top().starts_with("Edge to Edge changed from On to Off. No tray holds "))
+        << visit.top();
+    EXPECT_NE(visit.top().find("\n<Undo>\n"), std::string::npos);
+    EXPECT_EQ(visit.dialog.options["OVNEdgeToEdge"], "Off");
+    dynamic_cast<platform::Button&>(*visit.dialog.tree->subviews()[0]->subviews()[1]).press();
+    EXPECT_EQ(visit.dialog.options["OVNEdgeToEdge"], "On");
+    EXPECT_EQ(visit.dialog.options["MediaType"], "CustomType3");
+    EXPECT_EQ(visit.dialog.focused, form.menus().front().get());
+
+    visit.tab->optionChanged("MediaType", "CustomType2");
+    EXPECT_EQ(visit.top(), kIvory);
+    visit.tab->printerSelected("");
+    EXPECT_EQ(visit.top(), "(no tab)");
+    EXPECT_TRUE(visit.tab->marked().empty());
+}
+
+} // namespace
+} // namespace orvan
