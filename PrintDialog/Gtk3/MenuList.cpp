@@ -11,6 +11,11 @@ namespace {
 constexpr int kListHeight = 240; // pixels
 constexpr int kListWidth = 280;  // pixels
 constexpr int kGap = 6;          // pixels
+constexpr std::size_t kRowsAbove = 6;
+
+struct FreePath {
+    void operator()(GtkTreePath* path) const { gtk_tree_path_free(path); }
+};
 
 // As letters are compared when it does not matter how they are written.
 std::string folded(const std::string& text) {
@@ -50,8 +55,7 @@ MenuList::MenuList(platform::Menu& menu)
     gtk_container_add(GTK_CONTAINER(button_), face);
     gtk_widget_show_all(face);
     atk_object_set_role(gtk_widget_get_accessible(GTK_WIDGET(button_)), ATK_ROLE_COMBO_BOX);
-    popover_ = GTK_POPOVER(gtk_popover_new(GTK_WIDGET(button_)));
-    gtk_menu_button_set_popover(button_, GTK_WIDGET(popover_));
+    makeList();
     connections_.push_back(
         std::make_unique<SignalConnection>(button_, "toggled", G_CALLBACK(onOpened), this));
 }
@@ -67,14 +71,14 @@ void MenuList::show(const std::vector<platform::MenuEntry>& entries, std::option
     selected_ = selected;
     const char* const title = selected_ ? entries_[*selected_].title.c_str() : "";
     gtk_label_set_text(label_, title);
-    gtk_widget_set_tooltip_text(GTK_WIDGET(button_), title);
+    gtk_widget_set_tooltip_text(GTK_WIDGET(button_), title); // it may be a long one
     atk_object_set_name(gtk_widget_get_accessible(GTK_WIDGET(button_)), title);
 }
 
 void MenuList::onOpened(GtkToggleButton* button, MenuList* self) {
     if (gtk_toggle_button_get_active(button) == FALSE) return;
     guarded([self] {
-        if (self->list_ == nullptr) self->makeList();
+        gtk_widget_set_visible(GTK_WIDGET(self->search_), self->menu_.isLong() ? TRUE : FALSE);
         gtk_entry_set_text(GTK_ENTRY(self->search_), "");
         self->fill();
         gtk_widget_grab_focus(self->menu_.isLong() ? GTK_WIDGET(self->search_) : GTK_WIDGET(self->list_));
@@ -93,9 +97,10 @@ void MenuList::makeList() {
     gtk_container_add(GTK_CONTAINER(scroller), GTK_WIDGET(list_));
     gtk_box_pack_start(GTK_BOX(box), GTK_WIDGET(search_), FALSE, FALSE, 0);
     gtk_box_pack_start(GTK_BOX(box), scroller, TRUE, TRUE, 0);
+    popover_ = GTK_POPOVER(gtk_popover_new(GTK_WIDGET(button_)));
     gtk_container_add(GTK_CONTAINER(popover_), box);
+    gtk_menu_button_set_popover(button_, GTK_WIDGET(popover_));
     gtk_widget_show_all(box);
-    gtk_widget_set_visible(GTK_WIDGET(search_), menu_.isLong() ? TRUE : FALSE);
     const auto connect = [this](gpointer object, const char* signal, GCallback handler) {
         connections_.push_back(std::make_unique<SignalConnection>(object, signal, handler, this));
     };
@@ -122,11 +127,15 @@ void MenuList::fill() {
     if (marked) mark(*marked);
 }
 
+// In sight, with what is above it.
 void MenuList::mark(std::size_t row) {
-    GtkTreePath* const path = gtk_tree_path_new_from_indices(static_cast<int>(row), -1);
-    gtk_tree_view_set_cursor(list_, path, nullptr, FALSE);
-    gtk_tree_view_scroll_to_cell(list_, path, nullptr, FALSE, 0, 0);
-    gtk_tree_path_free(path);
+    const auto path = [](std::size_t place) {
+        return std::unique_ptr<GtkTreePath, FreePath>(
+            gtk_tree_path_new_from_indices(static_cast<int>(place), -1));
+    };
+    gtk_tree_view_set_cursor(list_, path(row).get(), nullptr, FALSE);
+    const std::size_t top = row > kRowsAbove ? row - kRowsAbove : 0;
+    gtk_tree_view_scroll_to_cell(list_, path(top).get(), nullptr, TRUE, 0, 0);
 }
 
 void MenuList::onSearch(GtkSearchEntry*, MenuList* self) {

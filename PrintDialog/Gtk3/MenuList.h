@@ -10,7 +10,7 @@
 
 namespace orvan {
 
-// The list is made when it is opened for the first time, and filled anew each time. Letters that are typed
+// The list is filled each time when it is opened. Letters that are typed
 // into its search line leave the entries that contain them; Return picks the marked one. GTK's thread.
 class MenuList final : public MenuControl {
 public:

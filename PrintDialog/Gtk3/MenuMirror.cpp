@@ -14,6 +14,8 @@ namespace {
 
 using Entries = std::vector<platform::MenuEntry>;
 
+// Pixels beside the title: the arrow and the borders of the widest theme that GTK brings.
+constexpr int kArrowWidth = 48;
 // Bytes of a title that wants a tooltip in the list, which a combo box's menu has not.
 constexpr std::size_t kLongTitle = 60;
 
@@ -24,7 +26,10 @@ public:
           widget_(makeWidget()),
           changed_(widget_, "changed", G_CALLBACK(onChanged), this),
           poppedUp_(widget_, "notify::popup-shown", G_CALLBACK(onPopUp), this),
-          scrolled_(widget_, "scroll-event", G_CALLBACK(onScroll), nullptr) {}
+          scrolled_(widget_, "scroll-event", G_CALLBACK(onScroll), nullptr),
+          asked_(widget_, "query-tooltip", G_CALLBACK(onTooltip), this) {
+        gtk_widget_set_has_tooltip(GTK_WIDGET(widget_), TRUE);
+    }
 
     GtkWidget* widget() const override { return GTK_WIDGET(widget_); }
 
@@ -46,8 +51,6 @@ public:
             gtk_combo_box_set_model(widget_, GTK_TREE_MODEL(store.get()));
         }
         gtk_combo_box_set_active(widget_, selected ? static_cast<int>(*selected) : -1);
-        gtk_widget_set_tooltip_text(
-            GTK_WIDGET(widget_), selected ? shown_[*selected].title.c_str() : nullptr);
     }
 
 private:
@@ -64,6 +67,19 @@ private:
     // The wheel scrolls the rows; a control of GTK's would take it for a pick.
     static gboolean onScroll(GtkWidget* combo, GdkEvent* event, gpointer) {
         gtk_propagate_event(gtk_widget_get_parent(combo), event);
+        return TRUE;
+    }
+
+    // The whole title where it does not fit.
+    static gboolean onTooltip(
+        GtkWidget* combo, int, int, gboolean, GtkTooltip* tip, const ComboControl* self) {
+        const platform::MenuEntry* const entry = self->menu_.selectedEntry();
+        if (entry == nullptr) return FALSE;
+        const GObjectRef<PangoLayout> whole(gtk_widget_create_pango_layout(combo, entry->title.c_str()));
+        int width = 0;
+        pango_layout_get_pixel_size(whole.get(), &width, nullptr);
+        if (width + kArrowWidth < gtk_widget_get_allocated_width(combo)) return FALSE;
+        gtk_tooltip_set_text(tip, entry->title.c_str());
         return TRUE;
     }
 
@@ -97,6 +113,7 @@ private:
     SignalConnection changed_;
     SignalConnection poppedUp_;
     SignalConnection scrolled_;
+    SignalConnection asked_;
     std::unique_ptr<SignalConnection> activated_;
     Entries shown_;
     bool isFilled_ = false;

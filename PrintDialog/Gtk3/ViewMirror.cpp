@@ -29,12 +29,24 @@ void announce(GtkWidget* widget, const std::string& text) {
         g_signal_emit_by_name(object, "notification", text.c_str(), kPolite);
 }
 
+// The whole text where it does not fit.
+void tipWhenCut(GtkLabel* label) {
+    const auto query = [](GtkLabel* cut, int, int, gboolean, GtkTooltip* tip, gpointer) -> gboolean {
+        if (pango_layout_is_ellipsized(gtk_label_get_layout(cut)) == FALSE) return FALSE;
+        gtk_tooltip_set_text(tip, gtk_label_get_text(cut));
+        return TRUE;
+    };
+    gtk_label_set_ellipsize(label, PANGO_ELLIPSIZE_END);
+    gtk_widget_set_has_tooltip(GTK_WIDGET(label), TRUE);
+    g_signal_connect(label, "query-tooltip", G_CALLBACK(+query), nullptr);
+}
+
 class TextMirror final : public ViewMirror {
 public:
     explicit TextMirror(const std::shared_ptr<platform::TextField>& field)
         : ViewMirror(field, gtk_label_new(nullptr)), field_(*field), label_(GTK_LABEL(widget())) {
         gtk_label_set_xalign(label_, 0);
-        gtk_label_set_ellipsize(label_, PANGO_ELLIPSIZE_END);
+        tipWhenCut(label_);
         if (!isStatus()) return;
         gtk_label_set_line_wrap(label_, TRUE);
         gtk_label_set_lines(label_, kMostLines);
@@ -49,7 +61,6 @@ private:
         const std::string& text = field_.stringValue();
         if (text == gtk_label_get_text(label_)) return;
         gtk_label_set_text(label_, text.c_str());
-        gtk_widget_set_tooltip_text(widget(), text.c_str());
         if (isStatus() && !text.empty()) announce(widget(), text);
     }
 
@@ -91,7 +102,7 @@ public:
         gtk_widget_set_size_request(bar_, kLevelWidth, -1);
         gtk_widget_set_valign(bar_, GTK_ALIGN_CENTER);
         gtk_label_set_xalign(GTK_LABEL(label_), 0);
-        gtk_label_set_ellipsize(GTK_LABEL(label_), PANGO_ELLIPSIZE_END);
+        tipWhenCut(GTK_LABEL(label_));
         gtk_widget_show(label_);
         gtk_box_pack_start(GTK_BOX(widget()), bar_, FALSE, FALSE, 0);
         gtk_box_pack_start(GTK_BOX(widget()), label_, TRUE, TRUE, 0);
@@ -101,7 +112,6 @@ private:
     void update() override {
         const std::string& text = level_.stringValue();
         gtk_label_set_text(GTK_LABEL(label_), text.c_str());
-        gtk_widget_set_tooltip_text(label_, text.c_str());
         atk_object_set_name(gtk_widget_get_accessible(bar_), text.c_str());
         gtk_widget_set_visible(bar_, level_.percent() ? TRUE : FALSE);
         if (level_.percent()) gtk_level_bar_set_value(GTK_LEVEL_BAR(bar_), *level_.percent());
@@ -187,6 +197,7 @@ class ScrollMirror final : public BoxMirror {
 public:
     explicit ScrollMirror(const std::shared_ptr<platform::ScrollView>& scroll)
         : BoxMirror(scroll, gtk_scrolled_window_new(nullptr, nullptr), GTK_ORIENTATION_VERTICAL) {
+        gtk_widget_set_can_focus(widget(), FALSE); // the controls in it have the keyboard
         gtk_container_add(GTK_CONTAINER(widget()), GTK_WIDGET(box()));
     }
 };
@@ -194,14 +205,19 @@ public:
 class DisclosureMirror final : public BoxMirror {
 public:
     explicit DisclosureMirror(const std::shared_ptr<platform::Disclosure>& disclosure)
-        : BoxMirror(disclosure, gtk_expander_new_with_mnemonic(""), GTK_ORIENTATION_VERTICAL),
+        : BoxMirror(disclosure, gtk_expander_new(nullptr), GTK_ORIENTATION_VERTICAL),
           disclosure_(*disclosure),
           expander_(GTK_EXPANDER(widget())),
+          label_(GTK_LABEL(gtk_label_new(nullptr))),
           expanded_(expander_, "notify::expanded", G_CALLBACK(onExpanded), &disclosure_) {
         gtk_box_set_spacing(box(), kRowSpacing);
         gtk_widget_set_margin_start(GTK_WIDGET(box()), kIndent);
+        gtk_widget_set_margin_top(GTK_WIDGET(box()), kRowSpacing);
         gtk_container_add(GTK_CONTAINER(expander_), GTK_WIDGET(box()));
-        gtk_expander_set_spacing(expander_, kRowSpacing);
+        gtk_widget_show(GTK_WIDGET(label_));
+        gtk_expander_set_label_widget(expander_, GTK_WIDGET(label_));
+        // An expander as wide as its line has its title at the line's end where lines begin on the right.
+        gtk_widget_set_halign(widget(), GTK_ALIGN_START);
     }
 
     GtkWidget* control() const override { return widget(); }
@@ -215,7 +231,7 @@ private:
     }
 
     void update() override {
-        gtk_expander_set_label(expander_, disclosure_.title().withMarker('_').c_str());
+        gtk_label_set_text_with_mnemonic(label_, disclosure_.title().withMarker('_').c_str());
         gtk_expander_set_expanded(expander_, disclosure_.isUnfolded() ? TRUE : FALSE);
         // What is folded away is not there for assistive technology either.
         gtk_widget_set_visible(GTK_WIDGET(box()), disclosure_.isUnfolded() ? TRUE : FALSE);
@@ -224,6 +240,7 @@ private:
 
     platform::Disclosure& disclosure_;
     GtkExpander* expander_;
+    GtkLabel* label_;
     SignalConnection expanded_;
 };
 
@@ -255,7 +272,7 @@ private:
     void attach(const Row& row, int place) {
         GtkWidget* const label = GTK_WIDGET(row.label);
         gtk_label_set_xalign(row.label, 0);
-        gtk_label_set_ellipsize(row.label, PANGO_ELLIPSIZE_END);
+        tipWhenCut(row.label);
         gtk_widget_set_hexpand(row.menu->widget(), TRUE);
         gtk_grid_attach(GTK_GRID(widget()), row.menu->widget(), 1, place, 1, 1);
         gtk_grid_attach(GTK_GRID(widget()), label, 0, place, 1, 1);
@@ -268,7 +285,6 @@ private:
             // It names the control for assistive technology as well.
             gtk_label_set_text_with_mnemonic(row.label, menu.title().withMarker('_').c_str());
             gtk_label_set_mnemonic_widget(row.label, row.menu->control());
-            gtk_widget_set_tooltip_text(GTK_WIDGET(row.label), menu.title().text.c_str());
             gtk_widget_set_visible(GTK_WIDGET(row.label), menu.isHidden() ? FALSE : TRUE);
         }
     }

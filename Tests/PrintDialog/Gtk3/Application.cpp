@@ -173,6 +173,17 @@ std::map<std::string, GtkComboBox*> OpenDialog::popUps() const {
     return popUps;
 }
 
+GtkMenuButton* OpenDialog::longMenuOf(const std::string& label) const {
+    GtkMenuButton* found = nullptr;
+    forEach(frontPage(), [&](GtkWidget* widget) {
+        if (!GTK_IS_LABEL(widget) || !gtk_widget_get_mapped(widget)) return;
+        GtkWidget* const named = gtk_label_get_mnemonic_widget(GTK_LABEL(widget));
+        if (GTK_IS_MENU_BUTTON(named) && label == gtk_label_get_text(GTK_LABEL(widget)))
+            found = GTK_MENU_BUTTON(named);
+    });
+    return found;
+}
+
 std::vector<std::string> OpenDialog::choicesOf(const std::string& label) const {
     const auto all = popUps();
     return all.contains(label) ? rowsOf(gtk_combo_box_get_model(all.at(label))) : std::vector<std::string>();

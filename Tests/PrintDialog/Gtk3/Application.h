@@ -50,6 +50,8 @@ public:
 
     // The pop-ups of the front tab, each by the text of its label.
     std::map<std::string, GtkComboBox*> popUps() const;
+    // The button that opens the list of a pop-up that has many choices; null when there is none.
+    GtkMenuButton* longMenuOf(const std::string& label) const;
     std::string shownIn(const std::string& label) const;
     std::vector<std::string> choicesOf(const std::string& label) const;
     // Picks an entry of a pop-up of the front tab.
@@ -68,9 +70,9 @@ public:
     // accepted.
     std::string print(const std::filesystem::path& file);
 
-private:
     GtkWidget* frontPage() const;
 
+private:
     GtkPrintUnixDialog* dialog_;
 };
 

@@ -261,6 +261,106 @@ TEST_F(PaperOptionsTab, isReachedByTheKeyboardAndNamedForAssistiveTechnology) {
     });
 }
 
+// The names of the controls below an object that can be seen, in the order in which assistive technology has
+// them.
+void collectControls(AtkObject* object, std::vector<std::string>& names) {
+    AtkStateSet* const states = atk_object_ref_state_set(object);
+    const bool isShowing = atk_state_set_contains_state(states, ATK_STATE_SHOWING) != FALSE;
+    const bool isCombo = atk_object_get_role(object) == ATK_ROLE_COMBO_BOX;
+    const bool isControl = isCombo || atk_state_set_contains_state(states, ATK_STATE_FOCUSABLE) != FALSE;
+    g_object_unref(states);
+    if (!isShowing) return;
+    if (isControl) {
+        const char* const name = atk_object_get_name(object);
+        names.emplace_back(name != nullptr ? name : "");
+    }
+    for (int i = 0; !isCombo && i < atk_object_get_n_accessible_children(object); ++i) {
+        AtkObject* const child = atk_object_ref_accessible_child(object, i);
+        collectControls(child, names);
+        g_object_unref(child);
+    }
+}
+
+TEST_F(PaperOptionsTab, hasItsControlsInTheOrderOfTheScreenForAssistiveTechnology) {
+    inApplication([] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        dialog.pick("Edge to Edge:", "On");
+        dialog.pick("Paper Type:", "Transparency");
+        const std::vector<std::string> expected{"Undo", "Transparency", "None", "Automatic",
+            "Same as Document", "Use Printer Setting", "Automatic", "Off", "Details"};
+        std::vector<std::string> names;
+        EXPECT_TRUE(waitUntil([&] {
+            names.clear();
+            collectControls(gtk_widget_get_accessible(dialog.frontPage()), names);
+            return names == expected;
+        })) << ::testing::PrintToString(names);
+    });
+}
+
+TEST_F(PaperOptionsTab, searchesAmongManyPapers) {
+    DerivedPPD ppd;
+    std::string choices;
+    for (int i = 1; i <= 300; ++i)
+        choices.append("*MediaType Extra")
+            .append(std::to_string(i))
+            .append("/Paper ")
+            .append(std::to_string(i))
+            .append(": \"\"\n");
+    ppd.replace("*CloseUI: *MediaType", choices + "*CloseUI: *MediaType");
+    ASSERT_EQ(desktop_.printing->addQueue({.name = "Many", .ppdFile = ppd.file()}), std::nullopt);
+    inApplication([this] {
+        OpenDialog dialog(Settings{{"printer", "Many"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        const auto list = [&] { return dialog.longMenuOf("Paper Type:"); };
+        ASSERT_TRUE(waitUntil([&] { return list() != nullptr; }));
+        EXPECT_EQ(atk_object_get_role(gtk_widget_get_accessible(GTK_WIDGET(list()))), ATK_ROLE_COMBO_BOX);
+        gtk_button_clicked(GTK_BUTTON(list()));
+        GtkWidget* const search = gtk_window_get_focus(GTK_WINDOW(dialog.dialog()));
+        ASSERT_TRUE(GTK_IS_SEARCH_ENTRY(search)) << "what is typed is searched for";
+        gtk_entry_set_text(GTK_ENTRY(search), "pAPER 27");
+        dialog.keepPicture("search");
+        g_signal_emit_by_name(search, "activate");
+        EXPECT_TRUE(dialog.says("Paper 27"));
+        EXPECT_EQ(gtk_window_get_focus(GTK_WINDOW(dialog.dialog())), GTK_WIDGET(list()));
+        EXPECT_EQ(gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(list())), FALSE);
+        EXPECT_EQ(dialog.print(document_), "");
+    });
+    EXPECT_EQ(option("MediaType", "Many"), "Extra27");
+}
+
+// With a name of 200 letters, on the smallest screen and with large letters.
+TEST_F(PaperOptionsTab, makesTheDialogNoLarger) {
+    DerivedPPD ppd;
+    ppd.replace("MediaType Bond/Bond", "MediaType Bond/" + std::string(70, 'W'));
+    ASSERT_EQ(desktop_.printing->addQueue({.name = "Long", .ppdFile = ppd.file()}), std::nullopt);
+    const TempFolder folder;
+    const auto sizes = [&folder](bool withTab) {
+        std::ofstream file(folder.path() / (withTab ? "with" : "without"));
+        for (const char* const font : {"Sans 10", "Sans 20"}) {
+            g_object_set(gtk_settings_get_default(), "gtk-font-name", font, nullptr);
+            OpenDialog dialog(Settings{{"printer", "Long"}, {"cups-MediaType", "Bond"}});
+            if (withTab) {
+                ASSERT_TRUE(dialog.waitForTab(kTab));
+                dialog.openTab(kTab);
+                ASSERT_TRUE(waitUntil([&] { return dialog.says("Edge to Edge:"); }));
+                dialog.unfold();
+            }
+            letPass(std::chrono::milliseconds(300)); // for a dialog that would grow
+            int width = 0;
+            int height = 0;
+            gtk_window_get_size(GTK_WINDOW(dialog.dialog()), &width, &height);
+            file << width << " x " << height << '\n';
+        }
+    };
+    inApplication([&] { sizes(false); }, {"ORVAN_PAPER_OPTIONS=off"});
+    inApplication([&] { sizes(true); });
+    EXPECT_EQ(contents(folder.path() / "with"), contents(folder.path() / "without"));
+    EXPECT_NE(contents(folder.path() / "with"), "");
+}
+
 TEST_F(PaperOptionsTab, speaksThePersonsLanguage) {
     inApplication(
         [] {
