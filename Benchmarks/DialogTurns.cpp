@@ -65,31 +65,55 @@ int tabNamed(GtkNotebook* tabs, const char* name) {
     return -1;
 }
 
-// Picks the choice in the first pop-up that has it, and says so with true.
-bool pickIn(GtkWidget* widget) {
-    if (GTK_IS_COMBO_BOX(widget)) {
-        GtkTreeModel* const model = gtk_combo_box_get_model(GTK_COMBO_BOX(widget));
-        if (model == nullptr || gtk_tree_model_get_column_type(model, 0) != G_TYPE_STRING) return false;
-        GtkTreeIter row;
-        for (gboolean is = gtk_tree_model_get_iter_first(model, &row); is != FALSE;
-             is = gtk_tree_model_iter_next(model, &row)) {
-            char* text = nullptr;
-            gtk_tree_model_get(model, &row, 0, &text, -1);
-            const bool isIt = text != nullptr && std::strcmp(text, run.choice) == 0;
-            g_free(text);
-            if (!isIt) continue;
-            gtk_combo_box_set_active_iter(GTK_COMBO_BOX(widget), &row);
-            return true;
-        }
-        return false;
+// The row of the choice in a list of titles; false when there is none.
+bool findChoice(GtkTreeModel* model, GtkTreeIter* row) {
+    if (model == nullptr || gtk_tree_model_get_column_type(model, 0) != G_TYPE_STRING) return false;
+    for (gboolean is = gtk_tree_model_get_iter_first(model, row); is != FALSE;
+         is = gtk_tree_model_iter_next(model, row)) {
+        char* text = nullptr;
+        gtk_tree_model_get(model, row, 0, &text, -1);
+        const bool isIt = text != nullptr && std::strcmp(text, run.choice) == 0;
+        g_free(text);
+        if (isIt) return true;
     }
-    if (!GTK_IS_CONTAINER(widget)) return false;
+    return false;
+}
+
+bool pickIn(GtkWidget* widget);
+
+bool pickBelow(GtkWidget* widget) {
     bool isPicked = false;
     GList* const children = gtk_container_get_children(GTK_CONTAINER(widget));
     for (GList* child = children; child != nullptr && !isPicked; child = child->next)
         isPicked = pickIn(GTK_WIDGET(child->data));
     g_list_free(children);
     return isPicked;
+}
+
+// Picks the choice in the first pop-up that has it, and says so with true. A list of a button is opened for
+// it.
+bool pickIn(GtkWidget* widget) {
+    GtkTreeIter row;
+    if (GTK_IS_COMBO_BOX(widget)) {
+        const bool isThere = findChoice(gtk_combo_box_get_model(GTK_COMBO_BOX(widget)), &row);
+        if (isThere) gtk_combo_box_set_active_iter(GTK_COMBO_BOX(widget), &row);
+        return isThere;
+    }
+    if (GTK_IS_TREE_VIEW(widget)) {
+        GtkTreeModel* const model = gtk_tree_view_get_model(GTK_TREE_VIEW(widget));
+        if (!findChoice(model, &row)) return false;
+        GtkTreePath* const path = gtk_tree_model_get_path(model, &row);
+        gtk_tree_view_set_cursor(GTK_TREE_VIEW(widget), path, nullptr, FALSE);
+        gtk_tree_view_row_activated(
+            GTK_TREE_VIEW(widget), path, gtk_tree_view_get_column(GTK_TREE_VIEW(widget), 0));
+        gtk_tree_path_free(path);
+        return true;
+    }
+    if (GTK_IS_MENU_BUTTON(widget)) {
+        gtk_button_clicked(GTK_BUTTON(widget));
+        return pickBelow(GTK_WIDGET(gtk_menu_button_get_popover(GTK_MENU_BUTTON(widget))));
+    }
+    return GTK_IS_CONTAINER(widget) && pickBelow(widget);
 }
 
 gboolean pick(gpointer dialog) {

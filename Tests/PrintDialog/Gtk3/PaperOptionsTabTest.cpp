@@ -362,12 +362,34 @@ TEST_F(PaperOptionsTab, makesTheDialogNoLarger) {
 }
 
 TEST_F(PaperOptionsTab, speaksThePersonsLanguage) {
-    inApplication(
-        [] {
+    constexpr std::array<std::pair<const char*, const char*>, 2> kLanguages{
+        {{"de_DE.UTF-8", "Papieroptionen"}, {"ja_JP.UTF-8", "\u7528\u7d19\u30aa\u30d7\u30b7\u30e7\u30f3"}}};
+    for (const auto& [locale, tab] : kLanguages) {
+        const auto body = [&] {
             OpenDialog dialog(Settings{{"printer", "Office"}});
-            EXPECT_TRUE(dialog.waitForTab("Papieroptionen"));
-        },
-        {"LC_ALL=de_DE.UTF-8"});
+            ASSERT_TRUE(dialog.waitForTab(tab));
+            dialog.openTab(tab);
+            dialog.keepPicture(locale);
+        };
+        inApplication(body, {std::string("LC_ALL=") + locale});
+    }
+}
+
+// Where lines begin on the right.
+TEST_F(PaperOptionsTab, isMirroredWithTheDialog) {
+    inApplication([] {
+        gtk_widget_set_default_direction(GTK_TEXT_DIR_RTL);
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        ASSERT_TRUE(waitUntil([&] { return dialog.popUps().size() == labels().size(); }));
+        dialog.keepPicture("mirrored");
+        for (const auto& [label, popUp] : dialog.popUps()) {
+            int x = 0;
+            gtk_widget_translate_coordinates(GTK_WIDGET(popUp), dialog.frontPage(), 0, 0, &x, nullptr);
+            EXPECT_LT(x, gtk_widget_get_allocated_width(dialog.frontPage()) / 2) << label;
+        }
+    });
 }
 
 TEST_F(PaperOptionsTab, canBeSwitchedOff) {
