@@ -79,7 +79,7 @@ void DialogAttachment::accepted() {
 }
 
 void DialogAttachment::showTab(const std::string& title, std::shared_ptr<platform::View> tree) {
-    page_.appear(title, std::move(tree));
+    page_.appear(title, tree);
 }
 
 void DialogAttachment::treeChanged() {

@@ -47,7 +47,7 @@ void TabPage::ensureWidgets() {
     gtk_widget_hide(GTK_WIDGET(page_));
 }
 
-void TabPage::appear(const std::string& name, std::shared_ptr<platform::View> view) {
+void TabPage::appear(const std::string& name, const std::shared_ptr<platform::View>& view) {
     ensureWidgets();
     gtk_label_set_text(name_, name.c_str());
     mirror_ = mirrorOf(view);

@@ -25,7 +25,7 @@ public:
 
     // Shows the tab under the name, with the view. It comes as soon as the dialog has the size that it asked
     // for: a dialog that changes while it is still being resized is drawn too small once, and GTK complains.
-    void appear(const std::string& name, std::shared_ptr<platform::View> view);
+    void appear(const std::string& name, const std::shared_ptr<platform::View>& view);
     // Hides the tab and lets go of the view's mirror.
     void disappear();
     bool isInFront() const;

@@ -362,16 +362,20 @@ TEST_F(PaperOptionsTab, makesTheDialogNoLarger) {
 }
 
 TEST_F(PaperOptionsTab, speaksThePersonsLanguage) {
-    constexpr std::array<std::pair<const char*, const char*>, 2> kLanguages{
+    struct Language {
+        const char* locale;
+        const char* tab;
+    };
+    constexpr std::array<Language, 2> kLanguages{
         {{"de_DE.UTF-8", "Papieroptionen"}, {"ja_JP.UTF-8", "\u7528\u7d19\u30aa\u30d7\u30b7\u30e7\u30f3"}}};
-    for (const auto& [locale, tab] : kLanguages) {
-        const auto body = [&] {
+    for (const Language& language : kLanguages) {
+        const auto body = [&language] {
             OpenDialog dialog(Settings{{"printer", "Office"}});
-            ASSERT_TRUE(dialog.waitForTab(tab));
-            dialog.openTab(tab);
-            dialog.keepPicture(locale);
+            ASSERT_TRUE(dialog.waitForTab(language.tab));
+            dialog.openTab(language.tab);
+            dialog.keepPicture(language.locale);
         };
-        inApplication(body, {std::string("LC_ALL=") + locale});
+        inApplication(body, {std::string("LC_ALL=") + language.locale});
     }
 }
 
