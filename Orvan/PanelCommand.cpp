@@ -245,7 +245,8 @@ int runPanel(const PanelArguments& arguments) {
     const auto bundle = platform::Bundle::open(paperOptionsBundleFolder(), error);
     if (bundle == nullptr) return cannot(*error);
     const InterruptionGuard guard; // the panel asks the printer when it is created
-    PaperNames::Start start{.stored = storedAnswers(ppd->record()),
+    PaperNames::Start start{.language = ppd->language(),
+        .stored = storedAnswers(ppd->record()),
         .hasCommands = ppdFindAttr(ppd->record(), "cupsCommands", nullptr) != nullptr};
     panel.session = PanelSession::create(bundle, std::move(ppd), panel.printer, error);
     if (panel.session != nullptr && panel.printer != nullptr)

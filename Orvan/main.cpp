@@ -21,7 +21,9 @@ bool hasNoReader() {
 } // namespace
 
 int main(int argc, char** argv) {
-    std::setlocale(LC_ALL, "");
+    // The commands speak English and write numbers that programs read; characters and times are the person's.
+    std::setlocale(LC_CTYPE, "");
+    std::setlocale(LC_TIME, "");
     const orvan::TerminalEncoding output(std::cout, STDOUT_FILENO);
     const orvan::TerminalEncoding errors(std::cerr, STDERR_FILENO);
     try {

@@ -5,14 +5,17 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <system_error>
 #include <utility>
 
 namespace platform {
 namespace {
 
 constexpr std::string_view kDevelopmentLanguage = "en";
+constexpr const char* kLanguageFolder = ".lproj";
 
 std::optional<std::string> readFile(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
@@ -77,7 +80,7 @@ std::unique_ptr<PDEPlugin> Bundle::createPrincipalClass(Failure& error) const {
 }
 
 std::shared_ptr<View> Bundle::loadView(std::string_view name, const ViewOwner& owner, Failure& error) const {
-    const std::filesystem::path file = folder_ / "Contents" / "Resources" / (std::string(name) + ".view");
+    const std::filesystem::path file = resources() / (std::string(name) + ".view");
     const std::optional<std::string> bytes = readFile(file);
     if (!bytes) return refuse(error, "cannot read the view resource " + file.string());
     ViewResource resource;
@@ -93,20 +96,35 @@ std::shared_ptr<View> Bundle::loadView(std::string_view name, const ViewOwner& o
     return resource.root;
 }
 
-const PropertyList& Bundle::stringTable() const {
-    if (stringTable_) return *stringTable_;
-    std::vector<std::string> languages = preferredLanguages();
+std::vector<std::string> Bundle::languages() const {
+    std::vector<std::string> languages;
+    std::error_code problem;
+    for (const auto& entry : std::filesystem::directory_iterator(resources(), problem))
+        if (entry.path().extension() == kLanguageFolder) languages.push_back(entry.path().stem());
+    std::ranges::sort(languages);
+    return languages;
+}
+
+std::shared_ptr<Bundle> Bundle::inLanguage(const std::string& language) const {
+    std::shared_ptr<Bundle> bundle(new Bundle(folder_, info_));
+    bundle->language_ = language;
+    return bundle;
+}
+
+PropertyList Bundle::readStringTable() const {
+    std::vector<std::string> languages = language_.empty() ? preferredLanguages() : std::vector{language_};
     languages.emplace_back(kDevelopmentLanguage);
     for (const std::string& language : languages) {
         Failure problem;
-        const auto file = folder_ / "Contents" / "Resources" / (language + ".lproj") / "Localizable.strings";
-        if (auto table = readDictionary(file, problem)) return stringTable_.emplace(std::move(*table));
+        const auto file = resources() / (language + kLanguageFolder) / "Localizable.strings";
+        if (auto table = readDictionary(file, problem)) return std::move(*table);
     }
-    return stringTable_.emplace(PropertyList::Dictionary{});
+    return PropertyList::Dictionary{};
 }
 
 std::string Bundle::localizedString(std::string_view key) const {
-    const std::string* const text = stringTable().findString(key);
+    std::call_once(stringTableIsRead_, [this] { stringTable_ = readStringTable(); });
+    const std::string* const text = stringTable_.findString(key);
     return text != nullptr ? *text : std::string(key);
 }
 

@@ -10,9 +10,11 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace platform {
 
@@ -49,17 +51,27 @@ public:
     std::shared_ptr<View> loadView(
         std::string_view name, const ViewOwner& owner, Failure& error = ignoredFailure()) const;
 
+    // The languages that the bundle has a folder Resources/LANGUAGE.lproj for, in alphabetical order.
+    std::vector<std::string> languages() const;
+    // The same bundle with its texts in that language, whatever the person's are; in English where it does
+    // not have it.
+    std::shared_ptr<Bundle> inLanguage(const std::string& language) const;
+
     // The text of a key of Resources/LANGUAGE.lproj/Localizable.strings in the first of the person's
-    // languages that the bundle has, or in English; the key itself when the table has no such entry.
+    // languages that the bundle has, or in English; the key itself when the table has no such entry. Any
+    // thread.
     std::string localizedString(std::string_view key) const;
 
 private:
     Bundle(std::filesystem::path folder, PropertyList info);
-    const PropertyList& stringTable() const;
+    std::filesystem::path resources() const { return folder_ / "Contents" / "Resources"; }
+    PropertyList readStringTable() const;
 
     std::filesystem::path folder_;
     PropertyList info_;
-    mutable std::optional<PropertyList> stringTable_; // read when first asked for
+    std::string language_; // "" for the person's
+    mutable std::once_flag stringTableIsRead_;
+    mutable PropertyList stringTable_;
 };
 
 } // namespace platform

@@ -2,11 +2,18 @@
 
 #include "Common/PPDUtilities.h"
 #include "Formats/TextEncoding.h"
+#include "Platform/FileDescriptor.h"
+#include "Platform/UserDefaults.h"
+#include "PrintDialog/Host/HostText.h"
+#include "PrintDialog/Host/PPDTitles.h"
 
 #include <cups/cups.h>
 #include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
@@ -49,14 +56,61 @@ std::string nameOf(const std::filesystem::path& file) {
     return "the PPD file " + file.string();
 }
 
+// What is wrong with a PPD, in the order of ppd_status_t; libcups has words for it in the process's locale
+// only.
+constexpr std::array<const char*, PPD_MAX_STATUS> kProblems{
+    "nothing is wrong",
+    "it cannot be opened",
+    "there is no file",
+    "there is not enough memory",
+    "its first line is not *PPD-Adobe: \"4.x\"",
+    "a value is missing",
+    "libcups gave up",
+    "an *OpenGroup is damaged",
+    "an *OpenGroup is within another",
+    "an *OpenUI is damaged",
+    "an *OpenUI is within another",
+    "an *OrderDependency is damaged",
+    "a *UIConstraints is damaged",
+    "a line does not begin with *",
+    "a line is longer than 255 characters",
+    "there is a control character",
+    "a main keyword is damaged",
+    "an option keyword is damaged",
+    "a title is damaged",
+    "there is white space in the wrong place",
+    "a custom parameter is damaged",
+    "an option keyword is missing",
+    "a value is damaged",
+    "a *CloseGroup is missing",
+    "a *CloseUI is damaged",
+    "a *CloseUI is missing",
+};
+
+// What a descriptor has until its end, to be read more than once. None, and errno, when it cannot be read.
+platform::FileDescriptor copyInMemory(int descriptor) {
+    platform::FileDescriptor memory(::memfd_create("ppd", MFD_CLOEXEC));
+    std::array<char, 16384> buffer{};
+    while (memory) {
+        const ssize_t count = ::read(descriptor, buffer.data(), buffer.size());
+        if (count == 0) break;
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0 || ::write(memory.get(), buffer.data(), static_cast<std::size_t>(count)) != count)
+            return {};
+    }
+    if (memory) ::lseek(memory.get(), 0, SEEK_SET);
+    return memory;
+}
+
 bool isPaperSize(std::string_view keyword) {
     return keyword == kPageSizeOption || keyword == "PageRegion";
 }
 
 } // namespace
 
-DialogPPD::DialogPPD(ppd_file_t* record) : record_(record) {
-    ppdLocalize(record);
+DialogPPD::DialogPPD(ppd_file_t* record, int descriptor)
+    : record_(record), language_(languageOf(*record, platform::preferredLanguages(), hostLanguages())) {
+    setTitles(*record, language_, descriptor);
     ppdMarkDefaults(record);
     for (const ppd_option_t* option = ppdFirstOption(record); option != nullptr;
          option = ppdNextOption(record))
@@ -67,19 +121,15 @@ DialogPPD::DialogPPD(ppd_file_t* record) : record_(record) {
         }
 }
 
-// Of what libcups has just opened, or not.
+// Of a file.
 std::unique_ptr<DialogPPD> DialogPPD::create(
-    ppd_file_t* record, const std::string& name, platform::Failure& error) {
-    if (record != nullptr) return std::unique_ptr<DialogPPD>(new DialogPPD(record));
+    int descriptor, const std::string& name, platform::Failure& error) {
+    // libcups closes what it reads.
+    ppd_file_t* const record = ppdOpenFd(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+    if (record != nullptr) return std::unique_ptr<DialogPPD>(new DialogPPD(record, descriptor));
     int line = 0;
-    const int openError = errno;
-    const ppd_status_t problem = ppdLastError(&line);
-    std::string why = std::strerror(openError);
-    if (problem != PPD_FILE_OPEN_ERROR) {
-        why = ppdErrorString(problem);
-        why.append(" (line ").append(std::to_string(line)).append(")");
-    }
-    error = cannotRead(name, why);
+    const std::string why = kProblems.at(ppdLastError(&line));
+    error = cannotRead(name, why + " (line " + std::to_string(line) + ")");
     return nullptr;
 }
 
@@ -95,13 +145,17 @@ std::unique_ptr<DialogPPD> DialogPPD::open(const std::filesystem::path& file, pl
     // A pipe might never be written to.
     if (status == std::error_code() && type != std::filesystem::file_type::regular)
         return refuse("it is no regular file");
-    return create(ppdOpenFile(file.c_str()), nameOf(file), error);
+    const platform::FileDescriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!descriptor) return refuse(std::strerror(errno));
+    return create(descriptor.get(), nameOf(file), error);
 }
 
 std::unique_ptr<DialogPPD> DialogPPD::read(
     int descriptor, const std::string& name, platform::Failure& error) {
-    // libcups closes what it reads.
-    return create(ppdOpenFd(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0)), name, error);
+    const platform::FileDescriptor memory = copyInMemory(descriptor);
+    if (memory) return create(memory.get(), name, error);
+    error = cannotRead(name, std::strerror(errno));
+    return nullptr;
 }
 
 bool DialogPPD::hasChoice(const std::string& option, const std::string& choice) {

@@ -42,14 +42,17 @@ struct MarkResult {
 // more can be marked all the same; it takes part in no conflicts.
 class DialogPPD {
 public:
-    // Opens the file, translates its titles into the language of the process's locale and marks its defaults.
-    // Null, and a message for people in `error`, when the file cannot be read as a PPD.
+    // Opens the file, gives it the titles of language() and marks its defaults. Null, and a message for
+    // people in `error`, when the file cannot be read as a PPD.
     static std::unique_ptr<DialogPPD> open(const std::filesystem::path& file, platform::Failure& error);
     // The same for what a descriptor has, which may be a pipe and is waited for; it stays open. `name` is
     // what messages call it: "the PPD on standard input".
     static std::unique_ptr<DialogPPD> read(int descriptor, const std::string& name, platform::Failure& error);
 
     ppd_file_t* record() { return record_.get(); }
+    // The language of the titles, and so of all that stands beside them: the first of the person's that both
+    // the PPD and the host's texts have, otherwise the PPD's own.
+    const std::string& language() const { return language_; }
 
     bool hasChoice(const std::string& option, const std::string& choice);
     // The keyword of the option's marked choice, or of its default when none is marked; "" for neither and
@@ -88,15 +91,16 @@ private:
     struct Close {
         void operator()(ppd_file_t* ppd) const { ppdClose(ppd); }
     };
-    explicit DialogPPD(ppd_file_t* record);
+    DialogPPD(ppd_file_t* record, int descriptor);
     static std::unique_ptr<DialogPPD> create(
-        ppd_file_t* record, const std::string& name, platform::Failure& error);
+        int descriptor, const std::string& name, platform::Failure& error);
     bool markOne(const std::string& option, const std::string& choice);
     Marks conflictsOf(const std::string& option, const std::string& choice) const;
     Marks allConflicts() const;
     MarkResult resolve(const Marks& before, const std::string* option, const std::string* choice);
 
     std::unique_ptr<ppd_file_t, Close> record_;
+    std::string language_;
     std::map<std::string, Marks> titlesInFile_; // of each option: choice to title
     Marks absent_;                              // marked choices that no record has any more
 };

@@ -83,7 +83,8 @@ void DialogTab::queueArrived(std::optional<OpenedQueue> opened, const QueueFailu
 std::unique_ptr<PanelSession> DialogTab::openSession(OpenedQueue opened, Question question) {
     ppd_file_t* const record = opened.ppd->record();
     if (MyCheckPDEContextCUPS(record) != kPDEContextValid) return nullptr;
-    PaperNames::Start start{.stored = storedAnswers(record, kAnswerBudget),
+    PaperNames::Start start{.language = opened.ppd->language(),
+        .stored = storedAnswers(record, kAnswerBudget),
         .hasCommands = ppdFindAttr(record, "cupsCommands", nullptr) != nullptr,
         .asksPrinter = question == Question::asked,
         .isAnswered = question == Question::answered};
@@ -197,8 +198,9 @@ void DialogTab::pickedInPanel(
     writeToDialog(result, option);
     report(result, result.changes.empty() ? "" : result.changes.front().option);
     if (!session_->ppd().isInFile(option, choice))
-        notice_.text = hostText("The driver of this queue cannot name %1 to the printer.",
-            {session_->ppd().choiceTitle(option, choice)});
+        notice_.text =
+            hostText(session_->ppd().language(), "The driver of this queue cannot name “%1” to the printer.",
+                {session_->ppd().choiceTitle(option, choice)});
     updateLine();
 }
 

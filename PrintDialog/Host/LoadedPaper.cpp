@@ -34,9 +34,9 @@ bool isKnown(const Tray& tray) {
     return !tray.mediaType.empty() && !tray.pageSize.empty() && tray.level.percent;
 }
 
-std::string contentsOf(const Tray& tray) {
-    return tray.level.isEmpty() ? hostText("%1 is empty", {tray.name})
-                                : hostText("%1 holds %2 %3", {tray.name, tray.paper, tray.size});
+std::string contentsOf(const Tray& tray, const std::string& language) {
+    return tray.level.isEmpty() ? hostText(language, "%1 is empty", {tray.name})
+                                : hostText(language, "%1 holds “%2” %3", {tray.name, tray.paper, tray.size});
 }
 
 } // namespace
@@ -51,9 +51,9 @@ std::string notLoadedText(
     std::string trays;
     for (const Tray& tray : *page.trays) {
         if (!tray.level.isEmpty() && tray.mediaType == paper && tray.pageSize == size) return {};
-        trays.append(trays.empty() ? "" : ", ").append(contentsOf(tray));
+        trays.append(trays.empty() ? "" : ", ").append(contentsOf(tray, ppd.language()));
     }
-    return hostText("No tray holds %1 in %2; %3.",
+    return hostText(ppd.language(), "No tray holds “%1” in %2; %3.",
         {ppd.choiceTitle(kPaper, paper), ppd.choiceTitle(kPageSizeOption, size), trays});
 }
 

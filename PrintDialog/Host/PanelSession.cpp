@@ -26,10 +26,10 @@ private:
     PickHandler handler_;
 };
 
-std::unique_ptr<PanelSession> PanelSession::create(std::shared_ptr<platform::Bundle> bundle,
+std::unique_ptr<PanelSession> PanelSession::create(const std::shared_ptr<platform::Bundle>& bundle,
     std::unique_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer, platform::Failure& error) {
     std::unique_ptr<PanelSession> session(new PanelSession);
-    session->bundle_ = std::move(bundle);
+    session->bundle_ = bundle->inLanguage(ppd->language());
     session->callback_ = std::make_shared<Callback>(std::move(ppd), std::move(printer));
     session->plugin_ = session->bundle_->createPrincipalClass(error);
     if (session->plugin_ == nullptr) return nullptr;

@@ -20,10 +20,10 @@ namespace orvan {
 // Ends the panel, the plug-in object and the PPD when it ends. One thread.
 class PanelSession {
 public:
-    // Creates the bundle's plug-in and asks it for its print-dialog panel. Null, and a message for people in
-    // `error`, when the plug-in cannot be loaded; null without a message when it has no panel for this PPD.
-    // `printer` may be null when there is no queue.
-    static std::unique_ptr<PanelSession> create(std::shared_ptr<platform::Bundle> bundle,
+    // Creates the bundle's plug-in, in the language of the PPD, and asks it for its print-dialog panel. Null,
+    // and a message for people in `error`, when the plug-in cannot be loaded; null without a message when it
+    // has no panel for this PPD. `printer` may be null when there is no queue.
+    static std::unique_ptr<PanelSession> create(const std::shared_ptr<platform::Bundle>& bundle,
         std::unique_ptr<DialogPPD> ppd, std::shared_ptr<platform::PMPrinter> printer,
         platform::Failure& error);
     ~PanelSession();

@@ -18,8 +18,8 @@ std::optional<platform::PropertyList> papersOf(const StoredAnswer* answer) {
     return *answer->list->find(OVOVGCustomPaperTypes);
 }
 
-std::string timeOf(const CommandAnswer& answer) {
-    return answer.askedAt ? timeText(*answer.askedAt) : hostText("an earlier time");
+std::string timeOf(const CommandAnswer& answer, const std::string& language) {
+    return answer.askedAt ? timeText(*answer.askedAt) : hostText(language, "an earlier time");
 }
 
 } // namespace
@@ -98,29 +98,30 @@ CommandAnswer PaperNames::papersAnswer() const {
 }
 
 std::string PaperNames::line() const {
-    if (!isReady_) return hostText("Asking the printer \u2026");
+    const std::string& language = start_.language;
+    if (!isReady_) return hostText(language, "Asking the printer \u2026");
     if (start_.isAnswered || !start_.hasCommands || !RunningOn107OrLater() || RunningOn1010OrLater())
         return {};
     const CommandAnswer papers = papersAnswer();
     const bool hasNames = papers.state != CommandAnswer::State::never;
     if (const std::string& refusal = printer_->printer().refusal().text; !refusal.empty())
-        return hostText("The printer was not asked for its paper names: %1.", {refusal}) +
-               (hasNames ? " " + hostText("Paper names of %1.", {timeOf(papers)}) : "");
-    if (!hasNames) return hostText("The printer has not told its paper names.");
+        return hostText(language, "The printer was not asked for its paper names: %1.", {refusal}) +
+               (hasNames ? " " + hostText(language, "Paper names of %1.", {timeOf(papers, language)}) : "");
+    if (!hasNames) return hostText(language, "The printer has not told its paper names.");
     if (papers.state == CommandAnswer::State::now) return {};
-    const std::vector<std::string> time{timeOf(papers)};
-    if (isOutdated()) return hostText("Paper names of %1.", time);
+    const std::vector<std::string> time{timeOf(papers, language)};
+    if (isOutdated()) return hostText(language, "Paper names of %1.", time);
     switch (papers.reason.code) {
     case AnswerCode::askingForbidden:
-        return hostText("Paper names of %1.", time);
+        return hostText(language, "Paper names of %1.", time);
     case AnswerCode::printerBusy:
-        return hostText("Paper names of %1; the printer is busy with another job.", time);
+        return hostText(language, "Paper names of %1; the printer is busy with another job.", time);
     case AnswerCode::noAnswerYet:
     case AnswerCode::queuePaused:
     case AnswerCode::jobHeld:
-        return hostText("Paper names of %1; the printer has not answered yet.", time);
+        return hostText(language, "Paper names of %1; the printer has not answered yet.", time);
     default:
-        return hostText("Paper names of %1; the printer did not answer.", time);
+        return hostText(language, "Paper names of %1; the printer did not answer.", time);
     }
 }
 

@@ -25,6 +25,7 @@ public:
     static constexpr std::chrono::milliseconds kPatience{1000};
 
     struct Start {
+        std::string language;             // of line()
         std::vector<StoredAnswer> stored; // of the PPD that the panel is for
         bool hasCommands = true;          // whether the PPD lists what can be asked
         bool asksPrinter = true;

@@ -10,13 +10,13 @@ std::string textOf(const DialogPPD& ppd, const MarkResult& result, const std::st
     const auto add = [&text](const std::string& sentence) { text += (text.empty() ? "" : " ") + sentence; };
     for (const ChoiceChange& change : result.changes) {
         if (change.option == asked) continue;
-        add(hostText("%1 changed from %2 to %3.",
+        add(hostText(ppd.language(), "%1 changed from “%2” to “%3”.",
             {ppd.optionTitle(change.option), ppd.choiceTitle(change.option, change.from),
                 ppd.choiceTitle(change.option, change.to)}));
     }
     for (const auto& [option, choice] : result.conflicts) {
         if (option == asked) continue;
-        add(hostText("This does not go together with %1: %2.",
+        add(hostText(ppd.language(), "This does not go together with %1: “%2”.",
             {ppd.optionTitle(option), ppd.choiceTitle(option, choice)}));
     }
     return text;

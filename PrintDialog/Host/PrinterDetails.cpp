@@ -53,29 +53,30 @@ void addText(Filling& filling, std::string text) {
     filling.next<platform::TextField>().setStringValue(std::move(text));
 }
 
-std::string percentText(std::int64_t percent) {
-    return hostText("%1 %", {std::to_string(percent)});
+std::string percentText(std::int64_t percent, const std::string& language) {
+    return hostText(language, "%1 %", {std::to_string(percent)});
 }
 
 // A full tray needs no word.
-std::string levelText(const Level& level) {
+std::string levelText(const Level& level, const std::string& language) {
     constexpr std::int64_t kFull = 100;
-    if (level.isEmpty()) return hostText("empty");
-    if (level.isLow) return hostText("nearly empty");
-    return level.percent && *level.percent < kFull ? percentText(*level.percent) : level.word;
+    if (level.isEmpty()) return hostText(language, "empty");
+    if (level.isLow) return hostText(language, "nearly empty");
+    return level.percent && *level.percent < kFull ? percentText(*level.percent, language) : level.word;
 }
 
-std::string trayText(const Tray& tray) {
+std::string trayText(const Tray& tray, const std::string& language) {
     std::string text;
-    for (const std::string& part : {tray.paper, tray.size, levelText(tray.level)})
+    for (const std::string& part : {tray.paper, tray.size, levelText(tray.level, language)})
         if (!part.empty()) text.append(text.empty() ? "" : ", ").append(part);
-    return text.empty() ? tray.name : hostText("%1: %2", {tray.name, text});
+    return text.empty() ? tray.name : hostText(language, "%1: %2", {tray.name, text});
 }
 
-void addSupply(Filling& filling, const Supply& supply) {
+void addSupply(Filling& filling, const Supply& supply, const std::string& language) {
     auto& level = filling.next<platform::LevelIndicator>();
-    const std::string told = supply.level.percent ? percentText(*supply.level.percent) : supply.level.word;
-    level.setStringValue(told.empty() ? supply.name : hostText("%1: %2", {supply.name, told}));
+    const std::string told =
+        supply.level.percent ? percentText(*supply.level.percent, language) : supply.level.word;
+    level.setStringValue(told.empty() ? supply.name : hostText(language, "%1: %2", {supply.name, told}));
     level.setPercent(
         supply.level.percent ? std::optional(static_cast<int>(*supply.level.percent)) : std::nullopt);
     const auto color = std::ranges::find(kColors, supply.colorant, &ColorOf::colorant);
@@ -95,6 +96,7 @@ const StoredAnswer* answerWithTrays(const std::vector<StoredAnswer>& answers) {
 
 void updatePrinterDetails(platform::Disclosure& details, const std::vector<StoredAnswer>& answers,
     const DialogPPD& ppd, const PanelSession::Summary& summary) {
+    const std::string& language = ppd.language();
     Filling filling(details);
     if (const StoredAnswer* const told = answerWithTrays(answers)) {
         std::vector<platform::PropertyList> lists;
@@ -102,14 +104,15 @@ void updatePrinterDetails(platform::Disclosure& details, const std::vector<Store
             if (answer.list) lists.push_back(*answer.list);
         const PrinterPage page = pageOf(lists, &ppd);
         for (const Tray& tray : page.trays.value_or(std::vector<Tray>()))
-            addText(filling, trayText(tray));
+            addText(filling, trayText(tray, language));
         for (const Supply& supply : page.supplies.value_or(std::vector<Supply>()))
-            addSupply(filling, supply);
-        addText(filling, hostText("The printer told this at %1.",
-                             {told->askedAt ? timeText(*told->askedAt) : hostText("an earlier time")}));
+            addSupply(filling, supply, language);
+        addText(
+            filling, hostText(language, "The printer told this at %1.",
+                         {told->askedAt ? timeText(*told->askedAt) : hostText(language, "an earlier time")}));
     }
     for (const auto& [title, value] : summary)
-        addText(filling, hostText("%1: %2", {title, value}));
+        addText(filling, hostText(language, "%1: %2", {title, value}));
 }
 
 } // namespace orvan

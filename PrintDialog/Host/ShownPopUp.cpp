@@ -45,14 +45,16 @@ ShownPopUp shownPopUp(const platform::PopUpButton& popUp, const DialogPPD& ppd) 
         const bool isMarked = marked.empty() ? place == popUp.indexOfSelectedItem() : item.keyword == marked;
         if (isMarked) shown.selected = static_cast<std::int64_t>(shown.items.size());
         shown.items.push_back(
-            {isKnown ? item.title : hostText("%1 (not known to this queue\u2019s driver)", {item.title}),
+            {isKnown ? item.title
+                     : hostText(ppd.language(), "%1 (not known to this queue\u2019s driver)", {item.title}),
                 item.keyword, item.enabled, place});
     }
     putNamedFirst(shown, option, ppd);
     if (marked.empty() || shown.selected >= 0 || popUp.items().empty()) return shown;
     shown.selected = static_cast<std::int64_t>(shown.items.size());
-    shown.items.push_back({hostText("%1 (not in the printer\u2019s list)", {ppd.choiceTitle(option, marked)}),
-        marked, true, -1});
+    shown.items.push_back(
+        {hostText(ppd.language(), "%1 (not in the printer\u2019s list)", {ppd.choiceTitle(option, marked)}),
+            marked, true, -1});
     return shown;
 }
 

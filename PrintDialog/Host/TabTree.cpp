@@ -40,8 +40,8 @@ void TabTree::showPanel(PanelSession& session, std::string_view takenLetters) {
     });
     if (form_ == nullptr) return;
     session_ = &session;
-    undo_->setTitle(mnemonics.titled(hostText("Undo"), "Undo"));
-    details_->setTitle(mnemonics.titled(hostText("Details"), "Details"));
+    undo_->setTitle(mnemonics.titled(hostText(session.ppd().language(), "Undo"), "Undo"));
+    details_->setTitle(mnemonics.titled(hostText(session.ppd().language(), "Details"), "Details"));
     rest_->addSubview(form_->view());
     rest_->addSubview(details_);
 }

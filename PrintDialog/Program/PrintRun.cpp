@@ -24,6 +24,12 @@ namespace {
 
 constexpr std::chrono::seconds kSchedulerPatience{10};
 
+// What it says in the dialog is in the person's language.
+std::string text(const std::string& key, const std::vector<std::string>& values = {}) {
+    static const std::string language = personsHostLanguage();
+    return hostText(language, key, values);
+}
+
 int fail(const std::string& title, const std::string& detail) {
     std::fprintf(stderr, "orvan-print: %s: %s\n", title.c_str(), detail.c_str());
     GtkWidget* const dialog = gtk_message_dialog_new(
@@ -38,8 +44,8 @@ int fail(const std::string& title, const std::string& detail) {
 std::optional<std::string> problemWith(const std::string& file) {
     std::error_code status;
     const auto type = std::filesystem::status(file, status).type();
-    if (type == std::filesystem::file_type::not_found) return "There is no such file.";
-    if (type == std::filesystem::file_type::directory) return "It is a folder.";
+    if (type == std::filesystem::file_type::not_found) return text("There is no such file.");
+    if (type == std::filesystem::file_type::directory) return text("It is a folder.");
     if (!std::ifstream(file)) return std::string(std::strerror(errno)) + ".";
     return std::nullopt;
 }
@@ -62,9 +68,9 @@ void attachPaperOptions(GtkPrintUnixDialog* dialog) {
 std::string titleFor(const std::vector<std::string>& files) {
     gchar* const shown = g_filename_display_basename(files.front().c_str());
     const GLibString name(shown);
-    if (files.size() == 1) return hostText("Print %1", {shown});
-    if (files.size() == 2) return hostText("Print %1 and another file", {shown});
-    return hostText("Print %1 and %2 other files", {shown, std::to_string(files.size() - 1)});
+    if (files.size() == 1) return text("Print %1", {shown});
+    if (files.size() == 2) return text("Print %1 and another file", {shown});
+    return text("Print %1 and %2 other files", {shown, std::to_string(files.size() - 1)});
 }
 
 // What the person chose.
@@ -124,7 +130,7 @@ std::optional<std::string> send(const Chosen& chosen, const std::string& file) {
     while (!answer.arrived)
         g_main_context_iteration(nullptr, TRUE);
     if (!answer.problem && gtk_print_job_get_status(job.get()) == GTK_PRINT_STATUS_FINISHED_ABORTED)
-        answer.problem = "The printing system did not take the job.";
+        answer.problem = text("The printing system did not take the job.");
     return answer.problem;
 }
 
@@ -132,17 +138,18 @@ std::optional<std::string> send(const Chosen& chosen, const std::string& file) {
 
 int runPrint(const PrintArguments& arguments) {
     for (const std::string& file : arguments.files)
-        if (const auto problem = problemWith(file)) return fail("Cannot print " + file, *problem);
+        if (const auto problem = problemWith(file)) return fail(text("Cannot print %1", {file}), *problem);
 
     platform::Failure error;
     const auto queues = listQueues(kSchedulerPatience, error);
-    if (!queues) return fail("Cannot print", *error);
+    if (!queues) return fail(text("Cannot print"), *error);
     if (queues->empty())
-        return fail("There is no printer",
-            "Add one to " + schedulerName() + " first, in the system's printer settings.");
+        return fail(text("There is no printer"),
+            text("Add one to %1 first, in the system’s printer settings.", {schedulerName()}));
     if (!arguments.queue.empty() &&
         std::ranges::find(*queues, arguments.queue, &SchedulerQueue::name) == queues->end())
-        return fail("There is no printer " + arguments.queue, "\"lpstat -v\" lists the printers.");
+        return fail(
+            text("There is no printer %1", {arguments.queue}), text("“lpstat -v” lists the printers."));
 
     const std::optional<Chosen> chosen = ask(arguments);
     if (!chosen) {
@@ -152,8 +159,8 @@ int runPrint(const PrintArguments& arguments) {
     int result = 0;
     for (const std::string& file : arguments.files)
         if (const auto problem = send(*chosen, file))
-            result = fail("Cannot print " + file,
-                std::string("Printer ") + gtk_printer_get_name(chosen->printer.get()) + ": " + *problem);
+            result = fail(text("Cannot print %1", {file}),
+                text("Printer %1: %2", {gtk_printer_get_name(chosen->printer.get()), *problem}));
     return result;
 }
 

@@ -265,7 +265,7 @@ TEST(FileCommands, ShowThePanelWithAnswersFromFiles) {
     const ProgramEnd undone = with({"--set", "OVNEdgeToEdge=On", "--set", "MediaType=Labels"});
     EXPECT_EQ(undone.exitCode, 1);
     EXPECT_EQ(undone.errors,
-        "orvan: Edge to Edge changed from On to Off.\n"
+        "orvan: Edge to Edge changed from “On” to “Off”.\n"
         "orvan: OVNEdgeToEdge=On was undone by another pick: it is OVNEdgeToEdge=Off now\n");
 }
 

@@ -140,7 +140,7 @@ TEST_F(DialogTabTest, showsThePapersOfAPrinterThatAnswers) {
 
     printer.replaceDocument(documentWith({{"Labels A", "1"}, {"Ivory", "2"}, {"Certificates", "3"}}));
     const Visit otherOrder("Office", "CustomType3");
-    expectTop(otherOrder, "No tray holds Certificates in A4; Tray 1 holds Plain A4, Tray 2 holds Ivory "
+    expectTop(otherOrder, "No tray holds “Certificates” in A4; Tray 1 holds “Plain” A4, Tray 2 holds “Ivory” "
                           "A4.\nPaper Type: [Certificates]  of 16\n");
     printer.replaceDocument(documentWith({{"Ivory 120", "2"}, {"Certificates", "3"}, {"Labels A", "1"}}));
     const Visit renamed("Office", "CustomType2");
@@ -228,12 +228,12 @@ TEST_F(DialogTabTest, tellsTheDialogWhatIsPickedAndUndone) {
     EXPECT_EQ(visit.top(), kIvory) << "which is in the tray";
     EXPECT_TRUE(pick("Paper Type:", "Certificates"));
     const std::string loaded =
-        "No tray holds Certificates in A4; Tray 1 holds Plain A4, Tray 2 holds Ivory A4.";
+        "No tray holds “Certificates” in A4; Tray 1 holds “Plain” A4, Tray 2 holds “Ivory” A4.";
     EXPECT_EQ(visit.top(), loaded + "\nPaper Type: [Certificates]  of 16\n");
 
     EXPECT_TRUE(pick("Edge to Edge:", "On"));
     EXPECT_TRUE(pick("Paper Type:", "Transparency"));
-    EXPECT_TRUE(visit.top().starts_with("Edge to Edge changed from On to Off. No tray holds "))
+    EXPECT_TRUE(visit.top().starts_with("Edge to Edge changed from “On” to “Off”. No tray holds "))
         << visit.top();
     EXPECT_NE(visit.top().find("\n<Undo>\n"), std::string::npos);
     EXPECT_EQ(visit.dialog.options["OVNEdgeToEdge"], "Off");

@@ -53,20 +53,20 @@ TEST(LoadedPaper, IsSaidWhenNoTrayHoldsIt) {
         std::string says = {};
     };
     const Trays plain{{"Tray1", 100, "A4", "Plain"}, {"Tray2", 30, "A3", "CustomType3"}};
-    const std::string holds = "Tray 1 holds Plain A4, Tray 2 holds Certificates A3.";
+    const std::string holds = "Tray 1 holds “Plain” A4, Tray 2 holds “Certificates” A3.";
     for (const Case& c : {
              Case{.name = "another paper",
             .trays = plain,
-            .says = "No tray holds Custom Type 5 in A4; " + holds},
+            .says = "No tray holds “Custom Type 5” in A4; " + holds},
              Case{.name = "the same paper in another size",
              .trays = plain,
              .paper = "CustomType3",
-             .says = "No tray holds Custom Type 3 in A4; " + holds},
+             .says = "No tray holds “Custom Type 3” in A4; " + holds},
              Case{.name = "in another tray", .trays = plain, .paper = "CustomType3", .size = "A3"},
              Case{.name = "an empty tray holds nothing",
              .trays = {{"Tray1", 0, "A4", "Plain"}},
              .paper = "Plain",
-             .says = "No tray holds Plain in A4; Tray 1 is empty."},
+             .says = "No tray holds “Plain” in A4; Tray 1 is empty."},
              Case{.name = "no trays", .trays = {}},
              Case{.name = "unknown level",
              .trays = {{"Tray1", 100, "A4", "Plain"}, {"Tray2", -1, "A3", "Plain"}}},
@@ -77,7 +77,7 @@ TEST(LoadedPaper, IsSaidWhenNoTrayHoldsIt) {
              Case{.name = "told just in time",
              .trays = plain,
              .age = 9min,
-             .says = "No tray holds Custom Type 5 in A4; " + holds},
+             .says = "No tray holds “Custom Type 5” in A4; " + holds},
              Case{.name = "told too long ago", .trays = plain, .age = 11min},
              Case{.name = "told nobody knows when", .trays = plain, .age = std::nullopt},
          }) {

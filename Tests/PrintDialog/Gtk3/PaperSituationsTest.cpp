@@ -169,7 +169,7 @@ TEST_F(PaperSituations, sayWhatTheDriverCannotName) {
         const auto choices = dialog.choicesOf(kRow);
         EXPECT_NE(std::ranges::find(choices, "Custom Type 2"), choices.end()) << "its type is no keyword";
         dialog.pick(kRow, gold);
-        EXPECT_TRUE(dialog.says("The driver of this queue cannot name Gold to the printer."));
+        EXPECT_TRUE(dialog.says("The driver of this queue cannot name “Gold” to the printer."));
         dialog.keepPicture("not-in-the-driver");
         EXPECT_EQ(dialog.print(document_), "");
     };
@@ -271,7 +271,7 @@ TEST_F(PaperSituations, sayThatNoTrayHoldsThePaper) {
         EXPECT_FALSE(dialog.says("No tray holds"));
         dialog.pick(kRow, "Certificates");
         EXPECT_TRUE(
-            dialog.says("No tray holds Certificates in A4; Tray 1 holds Plain A4, Tray 2 holds Ivory A4."));
+            dialog.says("No tray holds “Certificates” in A4; Tray 1 holds “Plain” A4, Tray 2 holds “Ivory” A4."));
         dialog.unfold();
         EXPECT_TRUE(waitUntil([&] { return dialog.says("Tray 2: Ivory, A4, nearly empty"); }));
         EXPECT_TRUE(dialog.says("Cyan Toner: 42%"));
