@@ -9,6 +9,7 @@ extern const Command kPanelCommand;
 extern const Command kCheckCommand;
 extern const Command kStatusCommand;
 extern const Command kPapersCommand;
+extern const Command kPresetsCommand;
 extern const Command kPlistCommand;
 extern const Command kChunksCommand;
 extern const Command kTicketCommand;
@@ -19,7 +20,7 @@ extern const Command kDoctorCommand;
 extern const Command kOpenModuleCommand;
 
 inline constexpr const Command* kCommands[]{&kPanelCommand, &kCheckCommand, &kStatusCommand, &kPapersCommand,
-    &kPlistCommand, &kChunksCommand, &kTicketCommand, &kURLCommand, &kPingCommand, &kFetchCommand,
-    &kDoctorCommand, &kOpenModuleCommand};
+    &kPresetsCommand, &kPlistCommand, &kChunksCommand, &kTicketCommand, &kURLCommand, &kPingCommand,
+    &kFetchCommand, &kDoctorCommand, &kOpenModuleCommand};
 
 } // namespace orvan

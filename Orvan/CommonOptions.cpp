@@ -35,6 +35,12 @@ std::string checkServer(const std::string& server) {
     return server.empty() ? "a host is missing" : "";
 }
 
+std::string checkSet(const std::string& set) {
+    const std::size_t equals = set.find('=');
+    const bool wellFormed = equals != std::string::npos && equals > 0 && equals + 1 < set.size();
+    return wellFormed ? "" : "\"" + set + "\" is not KEYWORD=CHOICE";
+}
+
 std::string checkRelease(const std::string& release) {
     const bool wellFormed = !release.empty() &&
                             release.find_first_not_of("0123456789.") == std::string::npos &&

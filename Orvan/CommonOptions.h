@@ -16,6 +16,7 @@ std::string checkNotNegative(const std::string& number);
 std::string checkFile(const std::string& file);
 std::string checkServer(const std::string& server);
 std::string checkRelease(const std::string& release);
+std::string checkSet(const std::string& set); // KEYWORD=CHOICE
 
 inline constexpr ArgumentSpec kQueueOption{.name = "-q,--queue",
     .text = "A queue of the print scheduler (default: as \"lpstat -d\" says)",

@@ -10,12 +10,14 @@
 #include "Orvan/Waiting.h"
 #include "OrvanPaperOptions/Source/OptionRows.h"
 #include "Platform/Input.h"
+#include "PrintDialog/Host/AdministratorSettings.h"
 #include "PrintDialog/Host/DialogPrinter.h"
 #include "PrintDialog/Host/InstalledFiles.h"
 #include "PrintDialog/Host/LoadedPaper.h"
 #include "PrintDialog/Host/PanelSession.h"
 #include "PrintDialog/Host/PaperNames.h"
 #include "PrintDialog/Host/PickNotice.h"
+#include "PrintDialog/Host/PresetMenu.h"
 #include "PrintDialog/Host/QueuePPD.h"
 #include "PrintDialog/Host/TabText.h"
 #include "PrintDialog/Host/TabTree.h"
@@ -41,6 +43,7 @@ using Json = nlohmann::ordered_json;
 struct PanelArguments {
     std::string ppdFile; // "" for a queue's
     std::string queue;
+    std::string preset; // "" for none
     std::vector<std::string> sets;
     std::string release;
     std::vector<std::string> responses;
@@ -151,6 +154,14 @@ struct AskedPanel {
     std::unique_ptr<PanelSession> session;
     std::shared_ptr<DialogPrinter> printer; // null for a PPD without a queue
     std::unique_ptr<PaperNames> names;      // null without a printer
+    std::unique_ptr<PresetMenu> presets;    // null without a printer, or where there are none
+
+    std::vector<StoredAnswer> answers() const {
+        return names != nullptr ? names->answers() : storedAnswers(session->ppd().record());
+    }
+    Preset current(const std::string& name) const {
+        return presetOf(name, session->panel().supportedPPDOptionKeys(), session->ppd(), answers());
+    }
 };
 
 // As a dialog shows it.
@@ -167,13 +178,29 @@ void willShow(AskedPanel& panel) {
 // The tab, for a document of the marked size.
 void fillTab(TabTree& tab, AskedPanel& panel, const PickNotice& notice) {
     PanelSession& session = *panel.session;
-    const std::vector<StoredAnswer> answers =
-        panel.names != nullptr ? panel.names->answers() : storedAnswers(session.ppd().record());
-    tab.showPanel(session, "");
+    const std::vector<StoredAnswer> answers = panel.answers();
+    if (panel.presets != nullptr) panel.presets->update(panel.current("").choices);
+    tab.showPanel(session, panel.presets.get(), "");
     tab.setLine(lineOf(notice, notLoadedText(answers, session.ppd(), session.ppd().choiceOf(kPageSizeOption)),
                     panel.names != nullptr ? panel.names->line() : ""),
         notice.canBeUndone);
     tab.update(answers);
+}
+
+// As a person would in the tab. Answers what is wrong, or nothing.
+std::optional<std::string> choosePreset(AskedPanel& panel, const std::string& name, PickNotice& notice) {
+    if (panel.presets == nullptr) return "presets are switched off (" + administratorSettings().file + ")";
+    const PresetStore::Listed* const listed = panel.presets->listing().find(name);
+    if (listed == nullptr)
+        return "queue " + panel.presets->store().printer().queue + " has no preset \"" + name +
+               "\" (\"orvan presets list\" lists them)";
+    DialogPPD& ppd = panel.session->ppd();
+    const PresetChoices wanted = choicesNow(listed->preset, ppd, panel.answers());
+    const MarkResult settled = panel.session->markElsewhere(wanted.choices);
+    notice = presetNotice(ppd, wanted, settled);
+    if (!notice.text.empty()) say(platform::onOneLine(notice.text));
+    panel.presets->applied(listed->preset, panel.current("").choices);
+    return std::nullopt;
 }
 
 int showPanel(AskedPanel& panel, const PanelArguments& arguments) {
@@ -190,6 +217,8 @@ int showPanel(AskedPanel& panel, const PanelArguments& arguments) {
     platform::View* const root = session.panel().panelView();
     if (root == nullptr)
         return cannot("the panel's view resource cannot be loaded; is the package installed whole?");
+    if (!arguments.preset.empty())
+        if (const auto problem = choosePreset(panel, arguments.preset, notice)) return cannot(*problem);
     for (const std::string& set : arguments.sets) {
         const std::size_t equals = set.find('=');
         if (const auto problem = pick(*root, set.substr(0, equals), set.substr(equals + 1)))
@@ -231,9 +260,11 @@ int runPanel(const PanelArguments& arguments) {
     platform::Failure error;
     AskedPanel panel;
     std::unique_ptr<DialogPPD> ppd;
+    PresetPrinter presetsOf;
     if (arguments.ppdFile.empty()) {
         const auto time = SchedulerPatience(arguments.timeout).time();
         if (auto opened = fetchQueue(arguments.queue, time, error)) {
+            presetsOf = presetPrinter(*opened);
             ppd = std::move(opened->ppd);
             panel.printer = std::make_shared<DialogPrinter>(std::make_unique<SchedulerPrinter>(
                 std::move(opened->fetched), SchedulerPrinterOptions{.deadline = time}));
@@ -252,6 +283,10 @@ int runPanel(const PanelArguments& arguments) {
     if (panel.session != nullptr && panel.printer != nullptr)
         panel.names = std::make_unique<PaperNames>(
             panel.session->panel(), panel.printer, std::move(start), [] {}, [] {});
+    if (panel.names != nullptr && administratorSettings().hasPresets)
+        panel.presets = std::make_unique<PresetMenu>(PresetStore(presetsOf),
+            defaultPreset(panel.session->panel().supportedPPDOptionKeys(), panel.session->ppd()),
+            panel.session->ppd().language(), PresetMenu::Actions{});
     if (panel.session != nullptr && !waitForPrinter(panel, arguments)) return kNotDone;
     if (panel.session != nullptr) return showPanel(panel, arguments);
     if (error) return cannot(*error);
@@ -260,20 +295,17 @@ int runPanel(const PanelArguments& arguments) {
     return cannot("the PPD has none of the panel's options, so there is no panel for it");
 }
 
-std::string checkSet(const std::string& set) {
-    const std::size_t equals = set.find('=');
-    const bool wellFormed = equals != std::string::npos && equals > 0 && equals + 1 < set.size();
-    return wellFormed ? "" : "\"" + set + "\" is not KEYWORD=CHOICE";
-}
-
 int showPanelFor(const Arguments& arguments) {
     SchedulerProblem problem;
     std::optional<std::string> queue;
     if (!arguments.has("--ppd"))
         queue = queueIn(arguments, SchedulerPatience(timeoutIn(arguments)).time(), problem);
     if (problem.kind != SchedulerProblem::Kind::none) return cannot(problem.text);
+    if (!queue && arguments.has("--preset"))
+        return cannot("a preset belongs to a queue; name it with -q instead of a PPD file");
     return runPanel({.ppdFile = arguments.text("--ppd"),
         .queue = queue.value_or(""),
+        .preset = arguments.text("--preset"),
         .sets = arguments.all("--set"),
         .release = arguments.text("--release"),
         .responses = arguments.all("--response"),
@@ -288,6 +320,7 @@ constexpr ArgumentSpec kPanelArguments[]{
         .check = checkFile,
         .group = "printer"},
     inGroup(kQueueOption, "printer"),
+    {.name = "--preset", .text = "Choose a preset of the queue's first (\"orvan presets\")", .value = "NAME"},
     {.name = "--set",
         .text = "Pick a choice in the panel, as a person would; repeatable",
         .value = "KEYWORD=CHOICE",

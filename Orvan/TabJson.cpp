@@ -27,6 +27,12 @@ void describe(Json& json, const platform::Button& button) {
     describeTitle(json, button.title());
 }
 
+void describe(Json& json, const platform::TextEntry& entry) {
+    json["kind"] = "entry";
+    json["label"] = entry.label();
+    json["text"] = entry.stringValue();
+}
+
 void describe(Json& json, const platform::LevelIndicator& level) {
     json["kind"] = "level";
     json["text"] = level.stringValue();
@@ -66,7 +72,8 @@ Json viewsJson(const Views& views) {
 Json tabJson(const platform::View& view) {
     Json json = Json::object();
     if (describedAs<platform::TextField>(json, view) || describedAs<platform::Button>(json, view) ||
-        describedAs<platform::LevelIndicator>(json, view) || describedAs<platform::Menu>(json, view))
+        describedAs<platform::TextEntry>(json, view) || describedAs<platform::LevelIndicator>(json, view) ||
+        describedAs<platform::Menu>(json, view))
         return json;
     if (const auto* const form = dynamic_cast<const platform::Form*>(&view)) {
         json["kind"] = "form";

@@ -34,6 +34,19 @@ bool Button::press() {
     return true;
 }
 
+void TextEntry::edit(std::string text) {
+    stringValue_ = std::move(text);
+    if (const auto action = actions_.edited) action();
+}
+
+void TextEntry::end() {
+    if (const auto action = actions_.ended) action();
+}
+
+void TextEntry::leave() {
+    if (const auto action = actions_.left) action();
+}
+
 void Disclosure::toggle() {
     unfolded_ = !unfolded_;
     if (const auto action = action_) action(*this);

@@ -58,6 +58,35 @@ private:
     std::function<void()> action_;
 };
 
+// A line of text that a person writes.
+class TextEntry : public View {
+public:
+    // What is asked for; shown by nobody but who reads the screen aloud.
+    const std::string& label() const { return label_; }
+    void setLabel(std::string label) { label_ = std::move(label); }
+
+    const std::string& stringValue() const { return stringValue_; }
+    void setStringValue(std::string text) { stringValue_ = std::move(text); }
+
+    // What the control tells when a person has changed the text, has ended it (Return), or wants to leave it
+    // (Escape).
+    struct Actions {
+        std::function<void()> edited;
+        std::function<void()> ended;
+        std::function<void()> left;
+    };
+    void setActions(Actions actions) { actions_ = std::move(actions); }
+    // A person's doings.
+    void edit(std::string text);
+    void end();
+    void leave();
+
+private:
+    std::string label_;
+    std::string stringValue_;
+    Actions actions_;
+};
+
 // How much there is of something.
 class LevelIndicator : public View {
 public:

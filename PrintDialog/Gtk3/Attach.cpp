@@ -29,11 +29,12 @@ void watchResponses() {
 
 } // namespace
 
-void attachPaperOptions(GtkPrintUnixDialog* dialog) noexcept {
-    guarded([dialog] {
+void attachPaperOptions(GtkPrintUnixDialog* dialog, const char* preset) noexcept {
+    guarded([=] {
         watchResponses();
         AcceptedChoices::shared();
-        DialogAttachment::attach(dialog);
+        DialogAttachment::attach(
+            dialog, preset != nullptr ? std::optional<std::string>(preset) : std::nullopt);
     });
 }
 

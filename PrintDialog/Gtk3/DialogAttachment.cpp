@@ -23,10 +23,10 @@ void forEachLabel(GtkWidget* widget, const std::function<void(GtkLabel*)>& visit
 
 } // namespace
 
-void DialogAttachment::attach(GtkPrintUnixDialog* dialog) {
+void DialogAttachment::attach(GtkPrintUnixDialog* dialog, std::optional<std::string> preset) {
     if (g_object_get_data(G_OBJECT(dialog), kDataKey) != nullptr) return;
     std::unique_ptr<DialogAttachment> attachment(new DialogAttachment(dialog));
-    attachment->tab_ = DialogTab::create(*attachment);
+    attachment->tab_ = DialogTab::create(*attachment, std::move(preset));
     if (attachment->tab_ == nullptr) return;
     // "destroy" comes while the dialog's widgets are still there; it can come more than once.
     const auto onDestroy = [](GtkPrintUnixDialog* self, gpointer) {
@@ -67,6 +67,7 @@ void DialogAttachment::printerSelected() {
 }
 
 void DialogAttachment::accepted() {
+    tab_->accepted();
     AcceptedDialog dialog;
     dialog.queue = tab_->queue();
     const GObjectRef<GtkPrintSettings> settings(gtk_print_unix_dialog_get_settings(dialog_));
@@ -151,6 +152,23 @@ std::optional<PaperSize> DialogAttachment::paper() const {
     GtkPaperSize* const paper = gtk_page_setup_get_paper_size(setup);
     return PaperSize{
         gtk_paper_size_get_width(paper, GTK_UNIT_POINTS), gtk_paper_size_get_height(paper, GTK_UNIT_POINTS)};
+}
+
+// The dialog's own pop-up of papers is brought up to date only when it is made for another kind of
+// application.
+bool DialogAttachment::setPaper(
+    const std::string& pageSize, const std::string& title, const PaperSize& size) {
+    if (gtk_print_unix_dialog_get_embed_page_setup(dialog_) == FALSE) return false;
+    GtkPageSetup* const old = gtk_print_unix_dialog_get_page_setup(dialog_);
+    const GObjectRef<GtkPageSetup> setup(old != nullptr ? gtk_page_setup_copy(old) : gtk_page_setup_new());
+    GtkPaperSize* const paper =
+        gtk_paper_size_new_from_ppd(pageSize.c_str(), title.c_str(), size.width, size.height);
+    gtk_page_setup_set_paper_size_and_default_margins(setup.get(), paper);
+    gtk_paper_size_free(paper);
+    gtk_print_unix_dialog_set_page_setup(dialog_, setup.get());
+    gtk_print_unix_dialog_set_embed_page_setup(dialog_, FALSE);
+    gtk_print_unix_dialog_set_embed_page_setup(dialog_, TRUE);
+    return true;
 }
 
 } // namespace orvan

@@ -20,8 +20,8 @@ namespace orvan {
 class DialogAttachment final : public ToolkitDialog {
 public:
     // Attaches to the dialog, once; the attachment ends with the dialog. Does nothing when one is there
-    // already.
-    static void attach(GtkPrintUnixDialog* dialog);
+    // already. `preset`: see DialogTab.
+    static void attach(GtkPrintUnixDialog* dialog, std::optional<std::string> preset);
     // Null when nothing is attached to the dialog.
     static DialogAttachment* of(GtkPrintUnixDialog* dialog);
 
@@ -50,6 +50,7 @@ private:
     std::map<std::string, std::string> optionValues() const override;
     void writeOption(const std::string& keyword, const std::string& choice) override;
     std::optional<PaperSize> paper() const override;
+    bool setPaper(const std::string& pageSize, const std::string& title, const PaperSize& size) override;
 
     GtkPrintUnixDialog* dialog_;
     TabPage page_;

@@ -92,6 +92,48 @@ private:
     SignalConnection clicked_;
 };
 
+class EntryMirror final : public ViewMirror {
+public:
+    explicit EntryMirror(const std::shared_ptr<platform::TextEntry>& entry)
+        : ViewMirror(entry, gtk_entry_new()),
+          entry_(*entry),
+          changed_(widget(), "changed", G_CALLBACK(onChanged), &entry_),
+          ended_(widget(), "activate", G_CALLBACK(onEnded), &entry_),
+          pressed_(widget(), "key-press-event", G_CALLBACK(onKey), &entry_) {
+        gtk_widget_set_hexpand(widget(), TRUE);
+    }
+
+    GtkWidget* control() const override { return widget(); }
+
+private:
+    static void onChanged(GtkEntry* widget, platform::TextEntry* entry) {
+        guarded([=] { entry->edit(gtk_entry_get_text(widget)); });
+    }
+
+    static void onEnded(GtkEntry*, platform::TextEntry* entry) {
+        guarded([entry] { entry->end(); });
+    }
+
+    // Escape leaves the entry, not the dialog.
+    static gboolean onKey(GtkWidget*, const GdkEventKey* event, platform::TextEntry* entry) {
+        if (event->keyval != GDK_KEY_Escape) return FALSE;
+        guarded([entry] { entry->leave(); });
+        return TRUE;
+    }
+
+    void update() override {
+        atk_object_set_name(gtk_widget_get_accessible(widget()), entry_.label().c_str());
+        if (entry_.stringValue() == gtk_entry_get_text(GTK_ENTRY(widget()))) return;
+        const SignalConnection::Block block(changed_);
+        gtk_entry_set_text(GTK_ENTRY(widget()), entry_.stringValue().c_str());
+    }
+
+    platform::TextEntry& entry_;
+    SignalConnection changed_;
+    SignalConnection ended_;
+    SignalConnection pressed_;
+};
+
 class LevelMirror final : public ViewMirror {
 public:
     explicit LevelMirror(const std::shared_ptr<platform::LevelIndicator>& level)
@@ -307,6 +349,7 @@ void ViewMirror::refresh() {
 std::unique_ptr<ViewMirror> mirrorOf(const std::shared_ptr<View>& view) {
     if (const auto text = as<platform::TextField>(view)) return std::make_unique<TextMirror>(text);
     if (const auto button = as<platform::Button>(view)) return std::make_unique<ButtonMirror>(button);
+    if (const auto entry = as<platform::TextEntry>(view)) return std::make_unique<EntryMirror>(entry);
     if (const auto level = as<platform::LevelIndicator>(view)) return std::make_unique<LevelMirror>(level);
     if (const auto menu = as<platform::Menu>(view)) return std::make_unique<MenuMirror>(menu);
     if (const auto form = as<platform::Form>(view)) return std::make_unique<FormMirror>(form);

@@ -29,6 +29,7 @@ AdministratorSettings administratorSettings() {
         settings.file = path;
         settings.showsTab = !isOff(file.get(), "Tab");
         settings.asksPrinter = !isOff(file.get(), "AskPrinter");
+        settings.hasPresets = !isOff(file.get(), "Presets");
         break;
     }
     return settings;

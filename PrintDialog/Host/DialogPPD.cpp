@@ -48,6 +48,10 @@ std::span<const ppd_choice_t> recordsOf(const ppd_option_t& option) {
     return {option.choices, static_cast<std::size_t>(std::max(option.num_choices, 0))};
 }
 
+std::span<const ppd_size_t> sizesOf(const ppd_file_t& record) {
+    return {record.sizes, static_cast<std::size_t>(std::max(record.num_sizes, 0))};
+}
+
 std::string cannotRead(const std::string& name, const std::string& why) {
     return "cannot read " + name + ": " + why;
 }
@@ -190,10 +194,15 @@ std::string DialogPPD::defaultChoiceOf(const std::string& option) const {
 std::string DialogPPD::pageSizeOf(double width, double height) const {
     constexpr double kMillimetre = 72 / 25.4;
     const auto near = [](double a, double b) { return std::abs(a - b) < kMillimetre; };
-    for (const ppd_size_t& size :
-        std::span(record_->sizes, static_cast<std::size_t>(std::max(record_->num_sizes, 0))))
+    for (const ppd_size_t& size : sizesOf(*record_))
         if (near(size.width, width) && near(size.length, height)) return std::string(fieldText(size.name));
     return {};
+}
+
+std::optional<std::pair<double, double>> DialogPPD::dimensionsOf(const std::string& pageSize) const {
+    for (const ppd_size_t& size : sizesOf(*record_))
+        if (fieldText(size.name) == pageSize) return std::pair<double, double>(size.width, size.length);
+    return std::nullopt;
 }
 
 DialogPPD::Marks DialogPPD::marks() const {

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace orvan {
@@ -69,6 +70,8 @@ public:
     std::string defaultChoiceOf(const std::string& option) const;
     // The PPD's page size of these dimensions in points (to within a millimetre); "" for none.
     std::string pageSizeOf(double width, double height) const;
+    // Its width and height in points; nothing when the PPD does not have that size.
+    std::optional<std::pair<double, double>> dimensionsOf(const std::string& pageSize) const;
 
     // Marks a choice. Conflicts that it causes (*UIConstraints, *cupsUIConstraints) are resolved: this choice
     // stays, what contradicts it changes. An option or choice that the PPD does not have changes nothing.

@@ -36,13 +36,14 @@ void logOnce(const std::string& text) {
 
 } // namespace
 
-std::unique_ptr<DialogTab> DialogTab::create(ToolkitDialog& toolkit) {
+std::unique_ptr<DialogTab> DialogTab::create(ToolkitDialog& toolkit, std::optional<std::string> preset) {
     std::shared_ptr<platform::Bundle> bundle = paperOptionsBundle();
     if (bundle == nullptr || !administratorSettings().showsTab) return nullptr;
-    return std::unique_ptr<DialogTab>(new DialogTab(toolkit, std::move(bundle)));
+    return std::unique_ptr<DialogTab>(new DialogTab(toolkit, std::move(bundle), std::move(preset)));
 }
 
-DialogTab::DialogTab(ToolkitDialog& toolkit, std::shared_ptr<platform::Bundle> bundle)
+DialogTab::DialogTab(
+    ToolkitDialog& toolkit, std::shared_ptr<platform::Bundle> bundle, std::optional<std::string> preset)
     : toolkit_(toolkit),
       bundle_(std::move(bundle)),
       tree_({.undo = [this] { undo(); },
@@ -51,7 +52,8 @@ DialogTab::DialogTab(ToolkitDialog& toolkit, std::shared_ptr<platform::Bundle> b
               [this](bool unfolded) {
                   rememberUnfoldedDetails(unfolded);
                   toolkit_.treeChanged();
-              }}) {}
+              }}),
+      firstPreset_(std::move(preset)) {}
 
 DialogTab::~DialogTab() {
     endSession();
@@ -82,6 +84,7 @@ void DialogTab::queueArrived(std::optional<OpenedQueue> opened, const QueueFailu
 
 std::unique_ptr<PanelSession> DialogTab::openSession(OpenedQueue opened, Question question) {
     ppd_file_t* const record = opened.ppd->record();
+    printer_ = presetPrinter(opened);
     if (MyCheckPDEContextCUPS(record) != kPDEContextValid) return nullptr;
     PaperNames::Start start{.language = opened.ppd->language(),
         .stored = storedAnswers(record, kAnswerBudget),
@@ -111,6 +114,7 @@ void DialogTab::startSession(std::unique_ptr<PanelSession> session) {
     carried_ = {keys.begin(), keys.end()};
     useSession(std::move(session));
     tree_.setUnfolded(remembersUnfoldedDetails());
+    openPresets();
     toolkit_.openOptions();
 
     // What the application remembered is where the marks start.
@@ -122,6 +126,7 @@ void DialogTab::startSession(std::unique_ptr<PanelSession> session) {
         kLineInterval, [this](platform::RepeatingTimer&) { updateLine(); }, "line");
     writeToDialog(started, "");
     report(started, "");
+    if (names_->isReady()) chooseFirstPreset();
     if (toolkit_.isTabInFront()) tabShown();
 }
 
@@ -133,18 +138,22 @@ void DialogTab::useSession(std::unique_ptr<PanelSession> session) {
 
 void DialogTab::namesChanged() {
     updateLine();
+    if (names_->isReady()) chooseFirstPreset();
     if (toolkit_.isTabInFront() && !tree_.hasPanel()) tabShown();
 }
 
 // Called again and again until it is done. The new panel's question is the one that was just answered.
 void DialogTab::replaceSession() {
-    if (isReplacing_ || toolkit_.isBusy()) return;
+    const auto isBusy = [this] {
+        return toolkit_.isBusy() || (presets_ != nullptr && presets_->isEditing());
+    };
+    if (isReplacing_ || isBusy()) return;
     isReplacing_ = true;
     request_ = openQueue(queue_, SchedulerWorker::kDialogDeadline,
-        [this](std::optional<OpenedQueue> opened, const QueueFailure&) {
+        [this, isBusy](std::optional<OpenedQueue> opened, const QueueFailure&) {
             if (!opened) return; // and nobody is asked again and again
             isReplacing_ = false;
-            if (toolkit_.isBusy()) return;
+            if (isBusy()) return;
             const DialogPPD::Marks marks = session_->ppd().marks();
             const std::string focused = tree_.optionOf(toolkit_.focusedView());
             names_.reset();
@@ -169,6 +178,7 @@ void DialogTab::endSession() {
     undoable_.reset();
     tree_.dropPanel();
     tree_.setLine("", false);
+    presets_.reset();
     names_.reset();
     session_.reset();
     carried_.clear();
@@ -178,9 +188,11 @@ void DialogTab::tabShown() {
     if (session_ == nullptr) return;
     updateLine();
     if (!names_->isReady()) return;
+    chooseFirstPreset();
     if (!session_->wasShown()) names_->willShow();
     session_->willShow();
-    if (!tree_.hasPanel()) tree_.showPanel(*session_, toolkit_.takenLetters());
+    if (presets_ != nullptr && !presets_->isEditing()) presets_->reload();
+    if (!tree_.hasPanel()) tree_.showPanel(*session_, presets_.get(), toolkit_.takenLetters());
     updateLine(); // the papers have their names now
     updateTree();
 }
@@ -234,7 +246,9 @@ void DialogTab::report(const MarkResult& result, const std::string& asked) {
 void DialogTab::undo() {
     if (session_ == nullptr || !undoable_) return;
     const MarkResult pick = *std::exchange(undoable_, std::nullopt);
-    writeToDialog(session_->takeBack(pick), "");
+    for (const ChoiceChange& change : pick.changes)
+        if (change.option == kPageSizeOption) setPaper(change.from);
+    writeToDialog(session_->takeBack(pick), kPageSizeOption);
     notice_ = {};
     updateLine();
     updateTree();
@@ -249,9 +263,101 @@ void DialogTab::updateLine() {
 }
 
 void DialogTab::updateTree() {
-    if (session_ == nullptr || !tree_.hasPanel()) return; // it was never in front
+    if (session_ == nullptr) return;
+    if (presets_ != nullptr) presets_->update(currentPreset("").choices);
+    if (!tree_.hasPanel()) return; // it was never in front
     tree_.update(names_->answers());
     toolkit_.treeChanged();
+}
+
+void DialogTab::openPresets() {
+    if (!administratorSettings().hasPresets) return;
+    PanelSession& session = *session_;
+    presets_ = std::make_unique<PresetMenu>(PresetStore(printer_),
+        defaultPreset(session.panel().supportedPPDOptionKeys(), session.ppd()), session.ppd().language(),
+        PresetMenu::Actions{.chosen = [this](const Preset& preset) { choosePreset(preset); },
+            .current = [this](const std::string& name) { return currentPreset(name); },
+            .refused =
+                [this](const std::string& problem) {
+                    notice_ = {problem, false};
+                    undoable_.reset();
+                    updateLine();
+                    toolkit_.treeChanged();
+                },
+            .changed =
+                [this](const platform::View* view) {
+                    toolkit_.treeChanged();
+                    if (view != nullptr) toolkit_.focus(*view);
+                }});
+    for (const auto& file : presets_->listing().unreadable)
+        logOnce("the preset " + file.string() + " cannot be read and is left alone");
+}
+
+Preset DialogTab::currentPreset(const std::string& name) const {
+    return presetOf(name, session_->panel().supportedPPDOptionKeys(), session_->ppd(), names_->answers());
+}
+
+void DialogTab::choosePreset(const Preset& preset) {
+    DialogPPD& ppd = session_->ppd();
+    PresetChoices wanted = choicesNow(preset, ppd, names_->answers());
+    const DialogPPD::Marks before = ppd.marks();
+    const auto size = wanted.choices.find(kPageSizeOption);
+    if (size != wanted.choices.end()) {
+        setPaper(size->second);
+        if (pageSizeChoice() != size->second) { // it is the application's
+            if (!wanted.text.empty()) wanted.text += " ";
+            wanted.text += hostText(ppd.language(), "The size stays %1.",
+                {ppd.choiceTitle(kPageSizeOption, ppd.choiceOf(kPageSizeOption))});
+            wanted.choices.erase(size);
+        }
+    }
+    const MarkResult settled = session_->markElsewhere(wanted.choices);
+    MarkResult whole{.changes = {}, .conflicts = settled.conflicts};
+    for (const auto& [option, choice] : ppd.marks())
+        if (const auto was = before.find(option); was == before.end() || was->second != choice)
+            whole.changes.push_back({option, was != before.end() ? was->second : "", choice});
+    writeToDialog(whole, kPageSizeOption);
+    // What was marked already is chosen now, and no longer left to the printer.
+    for (const auto& [option, choice] : wanted.choices)
+        if (option != kPageSizeOption) writeToDialog(option, ppd.choiceOf(option));
+    notice_ = presetNotice(ppd, wanted, settled);
+    undoable_ = whole.changes.empty() ? std::nullopt : std::optional(std::move(whole));
+    if (presets_ != nullptr) presets_->applied(preset, currentPreset("").choices);
+    updateLine();
+    updateTree();
+    toolkit_.treeChanged();
+}
+
+// What the dialog was opened with.
+void DialogTab::chooseFirstPreset() {
+    if (presets_ == nullptr || !firstPreset_) return;
+    const std::string name = *std::exchange(firstPreset_, std::nullopt);
+    const PresetStore::Listing& listing = presets_->listing();
+    if (name.empty()) {
+        if (listing.lastUsed) choosePreset(Preset(*listing.lastUsed));
+        return;
+    }
+    if (const PresetStore::Listed* const listed = listing.find(name))
+        return choosePreset(Preset(listed->preset));
+    const PresetProblem problem{PresetProblem::Kind::missing, name};
+    notice_ = {problem.text(session_->ppd().language()), false};
+    updateLine();
+}
+
+void DialogTab::setPaper(const std::string& pageSize) {
+    const DialogPPD& ppd = session_->ppd();
+    const auto dimensions = ppd.dimensionsOf(pageSize);
+    if (!dimensions || pageSizeChoice() == pageSize) return;
+    toolkit_.setPaper(
+        pageSize, ppd.choiceTitle(kPageSizeOption, pageSize), {dimensions->first, dimensions->second});
+}
+
+void DialogTab::accepted() {
+    if (session_ == nullptr || presets_ == nullptr) return;
+    chooseFirstPreset();
+    const PresetProblem problem = presets_->store().rememberLastUsed(currentPreset(""));
+    if (problem.kind != PresetProblem::Kind::none)
+        logOnce("what was printed with is not remembered: " + problem.detail);
 }
 
 std::map<std::string, DialogTab::MarkedChoice> DialogTab::marked() const {

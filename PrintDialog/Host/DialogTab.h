@@ -6,6 +6,7 @@
 #include "PrintDialog/Host/PanelSession.h"
 #include "PrintDialog/Host/PaperNames.h"
 #include "PrintDialog/Host/PickNotice.h"
+#include "PrintDialog/Host/PresetMenu.h"
 #include "PrintDialog/Host/QueuePPD.h"
 #include "PrintDialog/Host/TabTree.h"
 #include "PrintDialog/Host/ToolkitDialog.h"
@@ -23,7 +24,9 @@ namespace orvan {
 class DialogTab {
 public:
     // Null when the plug-in is not there or damaged (one line in the log), or the administrator wants no tab.
-    static std::unique_ptr<DialogTab> create(ToolkitDialog& toolkit);
+    // `preset`: the name of one that the first printer begins with, "" for what was used last there.
+    static std::unique_ptr<DialogTab> create(
+        ToolkitDialog& toolkit, std::optional<std::string> preset = std::nullopt);
     ~DialogTab();
     DialogTab(const DialogTab&) = delete;
     DialogTab& operator=(const DialogTab&) = delete;
@@ -35,6 +38,9 @@ public:
     void paperChanged();
     // ... and an option of the dialog's own has another choice, "" for "as the printer is set".
     void optionChanged(const std::string& keyword, const std::string& choice);
+
+    // The person prints: what is marked is remembered as what was used last.
+    void accepted();
 
     // The selected printer's queue.
     const std::string& queue() const { return queue_; }
@@ -48,7 +54,8 @@ public:
     const TabTree& tree() const { return tree_; }
 
 private:
-    DialogTab(ToolkitDialog& toolkit, std::shared_ptr<platform::Bundle> bundle);
+    DialogTab(
+        ToolkitDialog& toolkit, std::shared_ptr<platform::Bundle> bundle, std::optional<std::string> preset);
 
     void queueArrived(std::optional<OpenedQueue> opened, const QueueFailure& failure);
     // Null, and one line in the log, when there is no panel for the queue.
@@ -68,6 +75,13 @@ private:
     void writeToDialog(const std::string& option, const std::string& choice);
     void report(const MarkResult& result, const std::string& asked);
     void undo();
+
+    void openPresets();
+    Preset currentPreset(const std::string& name) const;
+    void choosePreset(const Preset& preset);
+    void chooseFirstPreset();
+    void setPaper(const std::string& pageSize);
+
     void updateLine();
     void updateTree();
     std::string pageSizeChoice() const;
@@ -77,8 +91,11 @@ private:
     std::string queue_;
     SchedulerRequest request_; // for the queue, before there is a session
     TabTree tree_;
+    PresetPrinter printer_; // that the session is for
+    std::optional<std::string> firstPreset_;
     std::unique_ptr<PanelSession> session_;
     std::unique_ptr<PaperNames> names_;                   // the session's
+    std::unique_ptr<PresetMenu> presets_;                 // null where there are none
     bool isReplacing_ = false;                            // the session: the queue is being opened anew
     std::set<std::string> carried_;                       // the options that the job is told of
     PickNotice notice_;                                   // of the newest pick

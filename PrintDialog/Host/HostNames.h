@@ -23,5 +23,8 @@ inline constexpr const char* kGtk3HostFile = "liborvan-print-dialog.so";
 #define ORVAN_TEXT_OF(name) #name
 #define ORVAN_NAME_OF(macro) ORVAN_TEXT_OF(macro)
 inline constexpr const char* kGtk3AttachFunction = ORVAN_NAME_OF(ORVAN_GTK3_ATTACH);
+// The same with the name of a preset that the dialog begins with, "" for what was used last.
+#define ORVAN_GTK3_ATTACH_WITH_PRESET orvanAttachPaperOptionsWithPreset
+inline constexpr const char* kGtk3AttachWithPresetFunction = ORVAN_NAME_OF(ORVAN_GTK3_ATTACH_WITH_PRESET);
 
 } // namespace orvan

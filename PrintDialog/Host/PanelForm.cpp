@@ -41,8 +41,8 @@ std::vector<Line> linesOf(const platform::View& root) {
 
 } // namespace
 
-std::unique_ptr<PanelForm> PanelForm::create(
-    PanelSession& session, Mnemonics& mnemonics, const std::function<void()>& picked) {
+std::unique_ptr<PanelForm> PanelForm::create(PanelSession& session, Mnemonics& mnemonics,
+    std::shared_ptr<platform::Menu> first, const std::function<void()>& picked) {
     std::shared_ptr<platform::View> content = session.view();
     if (content == nullptr) return nullptr;
     std::unique_ptr<PanelForm> form(new PanelForm(session));
@@ -57,7 +57,8 @@ std::unique_ptr<PanelForm> PanelForm::create(
         }
     }
     std::vector<std::shared_ptr<platform::Menu>> menus;
-    menus.reserve(form->rows_.size());
+    menus.reserve(form->rows_.size() + 1);
+    if (first != nullptr) menus.push_back(std::move(first));
     for (const Row& row : form->rows_) {
         menus.push_back(row.menu);
         row.menu->setAction([form = form.get(), menu = row.menu.get(), picked](

@@ -17,10 +17,10 @@ namespace orvan {
 // the form itself may stay longer, and then shows what it showed. One thread.
 class PanelForm {
 public:
-    // `picked` is told after the panel has been told of a pick, and may end this object. Null when the
-    // panel has no view.
-    static std::unique_ptr<PanelForm> create(
-        PanelSession& session, Mnemonics& mnemonics, const std::function<void()>& picked);
+    // `first`, if it is not null, is a menu of the dialog's own above the panel's. `picked` is told after the
+    // panel has been told of a pick, and may end this object. Null when the panel has no view.
+    static std::unique_ptr<PanelForm> create(PanelSession& session, Mnemonics& mnemonics,
+        std::shared_ptr<platform::Menu> first, const std::function<void()>& picked);
     ~PanelForm();
     PanelForm(const PanelForm&) = delete;
     PanelForm& operator=(const PanelForm&) = delete;

@@ -5,9 +5,13 @@
 namespace orvan {
 namespace {
 
+std::string joined(const std::string& text, const std::string& sentence) {
+    return text + (text.empty() || sentence.empty() ? "" : " ") + sentence;
+}
+
 std::string textOf(const DialogPPD& ppd, const MarkResult& result, const std::string& asked) {
     std::string text;
-    const auto add = [&text](const std::string& sentence) { text += (text.empty() ? "" : " ") + sentence; };
+    const auto add = [&text](const std::string& sentence) { text = joined(text, sentence); };
     for (const ChoiceChange& change : result.changes) {
         if (change.option == asked) continue;
         add(hostText(ppd.language(), "%1 changed from “%2” to “%3”.",
@@ -29,9 +33,13 @@ PickNotice pickNotice(const DialogPPD& ppd, const MarkResult& result, const std:
     return {textOf(ppd, result, asked), changedOthers && asked != kPageSizeOption};
 }
 
+PickNotice presetNotice(const DialogPPD& ppd, const PresetChoices& wanted, const MarkResult& settled) {
+    return {joined(wanted.text, textOf(ppd, settled, "")), false};
+}
+
 std::string lineOf(const PickNotice& notice, const std::string& notLoaded, const std::string& names) {
-    if (notice.text.empty() && notLoaded.empty()) return names;
-    return notice.text + (notice.text.empty() || notLoaded.empty() ? "" : " ") + notLoaded;
+    const std::string line = joined(notice.text, notLoaded);
+    return line.empty() ? names : line;
 }
 
 } // namespace orvan

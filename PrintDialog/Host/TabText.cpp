@@ -29,6 +29,8 @@ void append(const platform::View& view, const std::string& indent, std::string& 
         return line(platform::onOneLine(level->stringValue()));
     if (const auto* button = dynamic_cast<const platform::Button*>(&view))
         return line("<" + button->title().text + ">");
+    if (const auto* entry = dynamic_cast<const platform::TextEntry*>(&view))
+        return line("[" + platform::onOneLine(entry->stringValue()) + "]");
     if (const auto* menu = dynamic_cast<const platform::Menu*>(&view)) return line(menuText(*menu));
     if (const auto* form = dynamic_cast<const platform::Form*>(&view)) {
         for (const auto& row : form->menus())

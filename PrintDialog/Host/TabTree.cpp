@@ -32,16 +32,18 @@ TabTree::TabTree(Actions actions)
     undo_->setHidden(true);
 }
 
-void TabTree::showPanel(PanelSession& session, std::string_view takenLetters) {
+void TabTree::showPanel(PanelSession& session, PresetMenu* presets, std::string_view takenLetters) {
     dropPanel();
     Mnemonics mnemonics(takenLetters);
-    form_ = PanelForm::create(session, mnemonics, [this] {
+    form_ = PanelForm::create(session, mnemonics, presets != nullptr ? presets->menu() : nullptr, [this] {
         if (actions_.picked) actions_.picked();
     });
     if (form_ == nullptr) return;
     session_ = &session;
     undo_->setTitle(mnemonics.titled(hostText(session.ppd().language(), "Undo"), "Undo"));
     details_->setTitle(mnemonics.titled(hostText(session.ppd().language(), "Details"), "Details"));
+    if (presets != nullptr) presets->setTitles(mnemonics);
+    if (presets != nullptr) rest_->addSubview(presets->editor());
     rest_->addSubview(form_->view());
     rest_->addSubview(details_);
 }

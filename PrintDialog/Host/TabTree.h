@@ -7,6 +7,7 @@
 #include "Platform/Controls.h"
 #include "PrintDialog/Host/PanelForm.h"
 #include "PrintDialog/Host/PanelSession.h"
+#include "PrintDialog/Host/PresetMenu.h"
 
 #include <functional>
 #include <memory>
@@ -29,8 +30,8 @@ public:
     std::shared_ptr<platform::View> root() const { return root_; }
 
     // Shows the session's panel, which was told that it will be shown. The session must stay until
-    // dropPanel. `takenLetters`: see Mnemonics.
-    void showPanel(PanelSession& session, std::string_view takenLetters);
+    // dropPanel, and so must the presets, which may be null. `takenLetters`: see Mnemonics.
+    void showPanel(PanelSession& session, PresetMenu* presets, std::string_view takenLetters);
     void dropPanel();
     bool hasPanel() const { return form_ != nullptr; }
 

@@ -46,6 +46,9 @@ public:
     virtual void writeOption(const std::string& keyword, const std::string& choice) = 0;
     // The document's paper; nothing when it has none.
     virtual std::optional<PaperSize> paper() const = 0;
+    // Gives the document another paper: a PPD's page size, its title and its size. False where the
+    // application keeps the choice of the paper to itself.
+    virtual bool setPaper(const std::string& pageSize, const std::string& title, const PaperSize& size) = 0;
 };
 
 } // namespace orvan

@@ -51,14 +51,14 @@ std::optional<std::string> problemWith(const std::string& file) {
 }
 
 // The options are optional: without them the dialog is GTK's own.
-void attachPaperOptions(GtkPrintUnixDialog* dialog) {
+void attachPaperOptions(GtkPrintUnixDialog* dialog, const std::string& preset) {
     if (isSwitchedOff()) return;
     const std::filesystem::path library = privateFolder() / kGtk3HostFile;
     gpointer symbol = nullptr;
     GModule* const host = g_module_open(library.c_str(), G_MODULE_BIND_LOCAL);
-    if (host != nullptr && g_module_symbol(host, kGtk3AttachFunction, &symbol) != FALSE) {
+    if (host != nullptr && g_module_symbol(host, kGtk3AttachWithPresetFunction, &symbol) != FALSE) {
         g_module_make_resident(host);
-        reinterpret_cast<void (*)(GtkPrintUnixDialog*)>(symbol)(dialog);
+        reinterpret_cast<void (*)(GtkPrintUnixDialog*, const char*)>(symbol)(dialog, preset.c_str());
     } else {
         std::fprintf(stderr, "orvan-print: going on without the paper options: %s\n", g_module_error());
     }
@@ -85,12 +85,13 @@ std::optional<Chosen> ask(const PrintArguments& arguments) {
     auto* const dialog =
         GTK_PRINT_UNIX_DIALOG(gtk_print_unix_dialog_new(titleFor(arguments.files).c_str(), nullptr));
     gtk_print_unix_dialog_set_manual_capabilities(dialog, GTK_PRINT_CAPABILITY_GENERATE_PDF);
+    gtk_print_unix_dialog_set_embed_page_setup(dialog, TRUE); // files are printed on the paper that is chosen
     if (!arguments.queue.empty()) {
         const GObjectRef<GtkPrintSettings> settings(gtk_print_settings_new());
         gtk_print_settings_set_printer(settings.get(), arguments.queue.c_str());
         gtk_print_unix_dialog_set_settings(dialog, settings.get());
     }
-    attachPaperOptions(dialog);
+    attachPaperOptions(dialog, arguments.preset);
 
     std::optional<Chosen> chosen;
     if (gtk_dialog_run(GTK_DIALOG(dialog)) == GTK_RESPONSE_OK) {

@@ -8,7 +8,8 @@ namespace orvan {
 
 struct PrintArguments {
     std::vector<std::string> files;
-    std::string queue; // "" for the person's default
+    std::string queue;  // "" for the person's default
+    std::string preset; // that the dialog begins with; "" for what was used last
 };
 
 // Opens the dialog for the files and sends each to the printer that the person chooses. 0 when all were

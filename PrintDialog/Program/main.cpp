@@ -18,6 +18,10 @@ void describe(CLI::App& program, PrintArguments& arguments) {
         ->required();
     program.add_option("-q,--queue", arguments.queue, "The queue that the dialog opens with")
         ->type_name("QUEUE");
+    program
+        .add_option("--preset", arguments.preset,
+            "The preset that the dialog begins with; without it, what was used last with the printer")
+        ->type_name("NAME");
     program.set_version_flag("--version", "orvan-print " ORVAN_VERSION);
     program.footer("Exit codes: 0 printed, 1 not printed, 2 wrong usage.\n"
                    "Example: orvan-print -q Office report.pdf");

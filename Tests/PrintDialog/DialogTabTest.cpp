@@ -5,11 +5,17 @@
 #include "PrintDialog/Host/TabText.h"
 #include "Tests/Support/CommandQueue.h"
 #include "Tests/Support/ScriptedServer.h"
+#include "Tests/Support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
+#include <cstdlib>
+#include <filesystem>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -59,11 +65,17 @@ struct FakeDialog final : ToolkitDialog {
     void writeOption(const std::string& keyword, const std::string& choice) override {
         options[keyword] = choice;
     }
-    std::optional<PaperSize> paper() const override { return PaperSize{595, 842}; }
+    std::optional<PaperSize> paper() const override { return size; }
+    bool setPaper(const std::string&, const std::string&, const PaperSize& newSize) override {
+        if (!keepsPaper) size = newSize;
+        return !keepsPaper;
+    }
 
     std::map<std::string, std::string> options;
     std::string title;
     std::shared_ptr<platform::View> tree;
+    PaperSize size{595, 842};
+    bool keepsPaper = false;
     bool isInFront = true;
     bool busy = false;
     const platform::View* focused = nullptr;
@@ -78,10 +90,30 @@ struct Visit {
         tab->printerSelected(queue);
     }
 
-    // What is on the tab above the second row, the times in it as "TIME".
+    platform::Form& form() const {
+        return dynamic_cast<platform::Form&>(*dialog.tree->subviews()[1]->subviews()[1]);
+    }
+    platform::Menu& menu(const std::string& title) const {
+        for (const auto& menu : form().menus())
+            if (menu->title().text == title) return *menu;
+        throw std::out_of_range(title);
+    }
+    bool pick(const std::string& title, const std::string& choice) const {
+        const auto& entries = menu(title).entries();
+        const auto found = std::ranges::find(entries, choice, &platform::MenuEntry::title);
+        return found != entries.end() && menu(title).pick(static_cast<std::size_t>(found - entries.begin()));
+    }
+    std::string shown(const std::string& title) const {
+        const platform::MenuEntry* const entry = menu(title).selectedEntry();
+        return entry != nullptr ? entry->title : "";
+    }
+
+    // What is on the tab above the second row but for the presets, the times in it as "TIME".
     std::string top() const {
         const std::string all = dialog.tree != nullptr ? tabText(*dialog.tree) : "(no tab)";
         std::string text = all.substr(0, all.find("Separator Page:"));
+        if (const std::size_t place = text.find("Preset:"); place != std::string::npos)
+            text.erase(place, text.find('\n', place) + 1 - place);
         constexpr std::size_t kTime = 5;
         if (const std::size_t place = text.find("Paper names of "); place != std::string::npos)
             text.replace(place + std::string("Paper names of ").size(), kTime, "TIME");
@@ -95,6 +127,9 @@ struct Visit {
 class DialogTabTest : public CommandQueue {
 protected:
     void SetUp() override {
+        static const TempFolder config; // is asked for once in a process
+        ::setenv("XDG_CONFIG_HOME", config.path().c_str(), 1);
+        std::filesystem::remove_all(config.path() / "orvan");
         CommandQueue::SetUp();
         if (!IsSkipped() && !HasFatalFailure()) system_->adoptEnvironment();
     }
@@ -176,10 +211,7 @@ TEST_F(DialogTabTest, waitsASecondForAPrinterThatIsSlowOrBusy) {
     const Visit second("Office", "CustomType2");
     expectTop(second, slow.top());
     slow.dialog.busy = true;
-    slow.dialog.focused =
-        &**dynamic_cast<const platform::Form&>(*slow.dialog.tree->subviews()[1]->subviews()[0])
-               .menus()
-               .begin();
+    slow.dialog.focused = &slow.menu("Paper Type:");
     openGate();
     expectTop(second, kIvory);
     EXPECT_NE(slow.top(), kIvory);
@@ -213,26 +245,20 @@ TEST_F(DialogTabTest, tellsTheDialogWhatIsPickedAndUndone) {
     addQueue("Office", printer);
     Visit visit("Office");
     expectTop(visit, "Paper Type: [Plain]  of 16\n");
-    const auto& form = dynamic_cast<const platform::Form&>(*visit.dialog.tree->subviews()[1]->subviews()[0]);
-    const auto pick = [&](const std::string& title, const std::string& choice) {
-        for (const auto& menu : form.menus())
-            for (std::size_t i = 0; menu->title().text == title && i < menu->entries().size(); ++i)
-                if (menu->entries()[i].title == choice) return menu->pick(i);
-        return false;
-    };
-    EXPECT_EQ(form.menus().front()->title().withMarker('_'), "Paper _Type:") << "the dialog has p";
-    EXPECT_EQ(form.menus().front()->entries()[3], (platform::MenuEntry{"", "", false, true}));
-    EXPECT_FALSE(form.menus().front()->pick(3)) << "a line";
-    EXPECT_TRUE(pick("Paper Type:", "Ivory"));
+    platform::Menu& papers = visit.menu("Paper Type:");
+    EXPECT_EQ(papers.title().withMarker('_'), "Paper _Type:") << "the dialog has p";
+    EXPECT_EQ(papers.entries()[3], (platform::MenuEntry{"", "", false, true}));
+    EXPECT_FALSE(papers.pick(3)) << "a line";
+    EXPECT_TRUE(visit.pick("Paper Type:", "Ivory"));
     EXPECT_EQ(visit.dialog.options["MediaType"], "CustomType2");
     EXPECT_EQ(visit.top(), kIvory) << "which is in the tray";
-    EXPECT_TRUE(pick("Paper Type:", "Certificates"));
+    EXPECT_TRUE(visit.pick("Paper Type:", "Certificates"));
     const std::string loaded =
         "No tray holds “Certificates” in A4; Tray 1 holds “Plain” A4, Tray 2 holds “Ivory” A4.";
     EXPECT_EQ(visit.top(), loaded + "\nPaper Type: [Certificates]  of 16\n");
 
-    EXPECT_TRUE(pick("Edge to Edge:", "On"));
-    EXPECT_TRUE(pick("Paper Type:", "Transparency"));
+    EXPECT_TRUE(visit.pick("Edge to Edge:", "On"));
+    EXPECT_TRUE(visit.pick("Paper Type:", "Transparency"));
     EXPECT_TRUE(visit.top().starts_with("Edge to Edge changed from “On” to “Off”. No tray holds "))
         << visit.top();
     EXPECT_NE(visit.top().find("\n<Undo>\n"), std::string::npos);
@@ -240,13 +266,136 @@ TEST_F(DialogTabTest, tellsTheDialogWhatIsPickedAndUndone) {
     dynamic_cast<platform::Button&>(*visit.dialog.tree->subviews()[0]->subviews()[1]).press();
     EXPECT_EQ(visit.dialog.options["OVNEdgeToEdge"], "On");
     EXPECT_EQ(visit.dialog.options["MediaType"], "CustomType3");
-    EXPECT_EQ(visit.dialog.focused, form.menus().front().get());
+    EXPECT_EQ(visit.dialog.focused, &papers);
 
     visit.tab->optionChanged("MediaType", "CustomType2");
     EXPECT_EQ(visit.top(), kIvory);
     visit.tab->printerSelected("");
     EXPECT_EQ(visit.top(), "(no tab)");
     EXPECT_TRUE(visit.tab->marked().empty());
+}
+
+// As a person saves it in the tab. What stands in the editor's places.
+struct Editor {
+    explicit Editor(const Visit& visit) : box(*visit.dialog.tree->subviews()[1]->subviews()[0]) {}
+
+    template <class Kind>
+    Kind& at(std::size_t place) const {
+        return dynamic_cast<Kind&>(*box.subviews()[place]);
+    }
+    std::string question() const { return at<platform::TextField>(0).stringValue(); }
+    platform::TextEntry& name() const { return at<platform::TextEntry>(1); }
+    platform::Button& button() const { return at<platform::Button>(2); }
+    platform::Button& cancel() const { return at<platform::Button>(3); }
+
+    platform::View& box;
+};
+
+TEST_F(DialogTabTest, savesAndChoosesPresets) {
+    const SimulatedPrinter printer({"--no-snmp"}, documentWith(kPapers));
+    addQueue("Office", printer);
+    {
+        Visit visit("Office");
+        expectTop(visit, "Paper Type: [Plain]  of 16\n");
+        EXPECT_EQ(visit.shown("Preset:"), "Defaults");
+        EXPECT_TRUE(visit.pick("Paper Type:", "Ivory"));
+        visit.tab->optionChanged("Duplex", "DuplexTumble");
+        EXPECT_EQ(visit.shown("Preset:"), "None");
+
+        const Editor editor(visit);
+        EXPECT_TRUE(editor.box.isHidden());
+        EXPECT_TRUE(visit.pick("Preset:", "Save as …"));
+        EXPECT_FALSE(editor.box.isHidden());
+        EXPECT_EQ(visit.dialog.focused, &editor.name());
+        EXPECT_TRUE(editor.button().press());
+        EXPECT_EQ(visit.tab->tree().line(), "A preset needs a name of at most 200 bytes.");
+        editor.name().edit(" Ivory, both sides ");
+        EXPECT_EQ(editor.button().title().text, "Save");
+        editor.name().end();
+        EXPECT_TRUE(editor.box.isHidden());
+        EXPECT_EQ(visit.shown("Preset:"), "Ivory, both sides");
+        EXPECT_EQ(visit.dialog.focused, &visit.menu("Preset:"));
+
+        // Another one, which replaces nothing, is left; the first gets another name.
+        EXPECT_TRUE(visit.pick("Preset:", "Save as …"));
+        EXPECT_EQ(editor.button().title().text, "Replace");
+        editor.name().edit("Other");
+        EXPECT_EQ(editor.button().title().text, "Save");
+        editor.name().leave();
+        EXPECT_FALSE(visit.pick("Preset:", "Other"));
+        EXPECT_TRUE(visit.pick("Preset:", "Rename “Ivory, both sides” …"));
+        EXPECT_EQ(editor.question(), "Rename “Ivory, both sides” to:");
+        editor.name().edit("Ivory");
+        EXPECT_TRUE(editor.button().press());
+        EXPECT_EQ(visit.shown("Preset:"), "Ivory");
+        EXPECT_TRUE(visit.pick("Preset:", "Defaults"));
+        EXPECT_EQ(visit.dialog.options["MediaType"], "Plain");
+        EXPECT_EQ(visit.dialog.options["Duplex"], "None");
+        dynamic_cast<platform::Button&>(*visit.dialog.tree->subviews()[0]->subviews()[1]).press();
+        EXPECT_EQ(visit.dialog.options["Duplex"], "DuplexTumble") << "undone";
+        EXPECT_EQ(visit.shown("Preset:"), "None");
+        visit.tab->accepted();
+    }
+
+    // Meanwhile the printer's papers have changed, and so has the document's size.
+    const struct {
+        Papers papers;
+        const char* line;
+        const char* paper;
+    } cases[] = {
+        {{{"Certificates", "2"}, {"Ivory", "5"}},
+            "No tray holds “Ivory” in A4; Tray 1 holds “Plain” A4, Tray 2 "
+            "holds “Certificates” A4.",
+            "CustomType5"},
+        {{{"Ivory 120", "2"}, {"Certificates", "3"}}, "“Ivory” is now called “Ivory 120”.", "CustomType2"},
+        {{{"Certificates", "3"}}, "The printer has no paper “Ivory” any more.", "Plain"},
+    };
+    for (const auto& [papers, line, paper] : cases) {
+        SCOPED_TRACE(line);
+        printer.replaceDocument(documentWith(papers));
+        Visit visit("Office");
+        visit.dialog.size = {842, 1191}; // A3
+        ASSERT_TRUE(waitUntil([&] { return visit.tab->tree().hasPanel(); }));
+        EXPECT_TRUE(visit.pick("Preset:", "Ivory"));
+        EXPECT_EQ(visit.tab->tree().line(), line);
+        EXPECT_EQ(visit.tab->marked().at("MediaType").choice, paper);
+        EXPECT_EQ(visit.dialog.options["Duplex"], "DuplexTumble");
+        EXPECT_EQ(visit.dialog.size.width, 595) << "the preset's";
+        dynamic_cast<platform::Button&>(*visit.dialog.tree->subviews()[0]->subviews()[1]).press();
+        EXPECT_EQ(visit.dialog.size.width, 842) << "undone";
+        EXPECT_EQ(visit.dialog.options["Duplex"], "None");
+        visit.dialog.keepsPaper = true;
+        EXPECT_TRUE(visit.pick("Preset:", "Ivory"));
+        EXPECT_NE(visit.tab->tree().line().find("The size stays A3."), std::string::npos);
+        EXPECT_TRUE(visit.pick("Preset:", "Last used"));
+        EXPECT_EQ(visit.shown("Preset:"), "Last used");
+        EXPECT_EQ(visit.tab->marked().at("Duplex").choice, "DuplexTumble");
+    }
+
+    // The program for files begins with what was used last, and can be told another.
+    for (const auto& [wanted, shown, line] :
+        {std::array{"", "Last used", "The printer has no paper “Ivory” any more."},
+            {"Ivory", "Ivory", "The printer has no paper “Ivory” any more."},
+            {"Gold", "Defaults", "There is no preset “Gold” for this printer."}}) {
+        FakeDialog dialog({});
+        const auto tab = DialogTab::create(dialog, wanted);
+        tab->printerSelected("Office");
+        ASSERT_TRUE(waitUntil([&] { return tab->tree().line() == line; })) << tab->tree().line();
+        EXPECT_NE(tabText(*dialog.tree).find(std::string("Preset: [") + shown), std::string::npos);
+    }
+
+    // It is deleted, after a question.
+    Visit visit("Office");
+    ASSERT_TRUE(waitUntil([&] { return visit.tab->tree().hasPanel(); }));
+    EXPECT_TRUE(visit.pick("Preset:", "Ivory"));
+    EXPECT_TRUE(visit.pick("Preset:", "Delete “Ivory” …"));
+    const Editor editor(visit);
+    EXPECT_TRUE(editor.name().isHidden());
+    EXPECT_TRUE(editor.cancel().press());
+    EXPECT_TRUE(visit.pick("Preset:", "Delete “Ivory” …"));
+    EXPECT_EQ(editor.question(), "Delete “Ivory”?");
+    EXPECT_TRUE(editor.button().press());
+    EXPECT_FALSE(visit.pick("Preset:", "Ivory"));
 }
 
 } // namespace

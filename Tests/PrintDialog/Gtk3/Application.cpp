@@ -214,6 +214,15 @@ bool OpenDialog::press(const std::string& text) const {
     return found != nullptr;
 }
 
+void OpenDialog::type(const std::string& text) const {
+    GtkEntry* found = nullptr;
+    forEach(frontPage(), [&found](GtkWidget* widget) {
+        if (GTK_IS_ENTRY(widget) && gtk_widget_get_mapped(widget)) found = GTK_ENTRY(widget);
+    });
+    ASSERT_NE(found, nullptr);
+    gtk_entry_set_text(found, text.c_str());
+}
+
 void OpenDialog::unfold() const {
     const auto details = [this] { return firstOf<GtkExpander>(frontPage(), GTK_TYPE_EXPANDER); };
     ASSERT_TRUE(waitUntil([&] { return details() != nullptr; }));

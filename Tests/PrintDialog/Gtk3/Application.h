@@ -58,6 +58,8 @@ public:
     void pick(const std::string& label, const std::string& choice);
     // Clicks a button of the front tab; false when none that can be seen has that text.
     bool press(const std::string& text) const;
+    // Writes into the entry of the front tab.
+    void type(const std::string& text) const;
     // Unfolds what is folded away on the front tab.
     void unfold() const;
     // Whether a text of the front tab contains this.

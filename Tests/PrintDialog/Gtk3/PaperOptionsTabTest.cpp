@@ -27,7 +27,7 @@ protected:
 // The labels of the rows that the driver's options fill, top to bottom.
 std::vector<std::string> labels() {
     const PPDRecord record(ppdOpenFile(ORVAN_PPD_FILE));
-    std::vector<std::string> labels;
+    std::vector<std::string> labels{"Preset:"};
     for (const OptionRowSpec& row : kOptionRows)
         if (const ppd_option_t* option = ppdFindOption(record.get(), row.keyword); option != nullptr)
             labels.push_back(std::string(option->text) + ":");
@@ -150,6 +150,34 @@ TEST_F(PaperOptionsTab, undoPutsBackThePickAndWhatItChanged) {
     });
     EXPECT_EQ(option("MediaType"), "Plain");
     EXPECT_EQ(option("OVNEdgeToEdge"), "On");
+}
+
+TEST_F(PaperOptionsTab, hasThePresetsThatAnotherApplicationSaved) {
+    inApplication([] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab("Page Setup");
+        dialog.pick("Two-sided:", "Short Edge (Flip)");
+        dialog.openTab(kTab);
+        dialog.pick("Paper Type:", "Glossy");
+        dialog.pick("Preset:", "Save as …");
+        dialog.type("Photos");
+        ASSERT_TRUE(dialog.press("Save"));
+        EXPECT_EQ(dialog.shownIn("Preset:"), "Photos");
+        EXPECT_FALSE(dialog.press("Cancel")) << "the editor is gone";
+    });
+    inApplication([this] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        dialog.pick("Preset:", "Photos");
+        EXPECT_EQ(dialog.shownIn("Paper Type:"), "Glossy");
+        dialog.openTab("Page Setup");
+        EXPECT_EQ(dialog.shownIn("Paper type:"), "Glossy") << "GTK's own option follows";
+        EXPECT_EQ(dialog.print(document_), "");
+    });
+    EXPECT_EQ(option("MediaType"), "Glossy");
+    EXPECT_EQ(option("Duplex"), "DuplexTumble");
 }
 
 TEST_F(PaperOptionsTab, theWheelPicksNothing) {
@@ -288,7 +316,7 @@ TEST_F(PaperOptionsTab, hasItsControlsInTheOrderOfTheScreenForAssistiveTechnolog
         dialog.openTab(kTab);
         dialog.pick("Edge to Edge:", "On");
         dialog.pick("Paper Type:", "Transparency");
-        const std::vector<std::string> expected{"Undo", "Transparency", "None", "Automatic",
+        const std::vector<std::string> expected{"Undo", "None", "Transparency", "None", "Automatic",
             "Same as Document", "Use Printer Setting", "Automatic", "Off", "Details"};
         std::vector<std::string> names;
         EXPECT_TRUE(waitUntil([&] {
@@ -532,11 +560,11 @@ TEST_F(PaperOptionsTab, rowsOneToFiveMayBeAbsentInEveryCombination) {
             dialog.selectPrinter(name(combination));
             ASSERT_TRUE(dialog.waitForTab(kTab));
             dialog.openTab(kTab);
-            ASSERT_TRUE(waitUntil([&] { return dialog.popUps().size() == 7; })) << combination;
+            ASSERT_TRUE(waitUntil([&] { return dialog.popUps().size() == labels().size(); })) << combination;
             unsigned enabled = 0;
             for (const auto& [label, popUp] : dialog.popUps())
                 enabled += gtk_widget_get_sensitive(GTK_WIDGET(popUp)) != FALSE ? 1 : 0;
-            EXPECT_EQ(enabled, static_cast<unsigned>(std::popcount(combination)) + 2) << combination;
+            EXPECT_EQ(enabled, static_cast<unsigned>(std::popcount(combination)) + 3) << combination;
         }
     };
     inApplication(body);
