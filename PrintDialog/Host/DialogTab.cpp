@@ -115,6 +115,7 @@ void DialogTab::startSession(std::unique_ptr<PanelSession> session) {
     useSession(std::move(session));
     tree_.setUnfolded(remembersUnfoldedDetails());
     openPresets();
+    awaitsFirstPreset_ = firstPreset_.has_value();
     toolkit_.openOptions();
 
     // What the application remembered is where the marks start.
@@ -330,8 +331,8 @@ void DialogTab::choosePreset(const Preset& preset) {
 
 // What the dialog was opened with.
 void DialogTab::chooseFirstPreset() {
-    if (presets_ == nullptr || !firstPreset_) return;
-    const std::string name = *std::exchange(firstPreset_, std::nullopt);
+    if (presets_ == nullptr || !std::exchange(awaitsFirstPreset_, false)) return;
+    const std::string& name = *firstPreset_;
     const PresetStore::Listing& listing = presets_->listing();
     if (name.empty()) {
         if (listing.lastUsed) choosePreset(Preset(*listing.lastUsed));

@@ -24,7 +24,7 @@ namespace orvan {
 class DialogTab {
 public:
     // Null when the plug-in is not there or damaged (one line in the log), or the administrator wants no tab.
-    // `preset`: the name of one that the first printer begins with, "" for what was used last there.
+    // `preset`: the name of one that a printer begins with, "" for what was used last there.
     static std::unique_ptr<DialogTab> create(
         ToolkitDialog& toolkit, std::optional<std::string> preset = std::nullopt);
     ~DialogTab();
@@ -93,6 +93,7 @@ private:
     TabTree tree_;
     PresetPrinter printer_; // that the session is for
     std::optional<std::string> firstPreset_;
+    bool awaitsFirstPreset_ = false; // the session
     std::unique_ptr<PanelSession> session_;
     std::unique_ptr<PaperNames> names_;                   // the session's
     std::unique_ptr<PresetMenu> presets_;                 // null where there are none

@@ -9,8 +9,8 @@
 #include <cerrno>
 #include <cstring>
 #include <iterator>
+#include <map>
 #include <memory>
-#include <set>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -72,11 +72,6 @@ std::optional<Preset> readPreset(const fs::path& path) {
     return preset;
 }
 
-std::string fileFor(const std::string& name) {
-    const Text hash(g_compute_checksum_for_string(G_CHECKSUM_SHA256, name.c_str(), -1));
-    return std::string(hash.get()).substr(0, kHashLength) + kExtension;
-}
-
 // A queue's name may begin with a dot.
 std::string folderFor(const std::string& queue) {
     return queue.starts_with('.') ? "%" + queue : queue;
@@ -113,6 +108,14 @@ bool isName(const std::string& name) {
            !std::ranges::any_of(name, isControl) && platform::findInvalidUTF8(name) == std::string::npos;
 }
 
+PresetProblem removeFiles(const std::vector<fs::path>& files) {
+    std::error_code problem;
+    for (const fs::path& file : files)
+        if (!fs::remove(file, problem) && problem)
+            return {PresetProblem::Kind::notRemoved, file.string() + ": " + problem.message()};
+    return {};
+}
+
 } // namespace
 
 std::string PresetProblem::text(const std::string& language) const {
@@ -129,8 +132,10 @@ std::string PresetProblem::text(const std::string& language) const {
         return hostText(language, "A preset of this name is there and cannot be read: %1.", {detail});
     case Kind::missing:
         return hostText(language, "There is no preset “%1” for this printer.", {detail});
-    case Kind::system:
+    case Kind::notSaved:
         return hostText(language, "The preset was not saved: %1.", {detail});
+    case Kind::notRemoved:
+        return hostText(language, "The preset was not deleted: %1.", {detail});
     }
     return {};
 }
@@ -153,7 +158,7 @@ fs::path PresetStore::folder() const {
 
 PresetStore::Listing PresetStore::list() const {
     Listing listing;
-    std::set<std::string> names;
+    std::map<std::string, std::size_t> names; // to the place in the listing
     const auto add = [&](const fs::path& file, bool isFixed) {
         std::optional<Preset> preset = readPreset(file);
         const bool isLastUsed = file.filename() == kLastUsedFile;
@@ -162,8 +167,11 @@ PresetStore::Listing PresetStore::list() const {
         } else if (isLastUsed) {
             if (!isFixed && printer_.hasPresetsOf(preset->printer) && !listing.lastUsed)
                 listing.lastUsed = std::move(preset);
-        } else if (isForPrinter(*preset, printer_) && names.insert(preset->name).second) {
-            listing.presets.push_back({*std::move(preset), isFixed, file});
+        } else if (isForPrinter(*preset, printer_)) {
+            const auto [place, isNew] = names.emplace(preset->name, listing.presets.size());
+            if (isNew) listing.presets.push_back({*std::move(preset), isFixed, {}});
+            Listed& listed = listing.presets[place->second];
+            if (!isFixed && !listed.isFixed) listed.files.push_back(file);
         }
     };
     for (const gchar* const* system = g_get_system_config_dirs(); *system != nullptr; ++system)
@@ -180,20 +188,32 @@ PresetStore::Listing PresetStore::list() const {
     return listing;
 }
 
+fs::path PresetStore::fileOf(const std::string& name) const {
+    const Text hash(g_compute_checksum_for_string(G_CHECKSUM_SHA256, name.c_str(), -1));
+    return folder() / (std::string(hash.get()).substr(0, kHashLength) + kExtension);
+}
+
+PresetProblem PresetStore::problemWith(const std::string& name, const Listing& listing) const {
+    using Kind = PresetProblem::Kind;
+    if (!isName(name)) return {Kind::noName, ""};
+    const fs::path file = fileOf(name);
+    if (std::ranges::find(listing.unreadable, file) != listing.unreadable.end())
+        return {Kind::unreadable, file.string()};
+    const Listed* const before = listing.find(name);
+    if (before != nullptr && before->isFixed) return {Kind::fixed, name};
+    return {};
+}
+
 PresetProblem PresetStore::save(Preset preset) const {
     using Kind = PresetProblem::Kind;
     preset.name = nameIn(preset.name);
-    if (!isName(preset.name)) return {Kind::noName, ""};
     const Listing listing = list();
-    const fs::path file = folder() / fileFor(preset.name);
-    if (std::ranges::find(listing.unreadable, file) != listing.unreadable.end())
-        return {Kind::unreadable, file.string()};
-    const Listed* const before = listing.find(preset.name);
-    if (before != nullptr && before->isFixed) return {Kind::fixed, preset.name};
+    if (PresetProblem problem = problemWith(preset.name, listing); problem.kind != Kind::none) return problem;
     const auto own =
         std::ranges::count_if(listing.presets, [](const Listed& listed) { return !listed.isFixed; });
-    if (before == nullptr && own >= static_cast<std::ptrdiff_t>(kMostPresets)) return {Kind::tooMany, ""};
-    return write(preset, file);
+    if (listing.find(preset.name) == nullptr && own >= static_cast<std::ptrdiff_t>(kMostPresets))
+        return {Kind::tooMany, ""};
+    return write(preset, fileOf(preset.name));
 }
 
 PresetProblem PresetStore::rename(const std::string& from, const std::string& to) const {
@@ -202,18 +222,14 @@ PresetProblem PresetStore::rename(const std::string& from, const std::string& to
     const Listed* const found = listing.find(from);
     if (found == nullptr) return {Kind::missing, from};
     if (found->isFixed) return {Kind::fixed, from};
-    if (nameIn(to) == from) return {};
     Preset preset = found->preset;
     preset.name = nameIn(to);
-    if (!isName(preset.name)) return {Kind::noName, ""};
-    const Listed* const other = listing.find(preset.name);
-    if (other != nullptr && other->isFixed) return {Kind::fixed, preset.name};
+    if (preset.name == from) return {};
+    if (PresetProblem problem = problemWith(preset.name, listing); problem.kind != Kind::none) return problem;
     // The new one is there before the old one goes.
-    if (PresetProblem problem = write(preset, folder() / fileFor(preset.name)); problem.kind != Kind::none)
+    if (PresetProblem problem = write(preset, fileOf(preset.name)); problem.kind != Kind::none)
         return problem;
-    std::error_code problem;
-    fs::remove(found->file, problem);
-    return problem ? PresetProblem{Kind::system, problem.message()} : PresetProblem{};
+    return removeFiles(found->files);
 }
 
 PresetProblem PresetStore::remove(const std::string& name) const {
@@ -222,9 +238,7 @@ PresetProblem PresetStore::remove(const std::string& name) const {
     const Listed* const found = listing.find(name);
     if (found == nullptr) return {Kind::missing, name};
     if (found->isFixed) return {Kind::fixed, name};
-    std::error_code problem;
-    fs::remove(found->file, problem);
-    return problem ? PresetProblem{Kind::system, problem.message()} : PresetProblem{};
+    return removeFiles(found->files);
 }
 
 PresetProblem PresetStore::rememberLastUsed(Preset preset) const {
@@ -249,12 +263,12 @@ PresetProblem PresetStore::write(const Preset& preset, const fs::path& file) con
 
     using Kind = PresetProblem::Kind;
     if (g_mkdir_with_parents(file.parent_path().c_str(), kOwnersFolder) != 0)
-        return {Kind::system, file.parent_path().string() + ": " + std::strerror(errno)};
+        return {Kind::notSaved, file.parent_path().string() + ": " + std::strerror(errno)};
     GError* error = nullptr;
     g_file_set_contents_full(file.c_str(), text.get(), static_cast<gssize>(size),
         G_FILE_SET_CONTENTS_CONSISTENT, kOwnerOnly, &error);
     if (error == nullptr) return {};
-    PresetProblem problem{Kind::system, error->message};
+    PresetProblem problem{Kind::notSaved, error->message};
     g_error_free(error);
     return problem;
 }

@@ -19,7 +19,7 @@ namespace orvan {
 
 // Why something was not done to a preset.
 struct PresetProblem {
-    enum class Kind { none, noName, tooMany, fixed, unreadable, missing, system };
+    enum class Kind { none, noName, tooMany, fixed, unreadable, missing, notSaved, notRemoved };
     Kind kind = Kind::none;
     std::string detail; // the preset's name, a file, or the system's reason
     // For people, in a language of the host's.
@@ -28,7 +28,8 @@ struct PresetProblem {
 
 class PresetStore {
 public:
-    static constexpr std::size_t kMostPresets = 100; // of a person's for a queue
+    // Of a person's for a queue. Programs that save at the same moment may go beyond.
+    static constexpr std::size_t kMostPresets = 100;
     static constexpr std::size_t kLongestName = 200; // bytes
 
     explicit PresetStore(PresetPrinter printer) : printer_(std::move(printer)) {}
@@ -36,8 +37,8 @@ public:
 
     struct Listed {
         Preset preset;
-        bool isFixed = false; // the administrator's
-        std::filesystem::path file;
+        bool isFixed = false;                     // the administrator's
+        std::vector<std::filesystem::path> files; // the one that counts first; of the person's
     };
     struct Listing {
         std::vector<Listed>
@@ -62,6 +63,9 @@ public:
 
 private:
     std::filesystem::path folder() const;
+    std::filesystem::path fileOf(const std::string& name) const;
+    // Why no preset of that name may be written.
+    PresetProblem problemWith(const std::string& name, const Listing& listing) const;
     PresetProblem write(const Preset& preset, const std::filesystem::path& file) const;
 
     PresetPrinter printer_;

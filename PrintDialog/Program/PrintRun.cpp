@@ -1,9 +1,12 @@
 #include "PrintDialog/Program/PrintRun.h"
 
 #include "PrintDialog/Gtk3/GObjectRef.h"
+#include "PrintDialog/Host/AdministratorSettings.h"
 #include "PrintDialog/Host/HostNames.h"
 #include "PrintDialog/Host/HostText.h"
 #include "PrintDialog/Host/InstalledFiles.h"
+#include "PrintDialog/Host/PresetStore.h"
+#include "PrintDialog/Host/QueuePPD.h"
 #include "Scheduler/PrintScheduler.h"
 
 #include <gmodule.h>
@@ -71,6 +74,21 @@ std::string titleFor(const std::vector<std::string>& files) {
     if (files.size() == 1) return text("Print %1", {shown});
     if (files.size() == 2) return text("Print %1 and another file", {shown});
     return text("Print %1 and %2 other files", {shown, std::to_string(files.size() - 1)});
+}
+
+// Why the preset cannot be chosen on the queue, for people; nothing when it can, or when it shows in the
+// dialog.
+std::optional<std::string> problemWithPreset(const PrintArguments& arguments) {
+    if (arguments.preset.empty()) return std::nullopt;
+    const AdministratorSettings settings = administratorSettings();
+    if (!settings.showsTab || !settings.hasPresets)
+        return text("Presets are switched off in %1.", {settings.file});
+    if (arguments.queue.empty()) return std::nullopt;
+    platform::Failure error;
+    const auto opened = fetchQueue(arguments.queue, kSchedulerPatience, error);
+    if (!opened) return error;
+    if (PresetStore(presetPrinter(*opened)).list().find(arguments.preset) != nullptr) return std::nullopt;
+    return PresetProblem{PresetProblem::Kind::missing, arguments.preset}.text(personsHostLanguage());
 }
 
 // What the person chose.
@@ -151,6 +169,8 @@ int runPrint(const PrintArguments& arguments) {
         std::ranges::find(*queues, arguments.queue, &SchedulerQueue::name) == queues->end())
         return fail(
             text("There is no printer %1", {arguments.queue}), text("“lpstat -v” lists the printers."));
+
+    if (const auto problem = problemWithPreset(arguments)) return fail(text("Cannot print"), *problem);
 
     const std::optional<Chosen> chosen = ask(arguments);
     if (!chosen) {

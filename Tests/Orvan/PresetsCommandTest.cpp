@@ -143,6 +143,7 @@ TEST_F(PresetsCommand, FollowThePrinterToAnotherQueue) {
                                      "This queue’s driver has no option Slipsheet any more."),
         std::string::npos)
         << shownPanel.errors;
+    EXPECT_EQ(presets({"save", "Photos"}, "Annex").exitCode, 0); // there are two files now
     EXPECT_EQ(presets({"delete", "Photos"}, "Annex").exitCode, 0);
     EXPECT_EQ(list("Annex"), "");
 }

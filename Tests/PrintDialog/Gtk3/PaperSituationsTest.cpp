@@ -270,8 +270,8 @@ TEST_F(PaperSituations, sayThatNoTrayHoldsThePaper) {
         }));
         EXPECT_FALSE(dialog.says("No tray holds"));
         dialog.pick(kRow, "Certificates");
-        EXPECT_TRUE(
-            dialog.says("No tray holds “Certificates” in A4; Tray 1 holds “Plain” A4, Tray 2 holds “Ivory” A4."));
+        EXPECT_TRUE(dialog.says(
+            "No tray holds “Certificates” in A4; Tray 1 holds “Plain” A4, Tray 2 holds “Ivory” A4."));
         dialog.unfold();
         EXPECT_TRUE(waitUntil([&] { return dialog.says("Tray 2: Ivory, A4, nearly empty"); }));
         EXPECT_TRUE(dialog.says("Cyan Toner: 42%"));

@@ -54,6 +54,8 @@ TEST_F(PrintProgram, saysWhyItCannotPrint) {
              Case{{folder + "/missing.pdf"}, environment, "missing.pdf: There is no such file."},
              Case{{folder}, environment, "It is a folder."},
              Case{{"-q", "Nowhere", document_.string()}, environment, "There is no printer Nowhere"},
+             Case{{"-q", "Office", "--preset", "Gold", document_.string()}, environment,
+                 "Cannot print: There is no preset “Gold” for this printer."},
              Case{{document_.string()}, noScheduler, "cannot reach the print scheduler"},
          }) {
         const ProgramEnd end = run(c.arguments, "Escape", c.environment);
