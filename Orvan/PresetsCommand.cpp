@@ -97,6 +97,7 @@ int show(const PresetsQueue& queue, const Arguments& arguments) {
 
 std::vector<std::string> panelOptions() {
     std::vector<std::string> options;
+    options.reserve(kOptionRows.size());
     for (const OptionRowSpec& row : kOptionRows)
         options.emplace_back(row.keyword);
     return options;

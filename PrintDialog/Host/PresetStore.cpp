@@ -179,7 +179,8 @@ PresetStore::Listing PresetStore::list() const {
             add(file, true);
     const fs::path own = folder();
     std::vector<fs::path> files = presetFiles(presetsBelow(g_get_user_config_dir()));
-    std::ranges::stable_partition(files, [&own](const fs::path& file) { return file.parent_path() == own; });
+    std::stable_partition(
+        files.begin(), files.end(), [&own](const fs::path& file) { return file.parent_path() == own; });
     for (const fs::path& file : files)
         add(file, false);
     std::ranges::sort(listing.presets, [](const Listed& a, const Listed& b) {

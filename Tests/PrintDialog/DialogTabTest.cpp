@@ -373,15 +373,19 @@ TEST_F(DialogTabTest, savesAndChoosesPresets) {
     }
 
     // The program for files begins with what was used last, and can be told another.
-    for (const auto& [wanted, shown, line] :
-        {std::array{"", "Last used", "The printer has no paper “Ivory” any more."},
-            {"Ivory", "Ivory", "The printer has no paper “Ivory” any more."},
-            {"Gold", "Defaults", "There is no preset “Gold” for this printer."}}) {
+    struct Beginning {
+        const char* wanted;
+        const char* shown;
+        const char* line;
+    };
+    for (const Beginning& c : {Beginning{"", "Last used", "The printer has no paper “Ivory” any more."},
+             Beginning{"Ivory", "Ivory", "The printer has no paper “Ivory” any more."},
+             Beginning{"Gold", "Defaults", "There is no preset “Gold” for this printer."}}) {
         FakeDialog dialog({});
-        const auto tab = DialogTab::create(dialog, wanted);
+        const auto tab = DialogTab::create(dialog, c.wanted);
         tab->printerSelected("Office");
-        ASSERT_TRUE(waitUntil([&] { return tab->tree().line() == line; })) << tab->tree().line();
-        EXPECT_NE(tabText(*dialog.tree).find(std::string("Preset: [") + shown), std::string::npos);
+        ASSERT_TRUE(waitUntil([&] { return tab->tree().line() == c.line; })) << tab->tree().line();
+        EXPECT_NE(tabText(*dialog.tree).find(std::string("Preset: [") + c.shown), std::string::npos);
     }
 
     // It is deleted, after a question.
