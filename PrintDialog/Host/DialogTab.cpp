@@ -323,7 +323,9 @@ void DialogTab::choosePreset(const Preset& preset) {
         if (option != kPageSizeOption) writeToDialog(option, ppd.choiceOf(option));
     notice_ = presetNotice(ppd, wanted, settled);
     undoable_ = whole.changes.empty() ? std::nullopt : std::optional(std::move(whole));
-    if (presets_ != nullptr) presets_->applied(preset, currentPreset("").choices);
+    if (undoable_ && notice_.text.empty())
+        notice_.text = hostText(ppd.language(), "The preset “%1” is chosen.", {presets_->titleOf(preset)});
+    presets_->applied(preset, currentPreset("").choices);
     updateLine();
     updateTree();
     toolkit_.treeChanged();

@@ -47,6 +47,11 @@ void PresetMenu::reload() {
     fill();
 }
 
+std::string PresetMenu::titleOf(const Preset& preset) const {
+    if (!preset.name.empty()) return preset.name;
+    return preset.choices == defaults_.choices ? text("Defaults") : text("Last used");
+}
+
 void PresetMenu::applied(const Preset& preset, const std::map<std::string, std::string>& marks) {
     const bool isNamed = !preset.name.empty();
     applied_ = {isNamed ? Doing::named : Doing::lastUsed, preset.name};

@@ -42,6 +42,8 @@ public:
     void setTitles(Mnemonics& mnemonics);
     // Reads what there is anew.
     void reload();
+    // What the menu calls it.
+    std::string titleOf(const Preset& preset) const;
     // The preset was applied, and these choices came of it.
     void applied(const Preset& preset, const std::map<std::string, std::string>& marks);
     // Shows which preset the marked choices are.

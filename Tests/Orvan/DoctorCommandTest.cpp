@@ -197,7 +197,7 @@ TEST_F(DoctorCommand, FindsFaultsOfTheQueue) {
         {"Other", {{"PPD", "is for another printer"}}},
         {"NoCommands",
             {{"PPD", "(\"cupsCommands\") | Give the queue the printer's driver: \"lpadmin -p NoCommands"}}},
-        {"Long", {{"PPD", "damaged: Line longer than the maximum allowed (255 characters)"}}},
+        {"Long", {{"PPD", "damaged: a line is longer than 255 characters"}}},
         {"Missing", {{"command filter", "/no/such/filter is not there: No such file"}}},
         {"Insecure", {{"command filter", "\"sudo chmod 755 " + insecure + "\""}}},
         {"Failing", {{"command job", "the command filter failed"}}},

@@ -344,7 +344,7 @@ TEST_F(DialogTabTest, savesAndChoosesPresets) {
         const char* paper;
     } cases[] = {
         {{{"Certificates", "2"}, {"Ivory", "5"}},
-            "No tray holds “Ivory” in A4; Tray 1 holds “Plain” A4, Tray 2 "
+            "The preset “Ivory” is chosen. No tray holds “Ivory” in A4; Tray 1 holds “Plain” A4, Tray 2 "
             "holds “Certificates” A4.",
             "CustomType5"},
         {{{"Ivory 120", "2"}, {"Certificates", "3"}}, "“Ivory” is now called “Ivory 120”.", "CustomType2"},
