@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -15,8 +15,9 @@ namespace orvan {
 
 // A file's bytes; "" when it cannot be read.
 inline std::string contents(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    std::ostringstream bytes;
+    bytes << std::ifstream(file, std::ios::binary).rdbuf(); // throws nothing when a process's file goes meanwhile
+    return bytes.str();
 }
 
 class TempFolder {
