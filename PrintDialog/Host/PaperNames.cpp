@@ -99,7 +99,7 @@ CommandAnswer PaperNames::papersAnswer() const {
 
 std::string PaperNames::line() const {
     const std::string& language = start_.language;
-    if (!isReady_) return hostText(language, "Asking the printer \u2026");
+    if (!isReady_ && !isOver()) return hostText(language, "Asking the printer \u2026");
     if (start_.isAnswered || !start_.hasCommands || !RunningOn107OrLater() || RunningOn1010OrLater())
         return {};
     const CommandAnswer papers = papersAnswer();
