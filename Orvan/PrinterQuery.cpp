@@ -230,6 +230,8 @@ PrinterAnswers PrinterQuestion::end(std::chrono::duration<double> timeout) {
     }
     if (wasAsked && answers_.commands.empty()) answers_.problem = why;
     if (ppd_ != nullptr) answers_.unknownPapers = papersUnknownTo(*ppd_, customPapers(answers_.responses()));
+    if (ppd_ != nullptr && answers_.problem.isNone())
+        answers_.outdatedTitles = outdatedTitles(*ppd_, customPapers(answers_.responses()));
     answers_.ppd = ppd_;
     if (wasAsked) std::exchange(channel_, nullptr)->invalidate();
     return std::move(answers_);

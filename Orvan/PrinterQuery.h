@@ -24,6 +24,8 @@ struct PrinterAnswers {
     AnswerReason problem;
     // The custom papers that the queue's driver cannot name to the printer.
     std::vector<CustomPaper> unknownPapers;
+    // Published names of papers that are not the printer's any more; known where it has answered now.
+    std::vector<std::string> outdatedTitles;
     // The queue's PPD, for titles; null when it was not fetched.
     std::shared_ptr<const DialogPPD> ppd;
 

@@ -7,6 +7,7 @@
 #include "Orvan/Interruption.h"
 #include "Orvan/PrinterQuery.h"
 #include "Orvan/PropertyListJson.h"
+#include "Orvan/PublishedPapers.h"
 #include "Orvan/StatusMetrics.h"
 #include "Orvan/StatusReport.h"
 #include "Orvan/Terminal.h"
@@ -39,6 +40,7 @@ struct QueryArguments {
     bool all = false;               // every Orvan queue instead of one
     bool isVerbose = false;         // all that each of several printers answered, instead of a line
     bool low = false;               // those that need a hand alone
+    bool publishes = false;         // the papers' names in the queue's PPD
     std::optional<double> interval; // seconds between two questions; once without
 
     // Whether each printer is a line of text.
@@ -243,7 +245,10 @@ int papers(const QueryArguments& arguments) {
     for (const CustomPaper& paper : printer.unknownPapers)
         complain("the driver of queue " + printer.queue + " cannot name " + platform::onOneLine(paper.name) +
                  " to the printer");
-    return answer.reason.isNone() ? kDone : kNotDone;
+    if (!answer.reason.isNone()) return kNotDone;
+    return arguments.publishes
+               ? publishPapers(printer.queue, found, SchedulerPatience(arguments.timeout).time())
+               : kDone;
 }
 
 QueryArguments queryIn(const Arguments& arguments) {
@@ -275,7 +280,11 @@ int runStatus(const Arguments& arguments) {
 }
 
 int runPapers(const Arguments& arguments) {
-    return papers(withQueue(arguments, queryIn(arguments)));
+    QueryArguments query = withQueue(arguments, queryIn(arguments));
+    query.publishes = arguments.has("--publish");
+    if (!arguments.has("--unpublish")) return papers(query);
+    if (!query.noQueue.isNone()) return cannot(query.noQueue.text);
+    return unpublishPapers(query.queue, SchedulerPatience(query.timeout).time());
 }
 
 constexpr ArgumentSpec kStatusArguments[]{
@@ -300,6 +309,13 @@ constexpr ArgumentSpec kPapersArguments[]{
     kReleaseOption,
     kTimeoutOption,
     kJSONFlag,
+    {.name = "--publish",
+        .text =
+            "Make the names titles in the queue's PPD, for all clients of the scheduler; for administrators",
+        .group = "publishing"},
+    {.name = "--unpublish",
+        .text = "Take the names out of the queue's PPD again; the printer is not asked",
+        .group = "publishing"},
 };
 
 } // namespace

@@ -289,6 +289,15 @@ std::optional<FetchedQueue> queue(
     return fetched;
 }
 
+bool setPPD(SchedulerConnection& connection, const std::string& queue, const std::string& text,
+    SchedulerProblem& problem) {
+    if (!isQueueName(queue, problem)) return false;
+    // CUPS-Add-Modify-Printer: an operation of CUPS, beyond RFC 8011.
+    IPPMessage request = newRequest(IPP_OP_CUPS_ADD_MODIFY_PRINTER, queue);
+    addUser(request);
+    return connection.send(std::move(request), "/admin/", text, problem) != nullptr;
+}
+
 std::optional<std::string> defaultQueue(SchedulerConnection& connection, SchedulerProblem& problem) {
     // CUPS-Get-Default: an operation of CUPS, beyond RFC 8011.
     const IPPMessage request(ippNewRequest(IPP_OP_CUPS_GET_DEFAULT));
@@ -312,7 +321,7 @@ std::optional<int> sendCommand(SchedulerConnection& connection, const std::strin
     for (const auto& [name, value] : options)
         all[name] = value;
     addOptions(request, all);
-    const IPPMessage answer = connection.print(std::move(request), queue, text, problem);
+    const IPPMessage answer = connection.send(std::move(request), "/printers/" + queue, text, problem);
     if (answer == nullptr) return std::nullopt;
     if (ipp_attribute_t* const number = ippFindAttribute(answer.get(), "job-id", IPP_TAG_INTEGER))
         return ippGetInteger(number, 0);
@@ -337,6 +346,14 @@ std::optional<std::vector<QueueJob>> listActiveJobs(
     return waitFor<std::optional<std::vector<QueueJob>>>(time, platform::ignoredFailure(),
         [queue](SchedulerConnection& connection, SchedulerProblem& problem) {
             return scheduler::jobs(connection, queue, problem);
+        });
+}
+
+bool setQueuePPD(const std::string& queue, const std::string& text, SchedulerWorker::Duration time,
+    platform::Failure& error) {
+    return waitFor<bool>(
+        time, error, [queue, text](SchedulerConnection& connection, SchedulerProblem& problem) {
+            return scheduler::setPPD(connection, queue, text, problem);
         });
 }
 

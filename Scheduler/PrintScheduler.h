@@ -86,6 +86,9 @@ std::optional<FetchedQueue> queue(
 std::optional<std::string> defaultQueue(SchedulerConnection& connection, SchedulerProblem& problem);
 // Submits a command file as a job without cover sheets that is not held, whatever the queue's defaults are.
 // Its number.
+// Gives the queue another PPD; for whoever may administer the scheduler.
+bool setPPD(SchedulerConnection& connection, const std::string& queue, const std::string& text,
+    SchedulerProblem& problem);
 std::optional<int> sendCommand(SchedulerConnection& connection, const std::string& queue,
     const std::string& text, const std::string& title, const platform::PMPrinter::Options& options,
     SchedulerProblem& problem);
@@ -97,6 +100,8 @@ std::optional<std::vector<SchedulerQueue>> listQueues(
 std::optional<std::vector<SchedulerQueue>> listQueues(
     SchedulerWorker::Duration time, platform::Failure& error);
 std::optional<std::vector<QueueJob>> listActiveJobs(const std::string& queue, SchedulerWorker::Duration time);
+bool setQueuePPD(const std::string& queue, const std::string& text, SchedulerWorker::Duration time,
+    platform::Failure& error);
 std::unique_ptr<FetchedPPD> fetchQueuePPDFile(
     const std::string& queue, SchedulerWorker::Duration time, platform::Failure& error);
 // The queue that is meant when nobody names one, as lpstat(1) and lp(1) have it: LPDEST, or PRINTER unless

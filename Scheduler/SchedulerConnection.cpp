@@ -190,20 +190,19 @@ IPPMessage SchedulerConnection::ask(const IPPMessage& request, SchedulerProblem&
     return answer;
 }
 
-IPPMessage SchedulerConnection::print(
-    IPPMessage request, const std::string& queue, std::string_view document, SchedulerProblem& problem) {
+IPPMessage SchedulerConnection::send(
+    IPPMessage request, const std::string& resource, std::string_view document, SchedulerProblem& problem) {
     if (isDead()) disconnect();
     if (!connect(problem)) return nullptr;
     // libcups asks for the document again when it has to authenticate.
-    const platform::FileDescriptor file(::memfd_create("orvan-command", MFD_CLOEXEC));
+    const platform::FileDescriptor file(::memfd_create("orvan-document", MFD_CLOEXEC));
     if (!file ||
         ::write(file.get(), document.data(), document.size()) != static_cast<ssize_t>(document.size()) ||
         ::lseek(file.get(), 0, SEEK_SET) != 0) {
-        problem = {SchedulerProblem::Kind::refuses, "no memory for a command job"};
+        problem = {SchedulerProblem::Kind::refuses, "no memory for a document"};
         return nullptr;
     }
     const std::string what = ippOpString(ippGetOperation(request.get()));
-    const std::string resource = "/printers/" + queue;
     IPPMessage answer(cupsDoIORequest(http_.get(), request.release(), resource.c_str(), file.get(), -1));
     if (answer != nullptr && ippGetStatusCode(answer.get()) < IPP_STATUS_REDIRECTION_OTHER_SITE)
         return answer;

@@ -58,10 +58,11 @@ public:
     // list of nothing is an answer. When a kept connection turns out dead, the question is repeated once on a
     // new one.
     IPPMessage ask(const IPPMessage& request, SchedulerProblem& problem);
-    // Print-Job with its document, RFC 8011 section 4.2.1: no job without its document, whatever happens. Is
-    // never repeated, so that there are not two jobs.
-    IPPMessage print(
-        IPPMessage request, const std::string& queue, std::string_view document, SchedulerProblem& problem);
+    // A request with a document, Print-Job (RFC 8011, section 4.2.1) or CUPS-Add-Modify-Printer, to
+    // "/printers/..." or "/admin/": not without its document, whatever happens. Is never repeated, so that
+    // there are not two jobs.
+    IPPMessage send(IPPMessage request, const std::string& resource, std::string_view document,
+        SchedulerProblem& problem);
     // The queue's PPD, into the descriptor.
     bool fetchPPD(const std::string& queue, int descriptor, SchedulerProblem& problem);
 

@@ -280,6 +280,11 @@ Finding QueueCheckup::examineAnswers(const PrinterAnswers& answers) const {
         return problem("the queue's PPD cannot name these papers to the printer: " + joined(unknown),
             "Give them types that the PPD has as CustomType1 and so on, or the queue a driver that has "
             "theirs.");
+    if (!answers.outdatedTitles.empty())
+        return problem("these names of papers in the queue's PPD are not the printer's any more: " +
+                           joined(answers.outdatedTitles),
+            "\"sudo orvan papers -q " + answers.queue +
+                " --publish\" writes the printer's; --unpublish takes all out.");
     const std::string remark = answers.remark();
     const auto now = std::ranges::count(answers.commands, State::now, &CommandAnswer::state);
     Finding finding =

@@ -1,6 +1,7 @@
 #include "PrintDialog/Host/DialogPPD.h"
 
 #include "Common/PPDUtilities.h"
+#include "Common/PublishedTitles.h"
 #include "Formats/TextEncoding.h"
 #include "Platform/FileDescriptor.h"
 #include "Platform/UserDefaults.h"
@@ -181,6 +182,7 @@ bool DialogPPD::isInFile(const std::string& option, const std::string& choice) c
 }
 
 bool DialogPPD::isRenamed(const std::string& option, const std::string& choice) const {
+    if (option == "MediaType" && isPublished(*record_, choice)) return true;
     return !isInFile(option, choice) || titlesInFile_.at(option).at(choice) != choiceTitle(option, choice);
 }
 

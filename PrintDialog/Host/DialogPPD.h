@@ -63,7 +63,8 @@ public:
     // Whether the queue's own PPD has the choice, whatever a panel has made of the record: what it does not
     // have cannot be said to the printer.
     bool isInFile(const std::string& option, const std::string& choice) const;
-    // Whether the choice has another title than the queue's own PPD gives it: a panel has named it.
+    // Whether the choice has another title than the queue's own PPD gives it, or
+    // the office's own there: an office has named it.
     bool isRenamed(const std::string& option, const std::string& choice) const;
     // The keyword of the option's default choice; "" when there is no such option, or neither the record nor
     // the file has the choice.

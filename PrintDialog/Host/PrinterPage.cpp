@@ -1,5 +1,7 @@
 #include "PrintDialog/Host/PrinterPage.h"
 
+#include "Common/PPDUtilities.h"
+#include "Common/PublishedTitles.h"
 #include "Common/TicketVocabulary.h"
 #include "Common/ToldLevels.h"
 #include "Formats/OneLine.h"
@@ -140,6 +142,19 @@ std::vector<CustomPaper> customPapers(const std::vector<PropertyList>& responses
                     textAsItIs(paper, OVOVGCustomPaperTypeIndex),
                     textAsItIs(paper, OVOVGCustomPaperTypeBase)});
     return papers;
+}
+
+std::vector<std::string> outdatedTitles(DialogPPD& ppd, const std::vector<CustomPaper>& papers) {
+    std::vector<std::string> outdated;
+    ppd_option_t* const option = ppdFindOption(ppd.record(), "MediaType");
+    for (int i = 0; option != nullptr && i < option->num_choices; ++i) {
+        const std::string choice(fieldText(option->choices[i].choice));
+        if (!choice.starts_with(kCustomType) || !isPublished(*ppd.record(), choice)) continue;
+        const auto paper = std::ranges::find(papers, choice.substr(kCustomType.size()), &CustomPaper::type);
+        const std::string title = ppd.choiceTitle("MediaType", choice);
+        if (paper == papers.end() || publishedTitle(paper->name) != title) outdated.push_back(title);
+    }
+    return outdated;
 }
 
 std::vector<CustomPaper> papersUnknownTo(const DialogPPD& ppd, const std::vector<CustomPaper>& papers) {

@@ -74,7 +74,7 @@ TEST(Languages, haveEveryTitleOfTheDriver) {
     ASSERT_NE(ppd, nullptr);
     platform::Failure error;
     const std::string text = platform::readFile(ORVAN_DRIVER_PPD, error).value_or("");
-    constexpr std::size_t kLongest = sizeof(ppd_choice_t::text) - 1;
+    constexpr std::size_t kLongest = 79; // bytes of a title that libcups reads
     const auto expectTitle = [&](const std::string& line) {
         const std::size_t begin = text.find("\n" + line + "/") + line.size() + 2;
         ASSERT_NE(text.find("\n" + line + "/"), std::string::npos) << line;
