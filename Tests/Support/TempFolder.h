@@ -16,7 +16,8 @@ namespace orvan {
 // A file's bytes; "" when it cannot be read.
 inline std::string contents(const std::filesystem::path& file) {
     std::ostringstream bytes;
-    bytes << std::ifstream(file, std::ios::binary).rdbuf(); // throws nothing when a process's file goes meanwhile
+    bytes << std::ifstream(file, std::ios::binary)
+                 .rdbuf(); // throws nothing when a process's file goes meanwhile
     return bytes.str();
 }
 
