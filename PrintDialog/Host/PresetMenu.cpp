@@ -151,7 +151,7 @@ void PresetMenu::edit(Entry entry) {
 
 // It says what it does to one that is there.
 void PresetMenu::updateButton() {
-    const std::string& name = name_->stringValue();
+    const std::string name = PresetStore::nameIn(name_->stringValue());
     const bool replaces = name != edited_.name && listing_.find(name) != nullptr;
     const bool replacesItself =
         edited_.doing == Doing::saveAs && !edited_.name.empty() && name == edited_.name;

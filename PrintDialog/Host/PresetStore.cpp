@@ -72,9 +72,11 @@ std::optional<Preset> readPreset(const fs::path& path) {
     return preset;
 }
 
-// A queue's name may begin with a dot.
+// A scheduler may name a queue as it likes: the name stays one folder's, below ours.
 std::string folderFor(const std::string& queue) {
-    return queue.starts_with('.') ? "%" + queue : queue;
+    std::string folder = queue.starts_with('.') ? "%" + queue : queue;
+    std::ranges::replace(folder, '/', '%');
+    return folder;
 }
 
 fs::path presetsBelow(const char* folder) {
@@ -212,9 +214,11 @@ PresetProblem PresetStore::save(Preset preset) const {
     if (PresetProblem problem = problemWith(preset.name, listing); problem.kind != Kind::none) return problem;
     const auto own =
         std::ranges::count_if(listing.presets, [](const Listed& listed) { return !listed.isFixed; });
-    if (listing.find(preset.name) == nullptr && own >= static_cast<std::ptrdiff_t>(kMostPresets))
-        return {Kind::tooMany, ""};
-    return write(preset, fileOf(preset.name));
+    const Listed* const before = listing.find(preset.name);
+    if (before == nullptr && own >= static_cast<std::ptrdiff_t>(kMostPresets)) return {Kind::tooMany, ""};
+    // A file that somebody has named otherwise stays the preset's.
+    const bool hasOwnFile = before != nullptr && before->files.front().parent_path() == folder();
+    return write(preset, hasOwnFile ? before->files.front() : fileOf(preset.name));
 }
 
 PresetProblem PresetStore::rename(const std::string& from, const std::string& to) const {

@@ -1,4 +1,5 @@
 // orvan presets, with a scheduler.
+#include "PrintDialog/Host/PresetStore.h"
 #include "Tests/Support/CommandQueue.h"
 #include "Tests/Support/DerivedPPD.h"
 
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -210,6 +212,31 @@ TEST_F(PresetsCommand, LoseNothing) {
             "[Preset]\nQueue=Office\nName=Copy " + std::to_string(preset) + "\n[Choices]\n");
     EXPECT_NE(presets({"save", "One more"}).errors.find("There are 100 presets"), std::string::npos);
     save("Preset 10"); // is there
+    save("Copy 10", {"MediaType=Bond"});
+    EXPECT_NE(presets({"show", "Copy 10"}).output.find("MediaType=Bond"), std::string::npos)
+        << "in the file that somebody named";
+}
+
+// However a scheduler names it.
+TEST_F(PresetsCommand, StayInTheirFolder) {
+    const fs::path home = home_.path() / "a/b/c";
+    const std::string left = inChild({{"XDG_CONFIG_HOME", home.string()}}, [] {
+        for (const char* queue : {"../../../../up", "..", ".", "/etc", "a/../../../b"}) {
+            const PresetStore store(PresetPrinter{.queue = queue, .model = {}, .device = {}});
+            if (store.save(Preset{.name = "P", .printer = {}, .choices = {}, .paper = {}}).kind !=
+                    PresetProblem::Kind::none ||
+                store.list().find("P") == nullptr)
+                return std::string(queue);
+        }
+        return std::string();
+    });
+    EXPECT_EQ(left, "");
+    const auto below = [](const fs::path& folder) {
+        return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
+    };
+    EXPECT_EQ(below(home_.path()), 1);
+    EXPECT_EQ(below(home), 1);
+    EXPECT_EQ(below(home / "orvan/presets"), 5);
 }
 
 // On a file system of its own that is as small as can be.
