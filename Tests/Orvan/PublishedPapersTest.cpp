@@ -13,18 +13,7 @@
 namespace orvan {
 namespace {
 
-using Papers = std::vector<std::pair<std::string, std::string>>; // names and types
-
-std::string documentWith(const Papers& papers) {
-    std::string text = "<status><customPaperTypes><printer>";
-    for (const auto& [name, type] : papers)
-        text.append("<customPaperType><name>")
-            .append(name)
-            .append("</name><type>")
-            .append(type)
-            .append("</type><baseClass>Plain</baseClass></customPaperType>");
-    return text + "</printer></customPaperTypes></status>";
-}
+using Papers = NamedPapers;
 
 class PublishedPapers : public CommandQueue {
 protected:
@@ -51,7 +40,7 @@ protected:
 
 TEST_F(PublishedPapers, AreTitlesForEveryClient) {
     const SimulatedPrinter printer(
-        {"--no-snmp"}, documentWith({{"Certificates: cream", "3"}, {"和紙", "2"}, {"Nowhere", "17"}}));
+        {"--no-snmp"}, statusDocument({{"Certificates: cream", "3"}, {"和紙", "2"}, {"Nowhere", "17"}}));
     addQueue("Office", printer);
     EXPECT_EQ(orvan({"papers", "-q", "Office"}).exitCode, 0);
     EXPECT_EQ(text().find("OVNTitle"), std::string::npos);
@@ -66,7 +55,7 @@ TEST_F(PublishedPapers, AreTitlesForEveryClient) {
     EXPECT_EQ(doctor().find("not the printer's any more"), std::string::npos);
 
     // The office has other papers now.
-    printer.replaceDocument(documentWith({{"Certificates: cream", "3"}, {"Ivory", "1"}}));
+    printer.replaceDocument(statusDocument({{"Certificates: cream", "3"}, {"Ivory", "1"}}));
     EXPECT_NE(doctor().find("these names of papers in the queue's PPD are not the printer's any more: 和紙"),
         std::string::npos)
         << doctor();
@@ -82,7 +71,7 @@ TEST_F(PublishedPapers, AreTitlesForEveryClient) {
 }
 
 TEST_F(PublishedPapers, StayWhereThePrinterDoesNotAnswer) {
-    SimulatedPrinter printer({"--no-snmp"}, documentWith({{"Certificates", "3"}}));
+    SimulatedPrinter printer({"--no-snmp"}, statusDocument({{"Certificates", "3"}}));
     addQueue("Office", printer);
     EXPECT_EQ(orvan({"papers", "-q", "Office", "--publish"}).exitCode, 0);
     printer.end();

@@ -23,22 +23,16 @@
 namespace orvan {
 namespace {
 
-using Papers = std::vector<std::pair<std::string, std::string>>; // names and types
+using Papers = NamedPapers;
 
 std::string documentWith(const Papers& papers) {
-    std::string text = "<status><deviceStatus><printer><inputTrays><tray><name>Tray 1</name>"
-                       "<status>OK</status><paperSize>A4</paperSize><paperType>Plain Paper</paperType></tray>"
-                       "<tray><name>Tray 2</name><status>Low</status><paperSize>A4</paperSize>"
-                       "<paperType>Custom Type 2</paperType></tray></inputTrays><supplies><supply><name>Cyan "
-                       "Toner</name><status>42</status>"
-                       "</supply></supplies></printer></deviceStatus><customPaperTypes><printer>";
-    for (const auto& [name, type] : papers)
-        text.append("<customPaperType><name>")
-            .append(name)
-            .append("</name><type>")
-            .append(type)
-            .append("</type><baseClass>Plain</baseClass></customPaperType>");
-    return text + "</printer></customPaperTypes></status>";
+    return statusDocument(papers,
+        "<deviceStatus><printer><inputTrays><tray><name>Tray 1</name>"
+        "<status>OK</status><paperSize>A4</paperSize><paperType>Plain Paper</paperType></tray>"
+        "<tray><name>Tray 2</name><status>Low</status><paperSize>A4</paperSize>"
+        "<paperType>Custom Type 2</paperType></tray></inputTrays><supplies><supply><name>Cyan "
+        "Toner</name><status>42</status>"
+        "</supply></supplies></printer></deviceStatus>");
 }
 
 // Certificates come first and are type 3; Ivory is type 2.

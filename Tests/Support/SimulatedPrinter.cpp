@@ -27,6 +27,17 @@ std::string exported(const std::string& lines, const std::string& name) {
 
 } // namespace
 
+std::string statusDocument(const NamedPapers& papers, const std::string& rest) {
+    std::string text = "<status>" + rest + "<customPaperTypes><printer>";
+    for (const auto& [name, type] : papers)
+        text.append("<customPaperType><name>")
+            .append(name)
+            .append("</name><type>")
+            .append(type)
+            .append("</type><baseClass>Plain</baseClass></customPaperType>");
+    return text + "</printer></customPaperTypes></status>";
+}
+
 SimulatedPrinter::SimulatedPrinter(std::vector<std::string> arguments,
     const std::optional<std::string>& document, const Environment& environment) {
     if (document) {

@@ -8,9 +8,15 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvan {
+
+// Custom papers as an office names them: names and types.
+using NamedPapers = std::vector<std::pair<std::string, std::string>>;
+// A status document that has these, all of them plain, behind what else it has.
+std::string statusDocument(const NamedPapers& papers, const std::string& rest = "");
 
 // Runs as long as this object, or until end().
 class SimulatedPrinter {

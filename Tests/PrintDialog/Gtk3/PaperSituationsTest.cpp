@@ -20,18 +20,7 @@ constexpr const char* kAsks = "ORVAN_SYSTEM_RELEASE=10.9.0";
 constexpr const char* kRow = "Paper Type:";
 constexpr const char* kUnlisted = " (not in the printer\u2019s list)";
 
-using Papers = std::vector<std::pair<std::string, std::string>>; // names and types
-
-std::string documentWith(const Papers& papers) {
-    std::string text = "<status><customPaperTypes><printer>";
-    for (const auto& [name, type] : papers)
-        text.append("<customPaperType><name>")
-            .append(name)
-            .append("</name><type>")
-            .append(type)
-            .append("</type><baseClass>Plain</baseClass></customPaperType>");
-    return text + "</printer></customPaperTypes></status>";
-}
+using Papers = NamedPapers;
 
 // Certificates come first and are type 3; Ivory is type 2.
 const Papers kPapers{{"Certificates", "3"}, {"Ivory", "2"}, {"Labels A", "1"}};
@@ -119,7 +108,7 @@ protected:
 
 // A custom paper is its type, whatever its place, its name or the way to it is.
 TEST_F(PaperSituations, printTheTypeThatWasPicked) {
-    const SimulatedPrinter printer({"--no-snmp"}, documentWith(kPapers));
+    const SimulatedPrinter printer({"--no-snmp"}, statusDocument(kPapers));
     addQueue("Office", printer.url());
     addQueue("Ivory", printer.url(), "", "CustomType2");
     visit({.name = "fresh",
@@ -133,19 +122,19 @@ TEST_F(PaperSituations, printTheTypeThatWasPicked) {
     visit(
         {.name = "queue-default-never-opened", .queue = "Ivory", .opensTab = false, .prints = "CustomType2"});
     // The office puts them into another order, renames one, takes one away.
-    printer.replaceDocument(documentWith({{"Labels A", "1"}, {"Ivory 120", "2"}, {"Certificates", "3"}}));
+    printer.replaceDocument(statusDocument({{"Labels A", "1"}, {"Ivory 120", "2"}, {"Certificates", "3"}}));
     visit({.name = "renamed-and-in-another-order",
         .remembered = "CustomType2",
         .shown = "Ivory 120",
         .prints = "CustomType2"});
-    printer.replaceDocument(documentWith({{"Certificates", "3"}, {"Labels A", "1"}}));
+    printer.replaceDocument(statusDocument({{"Certificates", "3"}, {"Labels A", "1"}}));
     visit({.name = "removed",
         .remembered = "CustomType2",
         .shown = std::string("Custom Type 2") + kUnlisted,
         .says = std::string("Paper Type: Custom Type 2") + kUnlisted,
         .prints = "CustomType2"});
     // All places taken: no record of the PPD is type 5 any more.
-    printer.replaceDocument(documentWith({{"A", "1"}, {"B", "2"}, {"C", "3"}, {"D", "4"}, {"E", "6"}}));
+    printer.replaceDocument(statusDocument({{"A", "1"}, {"B", "2"}, {"C", "3"}, {"D", "4"}, {"E", "6"}}));
     visit({.name = "no-record",
         .remembered = "CustomType5",
         .shown = std::string("Custom Type 5") + kUnlisted,
@@ -155,7 +144,7 @@ TEST_F(PaperSituations, printTheTypeThatWasPicked) {
 
 // What the queue's PPD cannot say is said, and no other paper is printed in its place by GTK.
 TEST_F(PaperSituations, sayWhatTheDriverCannotName) {
-    const SimulatedPrinter printer({"--no-snmp"}, documentWith({{"Gold", "17"}, {"Silver", "a b"}}));
+    const SimulatedPrinter printer({"--no-snmp"}, statusDocument({{"Gold", "17"}, {"Silver", "a b"}}));
     addQueue("Office", printer.url());
     const auto body = [this] {
         OpenDialog dialog(Settings{{"printer", "Office"}, {"cups-MediaType", "CustomType1"}});
@@ -179,7 +168,7 @@ TEST_F(PaperSituations, sayWhatTheDriverCannotName) {
 
 // The printer is off: the names of the last time, with their age; and where there are none, that is said.
 TEST_F(PaperSituations, showTheStoredNamesOfAPrinterThatIsOff) {
-    SimulatedPrinter printer({"--no-snmp"}, documentWith(kPapers));
+    SimulatedPrinter printer({"--no-snmp"}, statusDocument(kPapers));
     addQueue("Office", printer.url());
     addQueue("New", printer.url());
     visit({.name = "before-off", .shown = "Plain", .picks = "Ivory", .prints = "CustomType2"});
@@ -200,10 +189,10 @@ TEST_F(PaperSituations, showTheStoredNamesOfAPrinterThatIsOff) {
 
 // Names that come late take the place of those that were shown, with the same marks, and nobody asks again.
 TEST_F(PaperSituations, followThePrinterWhenItAnswersLate) {
-    const SimulatedPrinter printer({"--no-snmp"}, documentWith(kPapers));
+    const SimulatedPrinter printer({"--no-snmp"}, statusDocument(kPapers));
     addQueue("Office", printer.url());
     visit({.name = "before-late", .shown = "Plain", .picks = "Ivory", .prints = "CustomType2"});
-    printer.replaceDocument(documentWith({{"Ivory 120", "2"}, {"Certificates", "3"}}));
+    printer.replaceDocument(statusDocument({{"Ivory 120", "2"}, {"Certificates", "3"}}));
     ASSERT_EQ(desktop_.printing->holdNewJobs("Office"), std::nullopt);
     const std::size_t before = jobs("Office").size();
     const auto body = [&] {
@@ -250,7 +239,7 @@ TEST_F(PaperSituations, sayThatNoTrayHoldsThePaper) {
         "<paperType>Custom Type 2</paperType></tray>"
         "</inputTrays><supplies><supply><name>Cyan Toner</name><status>42</status></supply>"
         "</supplies></printer></deviceStatus>";
-    std::string document = documentWith(kPapers);
+    std::string document = statusDocument(kPapers);
     document.insert(document.find("<customPaperTypes>"), trays);
     const SimulatedPrinter printer({"--no-snmp"}, document);
     addQueue("Office", printer.url());
@@ -289,7 +278,7 @@ TEST_F(PaperSituations, sayThatNoTrayHoldsThePaper) {
 // A printer that takes its time, asked for the first time.
 TEST_F(PaperSituations, waitForASlowPrinter) {
     const SimulatedPrinter printer(
-        {"--no-snmp", "--misbehave", "slow", "--interval", "5"}, documentWith(kPapers));
+        {"--no-snmp", "--misbehave", "slow", "--interval", "5"}, statusDocument(kPapers));
     addQueue("Office", printer.url());
     const auto body = [&] {
         OpenDialog dialog(Settings{{"printer", "Office"}, {"cups-MediaType", "CustomType2"}});
@@ -305,7 +294,7 @@ TEST_F(PaperSituations, waitForASlowPrinter) {
 
 // Another job keeps the printer busy, so the question waits behind it.
 TEST_F(PaperSituations, sayThatThePrinterIsBusy) {
-    const SimulatedPrinter printer({"--no-snmp"}, documentWith(kPapers));
+    const SimulatedPrinter printer({"--no-snmp"}, statusDocument(kPapers));
     int port = 0;
     const auto engaged = listenOnLoopback(1, &port); // takes connections, and never ends one
     addQueue("Office", printer.url());
