@@ -125,7 +125,7 @@ int openModule(const Arguments& arguments) {
         const char* symbol;
     };
     for (const auto& [file, symbol] : {Object{arguments.text("MODULE"), "gtk_module_init"},
-             Object{arguments.text("HOST"), kGtk3AttachFunction}}) {
+             Object{arguments.text("HOST"), kAttachFunction}}) {
         void* const object = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (object == nullptr || dlsym(object, symbol) == nullptr) return cannot(dlerror());
     }

@@ -1,8 +1,9 @@
 #include "PrintDialog/Gtk3/MenuList.h"
 
-#include "PrintDialog/Gtk3/Guarded.h"
+#include "PrintDialog/Gtk/Guarded.h"
 #include "PrintDialog/Gtk3/MenuRows.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace orvan {
@@ -12,6 +13,8 @@ constexpr int kListHeight = 240; // pixels
 constexpr int kListWidth = 280;  // pixels
 constexpr int kGap = 6;          // pixels
 constexpr std::size_t kRowsAbove = 6;
+// Bytes of a title that wants a tooltip.
+constexpr std::size_t kLongTitle = 60;
 
 struct FreePath {
     void operator()(GtkTreePath* path) const { gtk_tree_path_free(path); }
@@ -61,6 +64,12 @@ MenuList::MenuList(platform::Menu& menu)
 }
 
 MenuList::~MenuList() = default;
+
+bool MenuList::isWantedFor(const platform::Menu& menu) {
+    return menu.isLong() || std::ranges::any_of(menu.entries(), [](const platform::MenuEntry& entry) {
+        return entry.title.size() > kLongTitle;
+    });
+}
 
 bool MenuList::isOpen() const {
     return gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(button_)) != FALSE;

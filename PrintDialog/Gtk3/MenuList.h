@@ -1,8 +1,8 @@
 // A menu with many entries or long ones: a button that opens a list, which can be searched.
 #pragma once
 
-#include "PrintDialog/Gtk3/GObjectRef.h"
-#include "PrintDialog/Gtk3/MenuMirror.h"
+#include "PrintDialog/Gtk/GObjectRef.h"
+#include "PrintDialog/Gtk/MenuMirror.h"
 
 #include <memory>
 #include <string>
@@ -21,6 +21,11 @@ public:
     GtkWidget* widget() const override { return GTK_WIDGET(button_); }
     void show(const std::vector<platform::MenuEntry>& entries, std::optional<std::size_t> selected) override;
     bool isOpen() const override;
+    bool suits(const platform::Menu& menu) const override { return isWantedFor(menu); }
+
+    // A combo box's menu takes a time that grows with the square of its items, cannot be searched, and has no
+    // tooltips.
+    static bool isWantedFor(const platform::Menu& menu);
 
 private:
     static void onOpened(GtkToggleButton* button, MenuList* self);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Platform/Controls.h"
-#include "PrintDialog/Gtk3/GObjectRef.h"
+#include "PrintDialog/Gtk/GObjectRef.h"
 
 #include <gtk/gtk.h>
 

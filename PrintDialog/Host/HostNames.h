@@ -16,15 +16,17 @@ inline bool isSwitchedOff() {
     return wish != nullptr && strcasecmp(wish, "off") == 0;
 }
 
-// The shared object with the host for GTK 3 dialogs, in the private folder.
-inline constexpr const char* kGtk3HostFile = "liborvan-print-dialog.so";
-// What it exports: a function that attaches the paper options to a GtkPrintUnixDialog.
-#define ORVAN_GTK3_ATTACH orvanAttachPaperOptions
+// The shared objects with the host for GTK's dialogs, in the private folder.
+inline constexpr const char* kGtk3HostFile = "liborvan-print-dialog-gtk3.so";
+inline constexpr const char* kGtk4HostFile = "liborvan-print-dialog-gtk4.so";
+
+// What each exports: int attach(GtkPrintUnixDialog* dialog, const char* version, const char* preset), which
+// attaches the paper options to a dialog. `version` is the caller's: 0, and one line in the system log, when
+// the host is of another one, as after an upgrade while applications run. `preset`: the name of a preset that
+// the dialog begins with, "" for what was used last, null for none.
+#define ORVAN_ATTACH orvanAttachToPrintDialog
 #define ORVAN_TEXT_OF(name) #name
 #define ORVAN_NAME_OF(macro) ORVAN_TEXT_OF(macro)
-inline constexpr const char* kGtk3AttachFunction = ORVAN_NAME_OF(ORVAN_GTK3_ATTACH);
-// The same with the name of a preset that the dialog begins with, "" for what was used last.
-#define ORVAN_GTK3_ATTACH_WITH_PRESET orvanAttachPaperOptionsWithPreset
-inline constexpr const char* kGtk3AttachWithPresetFunction = ORVAN_NAME_OF(ORVAN_GTK3_ATTACH_WITH_PRESET);
+inline constexpr const char* kAttachFunction = ORVAN_NAME_OF(ORVAN_ATTACH);
 
 } // namespace orvan

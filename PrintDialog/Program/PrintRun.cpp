@@ -1,6 +1,6 @@
 #include "PrintDialog/Program/PrintRun.h"
 
-#include "PrintDialog/Gtk3/GObjectRef.h"
+#include "PrintDialog/Gtk/GObjectRef.h"
 #include "PrintDialog/Host/AdministratorSettings.h"
 #include "PrintDialog/Host/HostNames.h"
 #include "PrintDialog/Host/HostText.h"
@@ -59,9 +59,10 @@ void attachPaperOptions(GtkPrintUnixDialog* dialog, const std::string& preset) {
     const std::filesystem::path library = privateFolder() / kGtk3HostFile;
     gpointer symbol = nullptr;
     GModule* const host = g_module_open(library.c_str(), G_MODULE_BIND_LOCAL);
-    if (host != nullptr && g_module_symbol(host, kGtk3AttachWithPresetFunction, &symbol) != FALSE) {
+    if (host != nullptr && g_module_symbol(host, kAttachFunction, &symbol) != FALSE) {
         g_module_make_resident(host);
-        reinterpret_cast<void (*)(GtkPrintUnixDialog*, const char*)>(symbol)(dialog, preset.c_str());
+        reinterpret_cast<int (*)(GtkPrintUnixDialog*, const char*, const char*)>(symbol)(
+            dialog, ORVAN_VERSION, preset.c_str());
     } else {
         std::fprintf(stderr, "orvan-print: going on without the paper options: %s\n", g_module_error());
     }

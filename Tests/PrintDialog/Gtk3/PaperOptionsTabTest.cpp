@@ -495,7 +495,7 @@ TEST_F(PaperOptionsTab, aMissingHostOrBundleLeavesTheApplicationAsItIs) {
     namespace fs = std::filesystem;
     const fs::path build = fs::path(ORVAN_BUILD_DIR);
     const fs::path library = fs::path("lib") / "orvan";
-    for (const char* missing : {"liborvan-print-dialog.so", "OrvanPaperOptions.plugin"}) {
+    for (const char* missing : {"liborvan-print-dialog-gtk3.so", "OrvanPaperOptions.plugin"}) {
         SCOPED_TRACE(missing);
         const TempFolder tree;
         const fs::path module = tree.path() / fs::relative(builtModule(), build);

@@ -1,6 +1,7 @@
-#include "PrintDialog/Gtk3/DialogAttachment.h"
+#include "PrintDialog/Gtk/DialogAttachment.h"
 
-#include "PrintDialog/Gtk3/Guarded.h"
+#include "PrintDialog/Gtk/Guarded.h"
+#include "PrintDialog/Gtk/Widgets.h"
 
 #include <cctype>
 #include <functional>
@@ -14,11 +15,7 @@ constexpr unsigned kLastASCII = 0x7F;
 
 void forEachLabel(GtkWidget* widget, const std::function<void(GtkLabel*)>& visit) {
     if (GTK_IS_LABEL(widget)) visit(GTK_LABEL(widget));
-    if (!GTK_IS_CONTAINER(widget)) return;
-    const auto descend = [](GtkWidget* child, gpointer data) {
-        forEachLabel(child, *static_cast<const std::function<void(GtkLabel*)>*>(data));
-    };
-    gtk_container_forall(GTK_CONTAINER(widget), descend, const_cast<std::function<void(GtkLabel*)>*>(&visit));
+    forEachChild(widget, [&visit](GtkWidget* child) { forEachLabel(child, visit); });
 }
 
 } // namespace
@@ -62,7 +59,8 @@ DialogAttachment::~DialogAttachment() {
 
 void DialogAttachment::printerSelected() {
     GtkPrinter* const printer = gtk_print_unix_dialog_get_selected_printer(dialog_);
-    const bool hasQueue = printer != nullptr && gtk_printer_is_virtual(printer) == FALSE;
+    const bool hasQueue = printer != nullptr && gtk_printer_is_virtual(printer) == FALSE &&
+                          DialogOptions::namesOptionsOf(printer);
     tab_->printerSelected(hasQueue ? gtk_printer_get_name(printer) : "");
 }
 
@@ -91,13 +89,7 @@ bool DialogAttachment::isBusy() const {
     bool isOpen = false;
     if (page_.mirror() != nullptr)
         page_.mirror()->visit([&isOpen](const ViewMirror& mirror) { isOpen = isOpen || mirror.isOpen(); });
-    if (isOpen) return true;
-    GdkWindow* const window = gtk_widget_get_window(GTK_WIDGET(dialog_));
-    if (window == nullptr) return false;
-    GdkSeat* const seat = gdk_display_get_default_seat(gdk_window_get_display(window));
-    GdkModifierType held{};
-    gdk_window_get_device_position(window, gdk_seat_get_pointer(seat), nullptr, nullptr, &held);
-    return (held & (GDK_BUTTON1_MASK | GDK_BUTTON2_MASK | GDK_BUTTON3_MASK)) != 0;
+    return isOpen || isButtonHeld(GTK_WIDGET(dialog_));
 }
 
 const platform::View* DialogAttachment::focusedView() const {

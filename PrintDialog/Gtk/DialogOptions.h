@@ -1,12 +1,12 @@
 // GTK's own options of one printer in one print dialog: what its tabs show, and what it writes into the job.
 //
-// GTK offers no interface to them. Each has a widget of type GtkPrinterOptionWidget in the dialog, hidden or
-// not, whose "source" is the option: an object with a "value" and a signal "changed", and its name in the
-// first field after the GObject. The name is "gtk-paper-type" and the like for a few options and
-// "cups-KEYWORD" for all others.
+// GTK offers no interface to them, so what is known of them is examined before it is relied on. Each has a
+// widget of type GtkPrinterOptionWidget in the dialog, hidden or not, whose "source" is the option: an object
+// with a "value" and a signal "changed", and its name in the first field after the GObject. The name is
+// "gtk-paper-type" and the like for a few options and "cups-KEYWORD" for all others.
 #pragma once
 
-#include "PrintDialog/Gtk3/GObjectRef.h"
+#include "PrintDialog/Gtk/GObjectRef.h"
 
 #include <gtk/gtkunixprint.h>
 
@@ -28,6 +28,11 @@ public:
     // Told when a person, or GTK, changed an option: the PPD option's keyword, and the choice's, "" for "as
     // the printer is set". Not told of what write() changed.
     using ChangeHandler = std::function<void(const std::string& keyword, const std::string& choice)>;
+
+    // What of the above is not so in this release of GTK, for the log; "" when all is.
+    static std::string unknownPart(GtkPrintUnixDialog* dialog);
+    // Whether the printer's options are named as above: they are when it is one of the scheduler's.
+    static bool namesOptionsOf(GtkPrinter* printer);
 
     DialogOptions(GtkPrintUnixDialog* dialog, ChangeHandler handler);
     ~DialogOptions();

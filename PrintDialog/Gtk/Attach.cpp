@@ -1,8 +1,10 @@
-#include "PrintDialog/Gtk3/Attach.h"
+#include "PrintDialog/Gtk/Attach.h"
 
-#include "PrintDialog/Gtk3/AcceptedChoices.h"
-#include "PrintDialog/Gtk3/DialogAttachment.h"
-#include "PrintDialog/Gtk3/Guarded.h"
+#include "Platform/SystemLog.h"
+#include "PrintDialog/Gtk/AcceptedChoices.h"
+#include "PrintDialog/Gtk/DialogAttachment.h"
+#include "PrintDialog/Gtk/DialogOptions.h"
+#include "PrintDialog/Gtk/Guarded.h"
 
 namespace orvan {
 namespace {
@@ -29,13 +31,24 @@ void watchResponses() {
 
 } // namespace
 
-void attachPaperOptions(GtkPrintUnixDialog* dialog, const char* preset) noexcept {
-    guarded([=] {
+bool attachPaperOptions(GtkPrintUnixDialog* dialog, const char* preset) noexcept {
+    bool isKnown = false;
+    guarded([&] {
+        const std::string unknown = DialogOptions::unknownPart(dialog);
+        if (!unknown.empty()) {
+            platform::systemLog("paper options are off: GTK " + std::to_string(gtk_get_major_version()) +
+                                "." + std::to_string(gtk_get_minor_version()) +
+                                " keeps its printers' options in another way than it was made for (" +
+                                unknown + ")");
+            return;
+        }
+        isKnown = true;
         watchResponses();
         AcceptedChoices::shared();
         DialogAttachment::attach(
             dialog, preset != nullptr ? std::optional<std::string>(preset) : std::nullopt);
     });
+    return isKnown;
 }
 
 } // namespace orvan

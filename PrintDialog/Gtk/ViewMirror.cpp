@@ -1,8 +1,9 @@
-#include "PrintDialog/Gtk3/ViewMirror.h"
+#include "PrintDialog/Gtk/ViewMirror.h"
 
-#include "PrintDialog/Gtk3/GObjectRef.h"
-#include "PrintDialog/Gtk3/Guarded.h"
-#include "PrintDialog/Gtk3/MenuMirror.h"
+#include "PrintDialog/Gtk/GObjectRef.h"
+#include "PrintDialog/Gtk/Guarded.h"
+#include "PrintDialog/Gtk/MenuMirror.h"
+#include "PrintDialog/Gtk/Widgets.h"
 
 #include <string>
 #include <utility>
@@ -19,15 +20,7 @@ constexpr int kColumnSpacing = 12; // pixels
 constexpr int kIndent = 18;        // pixels, as far as an expander's title
 constexpr int kLevelWidth = 120;   // pixels
 constexpr int kMostLines = 3;      // of what matters now; its tooltip has the whole
-constexpr int kPolite = 1;         // ATK_LIVE_POLITE
 constexpr double kFullLevel = 100;
-
-// Tells who cannot see the screen.
-void announce(GtkWidget* widget, const std::string& text) {
-    AtkObject* const object = gtk_widget_get_accessible(widget);
-    if (g_signal_lookup("notification", G_OBJECT_TYPE(object)) != 0) // since ATK 2.50
-        g_signal_emit_by_name(object, "notification", text.c_str(), kPolite);
-}
 
 // The whole text where it does not fit.
 void tipWhenCut(GtkLabel* label) {
@@ -44,24 +37,26 @@ void tipWhenCut(GtkLabel* label) {
 class TextMirror final : public ViewMirror {
 public:
     explicit TextMirror(const std::shared_ptr<platform::TextField>& field)
-        : ViewMirror(field, gtk_label_new(nullptr)), field_(*field), label_(GTK_LABEL(widget())) {
+        : ViewMirror(field, isStatus(*field) ? GTK_WIDGET(makeStatusLabel()) : gtk_label_new(nullptr)),
+          field_(*field),
+          label_(GTK_LABEL(widget())) {
         gtk_label_set_xalign(label_, 0);
         tipWhenCut(label_);
-        if (!isStatus()) return;
-        gtk_label_set_line_wrap(label_, TRUE);
-        gtk_label_set_lines(label_, kMostLines);
+        if (!isStatus(field_)) return;
+        breakLines(label_, kMostLines);
         gtk_widget_set_hexpand(widget(), TRUE);
-        atk_object_set_role(gtk_widget_get_accessible(widget()), ATK_ROLE_STATUSBAR);
     }
 
 private:
-    bool isStatus() const { return field_.role() == platform::TextField::Role::status; }
+    static bool isStatus(const platform::TextField& field) {
+        return field.role() == platform::TextField::Role::status;
+    }
 
     void update() override {
         const std::string& text = field_.stringValue();
         if (text == gtk_label_get_text(label_)) return;
         gtk_label_set_text(label_, text.c_str());
-        if (isStatus() && !text.empty()) announce(widget(), text);
+        if (isStatus(field_) && !text.empty()) announce(widget(), text);
     }
 
     platform::TextField& field_;
@@ -98,40 +93,32 @@ public:
         : ViewMirror(entry, gtk_entry_new()),
           entry_(*entry),
           changed_(widget(), "changed", G_CALLBACK(onChanged), &entry_),
-          ended_(widget(), "activate", G_CALLBACK(onEnded), &entry_),
-          pressed_(widget(), "key-press-event", G_CALLBACK(onKey), &entry_) {
+          ended_(widget(), "activate", G_CALLBACK(onEnded), &entry_) {
         gtk_widget_set_hexpand(widget(), TRUE);
+        onEscape(GTK_ENTRY(widget()), [this] { entry_.leave(); }); // the entry, not the dialog
     }
 
     GtkWidget* control() const override { return widget(); }
 
 private:
     static void onChanged(GtkEntry* widget, platform::TextEntry* entry) {
-        guarded([=] { entry->edit(gtk_entry_get_text(widget)); });
+        guarded([=] { entry->edit(textOf(widget)); });
     }
 
     static void onEnded(GtkEntry*, platform::TextEntry* entry) {
         guarded([entry] { entry->end(); });
     }
 
-    // Escape leaves the entry, not the dialog.
-    static gboolean onKey(GtkWidget*, const GdkEventKey* event, platform::TextEntry* entry) {
-        if (event->keyval != GDK_KEY_Escape) return FALSE;
-        guarded([entry] { entry->leave(); });
-        return TRUE;
-    }
-
     void update() override {
-        atk_object_set_name(gtk_widget_get_accessible(widget()), entry_.label().c_str());
-        if (entry_.stringValue() == gtk_entry_get_text(GTK_ENTRY(widget()))) return;
+        setAccessibleName(widget(), entry_.label());
+        if (entry_.stringValue() == textOf(GTK_ENTRY(widget()))) return;
         const SignalConnection::Block block(changed_);
-        gtk_entry_set_text(GTK_ENTRY(widget()), entry_.stringValue().c_str());
+        setText(GTK_ENTRY(widget()), entry_.stringValue());
     }
 
     platform::TextEntry& entry_;
     SignalConnection changed_;
     SignalConnection ended_;
-    SignalConnection pressed_;
 };
 
 class LevelMirror final : public ViewMirror {
@@ -145,16 +132,15 @@ public:
         gtk_widget_set_valign(bar_, GTK_ALIGN_CENTER);
         gtk_label_set_xalign(GTK_LABEL(label_), 0);
         tipWhenCut(GTK_LABEL(label_));
-        gtk_widget_show(label_);
-        gtk_box_pack_start(GTK_BOX(widget()), bar_, FALSE, FALSE, 0);
-        gtk_box_pack_start(GTK_BOX(widget()), label_, TRUE, TRUE, 0);
+        append(GTK_BOX(widget()), bar_, false);
+        append(GTK_BOX(widget()), label_, true);
     }
 
 private:
     void update() override {
         const std::string& text = level_.stringValue();
         gtk_label_set_text(GTK_LABEL(label_), text.c_str());
-        atk_object_set_name(gtk_widget_get_accessible(bar_), text.c_str());
+        setAccessibleName(bar_, text);
         gtk_widget_set_visible(bar_, level_.percent() ? TRUE : FALSE);
         if (level_.percent()) gtk_level_bar_set_value(GTK_LEVEL_BAR(bar_), *level_.percent());
         if (!level_.color().empty() && std::exchange(color_, level_.color()) != level_.color()) paint();
@@ -162,12 +148,8 @@ private:
 
     // With a border, so that it is seen on every ground.
     void paint() {
-        const std::string style = "levelbar block.filled { background: " + color_ +
-                                  "; border: 1px solid alpha(@theme_fg_color, 0.6); }";
-        const GObjectRef<GtkCssProvider> provider(gtk_css_provider_new());
-        gtk_css_provider_load_from_data(provider.get(), style.c_str(), -1, nullptr);
-        gtk_style_context_add_provider(gtk_widget_get_style_context(bar_), GTK_STYLE_PROVIDER(provider.get()),
-            GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+        addStyle(bar_, "levelbar block.filled { background: " + color_ +
+                           "; border: 1px solid alpha(@theme_fg_color, 0.6); }");
     }
 
     platform::LevelIndicator& level_;
@@ -186,17 +168,16 @@ public:
     }
 
 protected:
-    BoxMirror(std::shared_ptr<View> view, GtkWidget* widget, GtkOrientation orientation)
-        : ViewMirror(std::move(view), widget), box_(GTK_BOX(gtk_box_new(orientation, kSpacing))) {
-        gtk_widget_show(GTK_WIDGET(box_));
-    }
+    // The box is the widget, or in it.
+    BoxMirror(std::shared_ptr<View> view, GtkWidget* widget, GtkBox* box)
+        : ViewMirror(std::move(view), widget), box_(box) {}
+    static GtkBox* makeBox(GtkOrientation orientation) { return GTK_BOX(gtk_box_new(orientation, kSpacing)); }
     GtkBox* box() const { return box_; }
 
     // Other views get other widgets.
     void update() override {
         if (views_ != view().subviews()) {
-            gtk_container_foreach(
-                GTK_CONTAINER(box_), [](GtkWidget* child, gpointer) { gtk_widget_destroy(child); }, nullptr);
+            clear(box_);
             children_.clear();
             views_ = view().subviews();
             children_.reserve(views_.size());
@@ -212,7 +193,7 @@ private:
         if (child == nullptr) return;
         const bool grows = dynamic_cast<const platform::ScrollView*>(&child->view()) != nullptr ||
                            gtk_widget_get_hexpand(child->widget()) != FALSE;
-        gtk_box_pack_start(box_, child->widget(), grows ? TRUE : FALSE, TRUE, 0);
+        append(box_, child->widget(), grows);
         children_.push_back(std::move(child));
     }
 
@@ -224,30 +205,29 @@ private:
 class StackMirror final : public BoxMirror {
 public:
     explicit StackMirror(const std::shared_ptr<platform::Stack>& stack)
-        : StackMirror(stack, gtk_event_box_new()) {}
+        : StackMirror(stack,
+              makeBox(stack->axis() == platform::Stack::Axis::vertical ? GTK_ORIENTATION_VERTICAL
+                                                                       : GTK_ORIENTATION_HORIZONTAL)) {}
 
 private:
-    StackMirror(const std::shared_ptr<platform::Stack>& stack, GtkWidget* widget)
-        : BoxMirror(stack, widget,
-              stack->axis() == platform::Stack::Axis::vertical ? GTK_ORIENTATION_VERTICAL
-                                                               : GTK_ORIENTATION_HORIZONTAL) {
-        gtk_container_add(GTK_CONTAINER(widget), GTK_WIDGET(box()));
-    }
+    StackMirror(const std::shared_ptr<platform::Stack>& stack, GtkBox* box)
+        : BoxMirror(stack, GTK_WIDGET(box), box) {}
 };
 
 class ScrollMirror final : public BoxMirror {
 public:
     explicit ScrollMirror(const std::shared_ptr<platform::ScrollView>& scroll)
-        : BoxMirror(scroll, gtk_scrolled_window_new(nullptr, nullptr), GTK_ORIENTATION_VERTICAL) {
-        gtk_widget_set_can_focus(widget(), FALSE); // the controls in it have the keyboard
-        gtk_container_add(GTK_CONTAINER(widget()), GTK_WIDGET(box()));
-    }
+        : ScrollMirror(scroll, makeBox(GTK_ORIENTATION_VERTICAL)) {}
+
+private:
+    ScrollMirror(const std::shared_ptr<platform::ScrollView>& scroll, GtkBox* box)
+        : BoxMirror(scroll, makeScroller(GTK_WIDGET(box)), box) {}
 };
 
 class DisclosureMirror final : public BoxMirror {
 public:
     explicit DisclosureMirror(const std::shared_ptr<platform::Disclosure>& disclosure)
-        : BoxMirror(disclosure, gtk_expander_new(nullptr), GTK_ORIENTATION_VERTICAL),
+        : BoxMirror(disclosure, gtk_expander_new(nullptr), makeBox(GTK_ORIENTATION_VERTICAL)),
           disclosure_(*disclosure),
           expander_(GTK_EXPANDER(widget())),
           label_(GTK_LABEL(gtk_label_new(nullptr))),
@@ -255,8 +235,8 @@ public:
         gtk_box_set_spacing(box(), kRowSpacing);
         gtk_widget_set_margin_start(GTK_WIDGET(box()), kIndent);
         gtk_widget_set_margin_top(GTK_WIDGET(box()), kRowSpacing);
-        gtk_container_add(GTK_CONTAINER(expander_), GTK_WIDGET(box()));
-        gtk_widget_show(GTK_WIDGET(label_));
+        setContent(expander_, GTK_WIDGET(box()));
+        gtk_widget_set_visible(GTK_WIDGET(label_), TRUE);
         gtk_expander_set_label_widget(expander_, GTK_WIDGET(label_));
         // An expander as wide as its line has its title at the line's end where lines begin on the right.
         gtk_widget_set_halign(widget(), GTK_ALIGN_START);
@@ -294,9 +274,9 @@ public:
         rows_.reserve(form->menus().size());
         for (const auto& menu : form->menus())
             rows_.push_back({GTK_LABEL(gtk_label_new(nullptr)), std::make_unique<MenuMirror>(menu)});
-        // Assistive technology has a grid's children last to first.
-        for (std::size_t row = rows_.size(); row-- > 0;)
-            attach(rows_[row], static_cast<int>(row));
+        const std::size_t last = rows_.size() - 1;
+        for (std::size_t i = 0; i < rows_.size(); ++i)
+            attach(kReadsFirstAttachedFirst ? i : last - i);
     }
 
     void visit(const std::function<void(ViewMirror&)>& function) override {
@@ -311,13 +291,12 @@ private:
         std::unique_ptr<MenuMirror> menu;
     };
 
-    void attach(const Row& row, int place) {
-        GtkWidget* const label = GTK_WIDGET(row.label);
+    void attach(std::size_t place) {
+        const Row& row = rows_[place];
         gtk_label_set_xalign(row.label, 0);
         tipWhenCut(row.label);
         gtk_widget_set_hexpand(row.menu->widget(), TRUE);
-        gtk_grid_attach(GTK_GRID(widget()), row.menu->widget(), 1, place, 1, 1);
-        gtk_grid_attach(GTK_GRID(widget()), label, 0, place, 1, 1);
+        attachRow(GTK_GRID(widget()), GTK_WIDGET(row.label), row.menu->widget(), static_cast<int>(place));
     }
 
     void update() override {
@@ -326,7 +305,7 @@ private:
             row.menu->refresh();
             // It names the control for assistive technology as well.
             gtk_label_set_text_with_mnemonic(row.label, menu.title().withMarker('_').c_str());
-            gtk_label_set_mnemonic_widget(row.label, row.menu->control());
+            labelFor(row.label, row.menu->control());
             gtk_widget_set_visible(GTK_WIDGET(row.label), menu.isHidden() ? FALSE : TRUE);
         }
     }

@@ -1,8 +1,8 @@
-#include "PrintDialog/Gtk3/AcceptedChoices.h"
+#include "PrintDialog/Gtk/AcceptedChoices.h"
 
-#include "PrintDialog/Gtk3/DialogOptions.h"
-#include "PrintDialog/Gtk3/GObjectRef.h"
-#include "PrintDialog/Gtk3/Guarded.h"
+#include "PrintDialog/Gtk/DialogOptions.h"
+#include "PrintDialog/Gtk/GObjectRef.h"
+#include "PrintDialog/Gtk/Guarded.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,10 +1,10 @@
 // The paper options in one of GTK's print dialogs.
 #pragma once
 
-#include "PrintDialog/Gtk3/AcceptedChoices.h"
-#include "PrintDialog/Gtk3/DialogOptions.h"
-#include "PrintDialog/Gtk3/GObjectRef.h"
-#include "PrintDialog/Gtk3/TabPage.h"
+#include "PrintDialog/Gtk/AcceptedChoices.h"
+#include "PrintDialog/Gtk/DialogOptions.h"
+#include "PrintDialog/Gtk/GObjectRef.h"
+#include "PrintDialog/Gtk/TabPage.h"
 #include "PrintDialog/Host/DialogTab.h"
 
 #include <gtk/gtkunixprint.h>

@@ -1,11 +1,9 @@
-#include "PrintDialog/Gtk3/MenuMirror.h"
-
-#include "PrintDialog/Gtk3/GObjectRef.h"
-#include "PrintDialog/Gtk3/Guarded.h"
+#include "PrintDialog/Gtk/GObjectRef.h"
+#include "PrintDialog/Gtk/Guarded.h"
+#include "PrintDialog/Gtk/MenuMirror.h"
 #include "PrintDialog/Gtk3/MenuList.h"
 #include "PrintDialog/Gtk3/MenuRows.h"
 
-#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -16,8 +14,6 @@ using Entries = std::vector<platform::MenuEntry>;
 
 // Pixels beside the title: the arrow and the borders of the widest theme that GTK brings.
 constexpr int kArrowWidth = 48;
-// Bytes of a title that wants a tooltip in the list, which a combo box's menu has not.
-constexpr std::size_t kLongTitle = 60;
 
 class ComboControl final : public MenuControl {
 public:
@@ -32,6 +28,8 @@ public:
     }
 
     GtkWidget* widget() const override { return GTK_WIDGET(widget_); }
+
+    bool suits(const platform::Menu& menu) const override { return !MenuList::isWantedFor(menu); }
 
     bool isOpen() const override {
         gboolean isOpen = FALSE;
@@ -120,33 +118,11 @@ private:
     bool wasChanged_ = false; // since its menu came up
 };
 
-// A combo box's menu takes a time that grows with the square of its items, and cannot be searched.
-bool wantsList(const platform::Menu& menu) {
-    return menu.isLong() || std::ranges::any_of(menu.entries(), [](const platform::MenuEntry& entry) {
-        return entry.title.size() > kLongTitle;
-    });
-}
-
-std::unique_ptr<MenuControl> controlOf(platform::Menu& menu, bool isList) {
-    if (isList) return std::make_unique<MenuList>(menu);
-    return std::make_unique<ComboControl>(menu);
-}
-
 } // namespace
 
-MenuMirror::MenuMirror(const std::shared_ptr<platform::Menu>& menu)
-    : ViewMirror(menu, gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0)), menu_(*menu) {}
-
-void MenuMirror::update() {
-    if (const bool wanted = wantsList(menu_); control_ == nullptr || wanted != isList_) {
-        if (control_ != nullptr) gtk_widget_destroy(control_->widget());
-        isList_ = wanted;
-        control_ = controlOf(menu_, isList_);
-        gtk_box_pack_start(GTK_BOX(widget()), control_->widget(), TRUE, TRUE, 0);
-        gtk_widget_show(control_->widget());
-    }
-    control_->show(menu_.entries(), menu_.selected());
-    gtk_widget_set_sensitive(control_->widget(), menu_.isEnabled() ? TRUE : FALSE);
+std::unique_ptr<MenuControl> makeMenuControl(platform::Menu& menu) {
+    if (MenuList::isWantedFor(menu)) return std::make_unique<MenuList>(menu);
+    return std::make_unique<ComboControl>(menu);
 }
 
 } // namespace orvan

@@ -1,6 +1,7 @@
-#include "PrintDialog/Gtk3/TabPage.h"
+#include "PrintDialog/Gtk/TabPage.h"
 
-#include "PrintDialog/Gtk3/Guarded.h"
+#include "PrintDialog/Gtk/Guarded.h"
+#include "PrintDialog/Gtk/Widgets.h"
 
 #include <utility>
 
@@ -10,19 +11,6 @@ namespace {
 constexpr int kBorder = 12; // pixels, as in GTK's own tabs
 // Frames that the tab waits for the dialog's size: on a very small screen the dialog never gets it.
 constexpr int kMostTicks = 60;
-
-bool hasItsSize(GtkWidget* widget) {
-    GtkRequisition minimum{};
-    gtk_widget_get_preferred_size(widget, &minimum, nullptr);
-    return gtk_widget_get_allocated_width(widget) >= minimum.width &&
-           gtk_widget_get_allocated_height(widget) >= minimum.height;
-}
-
-int leastWidth(GtkWidget* widget) {
-    int least = 0;
-    gtk_widget_get_preferred_width(widget, &least, nullptr);
-    return least;
-}
 
 void onMap(GtkWidget*, std::function<void()>* shown) {
     guarded([shown] { (*shown)(); });
@@ -40,19 +28,19 @@ TabPage::~TabPage() {
 void TabPage::ensureWidgets() {
     if (page_ != nullptr) return;
     page_ = GTK_BOX(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0));
-    gtk_container_set_border_width(GTK_CONTAINER(page_), kBorder);
+    setBorder(page_, kBorder);
     name_ = GTK_LABEL(gtk_label_new(nullptr));
     mapConnection_ = std::make_unique<SignalConnection>(page_, "map", G_CALLBACK(onMap), &shown_);
     gtk_print_unix_dialog_add_custom_tab(dialog_, GTK_WIDGET(page_), GTK_WIDGET(name_)); // and shows it
-    gtk_widget_hide(GTK_WIDGET(page_));
+    gtk_widget_set_visible(GTK_WIDGET(page_), FALSE);
 }
 
 void TabPage::appear(const std::string& name, const std::shared_ptr<platform::View>& view) {
     ensureWidgets();
     gtk_label_set_text(name_, name.c_str());
     mirror_ = mirrorOf(view);
+    append(page_, mirror_->widget(), true);
     mirror_->refresh();
-    gtk_box_pack_start(page_, mirror_->widget(), TRUE, TRUE, 0);
     showWhenSettled();
 }
 
@@ -61,7 +49,7 @@ void TabPage::keepDialogsWidth() {
     GtkWidget* const tabs = gtk_widget_get_ancestor(GTK_WIDGET(page_), GTK_TYPE_NOTEBOOK);
     if (tabs == nullptr || gtk_notebook_get_scrollable(GTK_NOTEBOOK(tabs)) != FALSE) return;
     const int before = leastWidth(tabs);
-    gtk_widget_show(GTK_WIDGET(page_));
+    gtk_widget_set_visible(GTK_WIDGET(page_), TRUE);
     if (leastWidth(tabs) <= before) return;
     gtk_notebook_set_scrollable(GTK_NOTEBOOK(tabs), TRUE);
     gtk_widget_set_size_request(tabs, before, -1);
@@ -75,7 +63,7 @@ void TabPage::showWhenSettled() {
         if (++self->ticks_ < kMostTicks && !hasItsSize(dialog)) return G_SOURCE_CONTINUE;
         self->tick_ = 0;
         self->keepDialogsWidth();
-        gtk_widget_show(GTK_WIDGET(self->page_));
+        gtk_widget_set_visible(GTK_WIDGET(self->page_), TRUE);
         return G_SOURCE_REMOVE;
     };
     tick_ = gtk_widget_add_tick_callback(GTK_WIDGET(dialog_), onTick, this, nullptr);
@@ -88,10 +76,11 @@ void TabPage::stopWaiting() {
 
 void TabPage::disappear() {
     stopWaiting();
-    if (page_ == nullptr) return;
-    gtk_widget_hide(GTK_WIDGET(page_));
-    if (mirror_ != nullptr) gtk_widget_destroy(mirror_->widget());
-    mirror_.reset();
+    const auto mirror = std::move(mirror_);
+    // A dialog that ends takes its widgets with it.
+    if (page_ == nullptr || gtk_widget_in_destruction(GTK_WIDGET(dialog_)) != FALSE) return;
+    gtk_widget_set_visible(GTK_WIDGET(page_), FALSE);
+    if (mirror != nullptr) removeFrom(page_, mirror->widget());
 }
 
 bool TabPage::isInFront() const {

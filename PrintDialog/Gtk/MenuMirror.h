@@ -1,9 +1,11 @@
-// A menu as a GTK control: a combo box, or where that is too small for the entries a button with a list.
+// A menu as a GTK control, of a kind that the toolkit's room decides.
 #pragma once
 
-#include "PrintDialog/Gtk3/ViewMirror.h"
+#include "PrintDialog/Gtk/ViewMirror.h"
 
+#include <cstddef>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace orvan {
@@ -16,7 +18,12 @@ public:
     virtual void show(
         const std::vector<platform::MenuEntry>& entries, std::optional<std::size_t> selected) = 0;
     virtual bool isOpen() const = 0;
+    // Whether it can show the menu as it is now; otherwise another control is to take its place.
+    virtual bool suits(const platform::Menu& menu) const = 0;
 };
+
+// The control that suits the menu, which must outlive it. Gtk3/MenuControls.cpp or Gtk4/DropDown.cpp.
+std::unique_ptr<MenuControl> makeMenuControl(platform::Menu& menu);
 
 class MenuMirror final : public ViewMirror {
 public:
@@ -30,8 +37,6 @@ private:
 
     platform::Menu& menu_;
     std::unique_ptr<MenuControl> control_;
-    bool isList_ = false;
-    std::vector<platform::MenuEntry> shown_;
 };
 
 } // namespace orvan

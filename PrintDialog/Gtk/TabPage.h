@@ -1,8 +1,8 @@
 // A tab of a print dialog that mirrors a tree of views.
 #pragma once
 
-#include "PrintDialog/Gtk3/GObjectRef.h"
-#include "PrintDialog/Gtk3/ViewMirror.h"
+#include "PrintDialog/Gtk/GObjectRef.h"
+#include "PrintDialog/Gtk/ViewMirror.h"
 
 #include <gtk/gtkunixprint.h>
 
