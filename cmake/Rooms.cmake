@@ -2,6 +2,7 @@
 # the same way in both: programs in bin/, the plug-in bundle and the dialog's host in lib/orvan/.
 set(ORVAN_PRIVATE_DIR lib/orvan)
 set(ORVAN_GTK_MODULE_DIR ${CMAKE_INSTALL_LIBDIR}/gtk-3.0/modules)
+set(ORVAN_GTK4_MODULE_DIR ${CMAKE_INSTALL_LIBDIR}/gtk-4.0/${GTK4_BINARY_VERSION}/printbackends)
 
 add_library(OrvanFlags INTERFACE)
 # What a shared object needs is what it calls, not what its rooms may call: applications open them.

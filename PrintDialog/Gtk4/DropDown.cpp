@@ -1,0 +1,199 @@
+#include "PrintDialog/Gtk/GObjectRef.h"
+#include "PrintDialog/Gtk/Guarded.h"
+#include "PrintDialog/Gtk/MenuMirror.h"
+#include "PrintDialog/Gtk/Widgets.h"
+
+#include <string>
+#include <utility>
+
+namespace orvan {
+namespace {
+
+using Entries = std::vector<platform::MenuEntry>;
+
+// Of a title, that are seen on the smallest screen.
+constexpr int kFewLetters = 12;
+// Of a title in the open list, before it is cut.
+constexpr int kManyLetters = 60;
+constexpr const char* kIsLine = "orvan-is-line";
+constexpr const char* kIsDisabled = "orvan-is-disabled";
+
+template <class T>
+T* firstBelow(GtkWidget* widget, GType type) {
+    T* found = nullptr;
+    forEachChild(widget, [&](GtkWidget* child) {
+        if (found == nullptr)
+            found = G_TYPE_CHECK_INSTANCE_TYPE(child, type) ? reinterpret_cast<T*>(child)
+                                                            : firstBelow<T>(child, type);
+    });
+    return found;
+}
+
+bool isMarked(gpointer item, const char* mark) {
+    return g_object_get_data(G_OBJECT(item), mark) != nullptr;
+}
+
+void setTitle(GtkWidget* label, const char* title) {
+    gtk_label_set_text(GTK_LABEL(label), title);
+    gtk_widget_set_tooltip_text(label, title); // it may be a long one
+}
+
+GtkLabel* makeTitleLabel() {
+    auto* const label = GTK_LABEL(gtk_label_new(nullptr));
+    gtk_label_set_xalign(label, 0);
+    gtk_label_set_ellipsize(label, PANGO_ELLIPSIZE_END);
+    gtk_label_set_width_chars(label, kFewLetters);
+    return label;
+}
+
+// The face of the control.
+void setUpFace(GtkListItemFactory*, GtkListItem* item, gpointer) {
+    gtk_list_item_set_child(item, GTK_WIDGET(makeTitleLabel()));
+}
+
+void bindFace(GtkListItemFactory*, GtkListItem* item, gpointer) {
+    setTitle(gtk_list_item_get_child(item),
+        gtk_string_object_get_string(GTK_STRING_OBJECT(gtk_list_item_get_item(item))));
+}
+
+// A row of the list: a title, or a line between groups of them.
+void setUpRow(GtkListItemFactory*, GtkListItem* item, gpointer) {
+    GtkWidget* const row = gtk_stack_new();
+    GtkLabel* const title = makeTitleLabel();
+    gtk_label_set_max_width_chars(title, kManyLetters);
+    gtk_stack_set_vhomogeneous(GTK_STACK(row), FALSE);
+    gtk_stack_add_child(GTK_STACK(row), GTK_WIDGET(title));
+    gtk_stack_add_child(GTK_STACK(row), gtk_separator_new(GTK_ORIENTATION_HORIZONTAL));
+    gtk_list_item_set_child(item, row);
+}
+
+void bindRow(GtkListItemFactory*, GtkListItem* item, gpointer) {
+    gpointer const entry = gtk_list_item_get_item(item);
+    GtkWidget* const row = gtk_list_item_get_child(item);
+    GtkWidget* const title = gtk_widget_get_first_child(row);
+    const bool isLine = isMarked(entry, kIsLine);
+    const gboolean canBePicked = isLine || isMarked(entry, kIsDisabled) ? FALSE : TRUE;
+    setTitle(title, gtk_string_object_get_string(GTK_STRING_OBJECT(entry)));
+    gtk_stack_set_visible_child(GTK_STACK(row), isLine ? gtk_widget_get_next_sibling(title) : title);
+    gtk_widget_set_sensitive(title, canBePicked);
+    gtk_list_item_set_selectable(item, canBePicked);
+    gtk_list_item_set_activatable(item, canBePicked);
+}
+
+using FactoryHandler = void (*)(GtkListItemFactory*, GtkListItem*, gpointer);
+GObjectRef<GtkListItemFactory> makeFactory(FactoryHandler setUp, FactoryHandler bind) {
+    GObjectRef<GtkListItemFactory> factory(gtk_signal_list_item_factory_new());
+    g_signal_connect(factory.get(), "setup", G_CALLBACK(setUp), nullptr);
+    g_signal_connect(factory.get(), "bind", G_CALLBACK(bind), nullptr);
+    return factory;
+}
+
+// GTK's own control, which opens a list and has a search line for it.
+class DropDown final : public MenuControl {
+public:
+    explicit DropDown(platform::Menu& menu)
+        : menu_(menu),
+          widget_(makeWidget()),
+          list_(firstBelow<GtkListView>(GTK_WIDGET(widget_), GTK_TYPE_LIST_VIEW)),
+          popover_(firstBelow<GtkWidget>(GTK_WIDGET(widget_), GTK_TYPE_POPOVER)),
+          selected_(widget_, "notify::selected", G_CALLBACK(onSelected), this) {
+        if (list_ != nullptr)
+            activated_ = std::make_unique<SignalConnection>(
+                list_, "activate", G_CALLBACK(onActivated), this, G_CONNECT_AFTER);
+        if (popover_ != nullptr)
+            opened_ = std::make_unique<SignalConnection>(popover_, "map", G_CALLBACK(onOpened), this);
+    }
+
+    GtkWidget* widget() const override { return GTK_WIDGET(widget_); }
+    bool suits(const platform::Menu&) const override { return true; }
+    bool isOpen() const override { return popover_ != nullptr && gtk_widget_get_visible(popover_) != FALSE; }
+
+    void show(const Entries& entries, std::optional<std::size_t> selected) override {
+        const SignalConnection::Block block(selected_);
+        if (!isFilled_ || shown_ != entries) {
+            isFilled_ = true;
+            shown_ = entries;
+            fill();
+        }
+        gtk_drop_down_set_selected(
+            widget_, selected ? static_cast<guint>(*selected) : GTK_INVALID_LIST_POSITION);
+        gtk_drop_down_set_enable_search(widget_, menu_.isLong() ? TRUE : FALSE);
+        searchAnywhere();
+    }
+
+private:
+    static GtkDropDown* makeWidget() {
+        auto* const dropDown = GTK_DROP_DOWN(gtk_drop_down_new(nullptr, nullptr));
+        gtk_drop_down_set_factory(dropDown, makeFactory(setUpFace, bindFace).get());
+        gtk_drop_down_set_list_factory(dropDown, makeFactory(setUpRow, bindRow).get());
+        GtkExpression* const title = gtk_property_expression_new(GTK_TYPE_STRING_OBJECT, nullptr, "string");
+        gtk_drop_down_set_expression(dropDown, title);
+        gtk_expression_unref(title);
+        return dropDown;
+    }
+
+    void fill() {
+        std::vector<GObjectRef<GtkStringObject>> owners;
+        std::vector<gpointer> items;
+        owners.reserve(shown_.size());
+        items.reserve(shown_.size());
+        for (const platform::MenuEntry& entry : shown_) {
+            GtkStringObject* const item = gtk_string_object_new(entry.title.c_str());
+            owners.emplace_back(item);
+            items.push_back(item);
+            g_object_set_data(G_OBJECT(item), kIsLine, entry.isLine ? item : nullptr);
+            g_object_set_data(G_OBJECT(item), kIsDisabled, entry.enabled ? nullptr : item);
+        }
+        const GObjectRef<GListStore> store(g_list_store_new(GTK_TYPE_STRING_OBJECT));
+        g_list_store_splice(store.get(), 0, 0, items.data(), static_cast<guint>(items.size()));
+        gtk_drop_down_set_model(widget_, G_LIST_MODEL(store.get()));
+    }
+
+    // Left to itself it finds what a title begins with.
+    void searchAnywhere() {
+        GtkSelectionModel* const selection = list_ != nullptr ? gtk_list_view_get_model(list_) : nullptr;
+        if (!GTK_IS_SINGLE_SELECTION(selection)) return;
+        GListModel* const found = gtk_single_selection_get_model(GTK_SINGLE_SELECTION(selection));
+        if (!GTK_IS_FILTER_LIST_MODEL(found)) return;
+        GtkFilter* const filter = gtk_filter_list_model_get_filter(GTK_FILTER_LIST_MODEL(found));
+        if (GTK_IS_STRING_FILTER(filter))
+            gtk_string_filter_set_match_mode(
+                GTK_STRING_FILTER(filter), GTK_STRING_FILTER_MATCH_MODE_SUBSTRING);
+    }
+
+    static void onSelected(GtkDropDown*, GParamSpec*, DropDown* self) {
+        self->wasSelected_ = true;
+        guarded([self] { self->pick(); });
+    }
+
+    static void onOpened(GtkWidget*, DropDown* self) { self->wasSelected_ = false; }
+
+    // The control says nothing when the entry is picked that it shows; its list does.
+    static void onActivated(GtkListView*, guint, DropDown* self) {
+        if (!std::exchange(self->wasSelected_, false)) guarded([self] { self->pick(); });
+    }
+
+    void pick() {
+        const guint selected = gtk_drop_down_get_selected(widget_);
+        if (selected != GTK_INVALID_LIST_POSITION) menu_.pick(selected);
+    }
+
+    platform::Menu& menu_;
+    GtkDropDown* widget_;
+    GtkListView* list_;  // of the widget's; null where this release has none
+    GtkWidget* popover_; // the same
+    SignalConnection selected_;
+    std::unique_ptr<SignalConnection> activated_;
+    std::unique_ptr<SignalConnection> opened_;
+    Entries shown_;
+    bool isFilled_ = false;
+    bool wasSelected_ = false; // since its list was opened
+};
+
+} // namespace
+
+std::unique_ptr<MenuControl> makeMenuControl(platform::Menu& menu) {
+    return std::make_unique<DropDown>(menu);
+}
+
+} // namespace orvan
