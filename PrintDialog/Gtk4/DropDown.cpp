@@ -108,15 +108,24 @@ public:
     bool suits(const platform::Menu&) const override { return true; }
     bool isOpen() const override { return popover_ != nullptr && gtk_widget_get_visible(popover_) != FALSE; }
 
+    ~DropDown() override {
+        if (later_ != 0) g_source_remove(later_);
+    }
+
+    // Not while the widget tells of a pick: its old list would go under its hands.
     void show(const Entries& entries, std::optional<std::size_t> selected) override {
+        if (*isTelling_ && shown_ != entries) {
+            if (later_ == 0) later_ = g_idle_add_full(G_PRIORITY_HIGH, onLater, this, nullptr);
+            return;
+        }
         const SignalConnection::Block block(selected_);
         if (!isFilled_ || shown_ != entries) {
             isFilled_ = true;
             shown_ = entries;
             fill();
         }
-        gtk_drop_down_set_selected(
-            widget_, selected ? static_cast<guint>(*selected) : GTK_INVALID_LIST_POSITION);
+        shownEntry_ = selected ? static_cast<guint>(*selected) : GTK_INVALID_LIST_POSITION;
+        gtk_drop_down_set_selected(widget_, shownEntry_);
         gtk_drop_down_set_enable_search(widget_, menu_.isLong() ? TRUE : FALSE);
         searchAnywhere();
     }
@@ -161,21 +170,36 @@ private:
                 GTK_STRING_FILTER(filter), GTK_STRING_FILTER_MATCH_MODE_SUBSTRING);
     }
 
-    static void onSelected(GtkDropDown*, GParamSpec*, DropDown* self) {
+    // The control may tell the same pick twice.
+    static void onSelected(GtkDropDown* widget, GParamSpec*, DropDown* self) {
+        const guint selected = gtk_drop_down_get_selected(widget);
+        if (std::exchange(self->shownEntry_, selected) == selected) return;
         self->wasSelected_ = true;
-        guarded([self] { self->pick(); });
+        self->pick();
+    }
+
+    static gboolean onLater(gpointer data) {
+        auto* const self = static_cast<DropDown*>(data);
+        self->later_ = 0;
+        guarded([self] { self->show(self->menu_.entries(), self->menu_.selected()); });
+        return G_SOURCE_REMOVE;
     }
 
     static void onOpened(GtkWidget*, DropDown* self) { self->wasSelected_ = false; }
 
     // The control says nothing when the entry is picked that it shows; its list does.
     static void onActivated(GtkListView*, guint, DropDown* self) {
-        if (!std::exchange(self->wasSelected_, false)) guarded([self] { self->pick(); });
+        if (!std::exchange(self->wasSelected_, false)) self->pick();
     }
 
+    // May end the whole panel.
     void pick() {
         const guint selected = gtk_drop_down_get_selected(widget_);
-        if (selected != GTK_INVALID_LIST_POSITION) menu_.pick(selected);
+        if (selected == GTK_INVALID_LIST_POSITION) return;
+        const auto isTelling = isTelling_;
+        *isTelling = true;
+        guarded([&] { menu_.pick(selected); });
+        *isTelling = false;
     }
 
     platform::Menu& menu_;
@@ -186,6 +210,9 @@ private:
     std::unique_ptr<SignalConnection> activated_;
     std::unique_ptr<SignalConnection> opened_;
     Entries shown_;
+    guint shownEntry_ = GTK_INVALID_LIST_POSITION;
+    std::shared_ptr<bool> isTelling_ = std::make_shared<bool>(false); // of a pick
+    guint later_ = 0;                                                 // to show what could not be shown then
     bool isFilled_ = false;
     bool wasSelected_ = false; // since its list was opened
 };

@@ -33,13 +33,15 @@ void append(GtkBox* box, GtkWidget* child, bool grows) {
     gtk_box_append(box, child);
 }
 
+// The child lives until the main loop comes round: it may be what a person has just used.
 void removeFrom(GtkBox* box, GtkWidget* child) {
+    g_idle_add_once(g_object_unref, g_object_ref(child));
     gtk_box_remove(box, child);
 }
 
 void clear(GtkBox* box) {
     while (GtkWidget* const child = gtk_widget_get_first_child(GTK_WIDGET(box)))
-        gtk_box_remove(box, child);
+        removeFrom(box, child);
 }
 
 const bool kReadsFirstAttachedFirst = true;

@@ -1,6 +1,6 @@
 // Debian's document viewer, as it is, in front of a person who has the keyboard and looks at the screen
 // through the accessibility interface.
-#include "Tests/PrintDialog/Gtk3/Desktop.h"
+#include "Tests/PrintDialog/Gtk/Desktop.h"
 
 #include <gtest/gtest.h>
 

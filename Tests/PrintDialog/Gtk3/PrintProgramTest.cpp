@@ -1,5 +1,5 @@
 // orvan-print, when it cannot do what it is asked for: it says so in a dialog, and on standard error.
-#include "Tests/PrintDialog/Gtk3/Desktop.h"
+#include "Tests/PrintDialog/Gtk/Desktop.h"
 #include "Tests/Support/Processes.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // What the tab shows and what arrives at the printer on good days and bad ones: the real command filter in
 // front of a simulated printer whose papers have types in another order than their places.
-#include "Tests/PrintDialog/Gtk3/Application.h"
+#include "Tests/PrintDialog/Gtk/Application.h"
 #include "Tests/Support/DerivedPPD.h"
 #include "Tests/Support/ScriptedServer.h"
 #include "Tests/Support/SimulatedPrinter.h"
@@ -206,7 +206,7 @@ TEST_F(PaperSituations, followThePrinterWhenItAnswersLate) {
         dialog.keepPicture("late");
         dialog.pick(kRow, "Certificates");
         dialog.pick("Separator Page Source:", "Tray 2");
-        gtk_widget_grab_focus(GTK_WIDGET(dialog.popUps().at(kRow)));
+        gtk_widget_grab_focus(dialog.popUps().at(kRow));
         ASSERT_EQ(jobs("Office").size(), before + 1) << "the second dialog waits for the first one's job";
         ASSERT_EQ(desktop_.printing->releaseJob(jobs("Office").back().id), std::nullopt);
         EXPECT_TRUE(waitUntil([&] {
@@ -218,7 +218,7 @@ TEST_F(PaperSituations, followThePrinterWhenItAnswersLate) {
         EXPECT_EQ(dialog.shownIn("Separator Page Source:"), "Tray 2");
         EXPECT_FALSE(dialog.says("Paper names of"));
         GtkWidget* const focus = gtk_window_get_focus(GTK_WINDOW(dialog.dialog()));
-        GtkWidget* const row = GTK_WIDGET(dialog.popUps().at(kRow));
+        GtkWidget* const row = dialog.popUps().at(kRow);
         EXPECT_TRUE(focus != nullptr && (focus == row || gtk_widget_is_ancestor(focus, row)));
         letPass(std::chrono::milliseconds(1200));
         EXPECT_EQ(jobs("Office").size(), before + 1) << "nobody asks again";

@@ -1,7 +1,7 @@
 // An application that prints, and a person at it. It has GTK's public interface and what is on the screen.
 #pragma once
 
-#include "Tests/PrintDialog/Gtk3/Desktop.h"
+#include "Tests/PrintDialog/Gtk/Desktop.h"
 
 #include <gtest/gtest.h>
 #include <gtk/gtkunixprint.h>
@@ -39,7 +39,7 @@ public:
     GtkPrintUnixDialog* dialog() const { return dialog_; }
 
     // Chooses a printer in the list and waits until the dialog has it.
-    void selectPrinter(const std::string& queue);
+    void selectPrinter(const std::string& queue) const;
     std::string selectedPrinter() const;
 
     // The names of the tabs that can be seen.
@@ -49,9 +49,9 @@ public:
     void openTab(const std::string& name);
 
     // The pop-ups of the front tab, each by the text of its label.
-    std::map<std::string, GtkComboBox*> popUps() const;
-    // The button that opens the list of a pop-up that has many choices; null when there is none.
-    GtkMenuButton* longMenuOf(const std::string& label) const;
+    std::map<std::string, GtkWidget*> popUps() const;
+    // Whatever the label of the front tab is for; null when there is none.
+    GtkWidget* controlOf(const std::string& label) const;
     std::string shownIn(const std::string& label) const;
     std::vector<std::string> choicesOf(const std::string& label) const;
     // Picks an entry of a pop-up of the front tab.

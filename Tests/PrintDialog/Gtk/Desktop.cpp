@@ -1,5 +1,6 @@
-#include "Tests/PrintDialog/Gtk3/Desktop.h"
+#include "Tests/PrintDialog/Gtk/Desktop.h"
 
+#include "Tests/PrintDialog/Gtk/Widgets.h"
 #include "Tests/Support/DerivedPPD.h"
 #include "Tests/Support/SystemLog.h"
 
@@ -130,7 +131,8 @@ Environment Desktop::environment() const {
     std::filesystem::create_directory(runtime);
     std::filesystem::permissions(runtime, std::filesystem::perms::owner_all);
     // No bus answers, so that none starts what this machine happens to have: portals, file systems, settings.
-    Environment variables{{"DISPLAY", display->name()}, {"GDK_BACKEND", "x11"}, {"NO_AT_BRIDGE", "1"},
+    Environment variables{{"DISPLAY", display->name()}, {"GDK_BACKEND", "x11"}, {"GSK_RENDERER", "cairo"},
+        {"NO_AT_BRIDGE", "1"}, {"GTK_A11Y", "none"},
         {"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (runtime / "no-bus").string()},
         {"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + (runtime / "no-bus").string()}, {"GTK_USE_PORTAL", "0"},
         {"GIO_USE_VFS", "local"}, {"GSETTINGS_BACKEND", "memory"}, {"XDG_RUNTIME_DIR", runtime.string()},
@@ -155,7 +157,8 @@ bool Desktop::runApplication(const std::vector<std::string>& environment, const 
         alarm(kPatience);
         printing->adoptEnvironment();
         changeEnvironment(this->environment());
-        setenv("GTK3_MODULES", module.c_str(), 1);
+        const auto [name, value] = moduleVariable(module);
+        setenv(name.c_str(), value.c_str(), 1);
         for (const std::string& variable : environment) {
             const std::size_t equals = variable.find('=');
             setenv(variable.substr(0, equals).c_str(), variable.substr(equals + 1).c_str(), 1);

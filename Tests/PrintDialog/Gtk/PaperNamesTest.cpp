@@ -1,6 +1,6 @@
 // The names that an office gave its papers, in the print dialog: asked for and answered through a real
 // scheduler, or by a real command filter.
-#include "Tests/PrintDialog/Gtk3/Application.h"
+#include "Tests/PrintDialog/Gtk/Application.h"
 #include "Tests/Support/DerivedPPD.h"
 
 #include <algorithm>
