@@ -3,6 +3,7 @@
 #include "PrintDialog/Gtk/MenuMirror.h"
 #include "PrintDialog/Gtk/Widgets.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -15,7 +16,8 @@ using Entries = std::vector<platform::MenuEntry>;
 constexpr int kFewLetters = 12;
 // Of a title in the open list, before it is cut.
 constexpr int kManyLetters = 60;
-constexpr const char* kIsLine = "orvan-is-line";
+constexpr int kLineSpacing = 6; // pixels, below a line
+constexpr const char* kIsBelowLine = "orvan-is-below-line";
 constexpr const char* kIsDisabled = "orvan-is-disabled";
 
 template <class T>
@@ -56,28 +58,27 @@ void bindFace(GtkListItemFactory*, GtkListItem* item, gpointer) {
         gtk_string_object_get_string(GTK_STRING_OBJECT(gtk_list_item_get_item(item))));
 }
 
-// A row of the list: a title, or a line between groups of them.
+// A row of the list: a title, below a line where a group of them begins. Each row can be gone to and picked:
+// the keyboard stops in front of one that cannot.
 void setUpRow(GtkListItemFactory*, GtkListItem* item, gpointer) {
-    GtkWidget* const row = gtk_stack_new();
+    GtkWidget* const row = gtk_box_new(GTK_ORIENTATION_VERTICAL, kLineSpacing);
     GtkLabel* const title = makeTitleLabel();
     gtk_label_set_max_width_chars(title, kManyLetters);
-    gtk_stack_set_vhomogeneous(GTK_STACK(row), FALSE);
-    gtk_stack_add_child(GTK_STACK(row), GTK_WIDGET(title));
-    gtk_stack_add_child(GTK_STACK(row), gtk_separator_new(GTK_ORIENTATION_HORIZONTAL));
+    append(GTK_BOX(row), gtk_separator_new(GTK_ORIENTATION_HORIZONTAL), false);
+    append(GTK_BOX(row), GTK_WIDGET(title), true);
     gtk_list_item_set_child(item, row);
 }
 
 void bindRow(GtkListItemFactory*, GtkListItem* item, gpointer) {
     gpointer const entry = gtk_list_item_get_item(item);
-    GtkWidget* const row = gtk_list_item_get_child(item);
-    GtkWidget* const title = gtk_widget_get_first_child(row);
-    const bool isLine = isMarked(entry, kIsLine);
-    const gboolean canBePicked = isLine || isMarked(entry, kIsDisabled) ? FALSE : TRUE;
-    setTitle(title, gtk_string_object_get_string(GTK_STRING_OBJECT(entry)));
-    gtk_stack_set_visible_child(GTK_STACK(row), isLine ? gtk_widget_get_next_sibling(title) : title);
-    gtk_widget_set_sensitive(title, canBePicked);
-    gtk_list_item_set_selectable(item, canBePicked);
-    gtk_list_item_set_activatable(item, canBePicked);
+    GtkWidget* const line = gtk_widget_get_first_child(gtk_list_item_get_child(item));
+    GtkWidget* const title = gtk_widget_get_next_sibling(line);
+    const char* const text = gtk_string_object_get_string(GTK_STRING_OBJECT(entry));
+    setTitle(title, text);
+    gtk_widget_set_visible(line, isMarked(entry, kIsBelowLine) ? TRUE : FALSE);
+    gtk_widget_set_sensitive(title, isMarked(entry, kIsDisabled) ? FALSE : TRUE);
+    if (g_object_class_find_property(G_OBJECT_GET_CLASS(item), "accessible-label") != nullptr) // since 4.12
+        g_object_set(item, "accessible-label", text, nullptr);
 }
 
 using FactoryHandler = void (*)(GtkListItemFactory*, GtkListItem*, gpointer);
@@ -124,8 +125,8 @@ public:
             shown_ = entries;
             fill();
         }
-        shownEntry_ = selected ? static_cast<guint>(*selected) : GTK_INVALID_LIST_POSITION;
-        gtk_drop_down_set_selected(widget_, shownEntry_);
+        shownRow_ = selected ? rowOf(*selected) : GTK_INVALID_LIST_POSITION;
+        gtk_drop_down_set_selected(widget_, shownRow_);
         gtk_drop_down_set_enable_search(widget_, menu_.isLong() ? TRUE : FALSE);
         searchAnywhere();
     }
@@ -141,21 +142,34 @@ private:
         return dropDown;
     }
 
+    // A row for each entry that is no line.
     void fill() {
         std::vector<GObjectRef<GtkStringObject>> owners;
         std::vector<gpointer> items;
         owners.reserve(shown_.size());
         items.reserve(shown_.size());
-        for (const platform::MenuEntry& entry : shown_) {
+        places_.clear();
+        places_.reserve(shown_.size());
+        for (std::size_t place = 0; place < shown_.size(); ++place) {
+            const platform::MenuEntry& entry = shown_[place];
+            if (entry.isLine) continue;
             GtkStringObject* const item = gtk_string_object_new(entry.title.c_str());
             owners.emplace_back(item);
             items.push_back(item);
-            g_object_set_data(G_OBJECT(item), kIsLine, entry.isLine ? item : nullptr);
+            const bool isBelowLine = place > 0 && shown_[place - 1].isLine;
+            g_object_set_data(G_OBJECT(item), kIsBelowLine, isBelowLine ? item : nullptr);
             g_object_set_data(G_OBJECT(item), kIsDisabled, entry.enabled ? nullptr : item);
+            places_.push_back(place);
         }
         const GObjectRef<GListStore> store(g_list_store_new(GTK_TYPE_STRING_OBJECT));
         g_list_store_splice(store.get(), 0, 0, items.data(), static_cast<guint>(items.size()));
         gtk_drop_down_set_model(widget_, G_LIST_MODEL(store.get()));
+    }
+
+    guint rowOf(std::size_t place) const {
+        const auto found = std::ranges::find(places_, place);
+        return found != places_.end() ? static_cast<guint>(found - places_.begin())
+                                      : GTK_INVALID_LIST_POSITION;
     }
 
     // Left to itself it finds what a title begins with.
@@ -173,7 +187,7 @@ private:
     // The control may tell the same pick twice.
     static void onSelected(GtkDropDown* widget, GParamSpec*, DropDown* self) {
         const guint selected = gtk_drop_down_get_selected(widget);
-        if (std::exchange(self->shownEntry_, selected) == selected) return;
+        if (std::exchange(self->shownRow_, selected) == selected) return;
         self->wasSelected_ = true;
         self->pick();
     }
@@ -195,10 +209,13 @@ private:
     // May end the whole panel.
     void pick() {
         const guint selected = gtk_drop_down_get_selected(widget_);
-        if (selected == GTK_INVALID_LIST_POSITION) return;
+        if (selected >= places_.size()) return;
         const auto isTelling = isTelling_;
         *isTelling = true;
-        guarded([&] { menu_.pick(selected); });
+        guarded([&] {
+            if (!menu_.pick(places_[selected]))
+                show(menu_.entries(), menu_.selected()); // an entry that is disabled
+        });
         *isTelling = false;
     }
 
@@ -210,7 +227,8 @@ private:
     std::unique_ptr<SignalConnection> activated_;
     std::unique_ptr<SignalConnection> opened_;
     Entries shown_;
-    guint shownEntry_ = GTK_INVALID_LIST_POSITION;
+    std::vector<std::size_t> places_; // of the rows' entries
+    guint shownRow_ = GTK_INVALID_LIST_POSITION;
     std::shared_ptr<bool> isTelling_ = std::make_shared<bool>(false); // of a pick
     guint later_ = 0;                                                 // to show what could not be shown then
     bool isFilled_ = false;

@@ -1,6 +1,5 @@
-// What the tab shows and what arrives at the printer on good days and bad ones: the real command filter in
-// front of a simulated printer whose papers have types in another order than their places.
-#include "Tests/PrintDialog/Gtk/Application.h"
+#include "Tests/PrintDialog/Gtk/PaperSituations.h"
+
 #include "Tests/Support/DerivedPPD.h"
 #include "Tests/Support/ScriptedServer.h"
 #include "Tests/Support/SimulatedPrinter.h"
@@ -14,100 +13,73 @@
 #include <vector>
 
 namespace orvan::test {
-namespace {
 
-constexpr const char* kAsks = "ORVAN_SYSTEM_RELEASE=10.9.0";
-constexpr const char* kRow = "Paper Type:";
-constexpr const char* kUnlisted = " (not in the printer\u2019s list)";
+void PaperSituations::SetUp() {
+    PrintingSystemOptions options;
+    options.folder.extraFilters = {ORVAN_COMMAND_FILTER};
+    start(options);
+}
 
-using Papers = NamedPapers;
-
-// Certificates come first and are type 3; Ivory is type 2.
-const Papers kPapers{{"Certificates", "3"}, {"Ivory", "2"}, {"Labels A", "1"}};
-
-class PaperSituations : public DialogTest {
-protected:
-    void SetUp() override {
-        PrintingSystemOptions options;
-        options.folder.extraFilters = {ORVAN_COMMAND_FILTER};
-        start(options);
-    }
-
-    // A queue whose output goes into a file, and a printer for it.
-    void addQueue(const std::string& name, const std::string& url, const std::string& device = "",
-        const char* byDefault = "Plain") const {
-        std::ifstream stream(ORVAN_PPD_FILE);
-        std::string ppd{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-        const auto replace = [&ppd](const std::string& from, const std::string& to) {
-            ppd.replace(ppd.find(from), from.size(), to);
-        };
-        replace("/usr/lib/cups/filter/commandtoorvan", "commandtoorvan");
-        replace("\"/status.xml\"", '"' + url + '"');
-        replace("*DefaultMediaType: Plain", std::string("*DefaultMediaType: ") + byDefault);
-        replace(" com.orvan.JobAccounting ReportLevels", "");
-        const TempFolder folder;
-        ASSERT_EQ(desktop_.printing->addQueue({.name = name,
-                      .ppdFile = folder.write("queue.ppd", ppd),
-                      .deviceURI = device.empty() ? desktop_.printing->fileDevice(name) : device}),
-            std::nullopt);
-    }
-
-    bool isQuestionOver(const std::string& queue, std::size_t count = 1) const {
-        const auto all = jobs(queue);
-        return all.size() >= count &&
-               std::ranges::all_of(all, [](const PrintJob& job) { return job.isSettled(); });
-    }
-
-    // The paper type in the bytes of the queue's last job.
-    std::string printed(const std::string& queue) const {
-        EXPECT_TRUE(waitUntil([&] { return isQuestionOver(queue); }));
-        std::ifstream stream(desktop_.printing->outputFile(queue), std::ios::binary);
-        const std::string bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-        const std::string code = "<</MediaType(";
-        const std::size_t place = bytes.rfind(code);
-        if (place == std::string::npos) return "nothing in " + std::to_string(bytes.size()) + " bytes";
-        return bytes.substr(place + code.size(), bytes.find(')', place) - place - code.size());
-    }
-
-    struct Visit {
-        const char* name;
-        std::string queue = "Office";
-        std::string remembered = {}; // the paper type in the application's settings
-        bool opensTab = true;
-        std::string shown = {}; // in the row, when the tab is opened
-        std::string picks = {}; // "" for nothing
-        std::string says = {};  // on the tab
-        std::string prints = {};
+void PaperSituations::addQueue(
+    const std::string& name, const std::string& url, const std::string& device, const char* byDefault) const {
+    std::ifstream stream(ORVAN_PPD_FILE);
+    std::string ppd{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    const auto replace = [&ppd](const std::string& from, const std::string& to) {
+        ppd.replace(ppd.find(from), from.size(), to);
     };
-    // One application: a dialog that is opened with its settings, looked at, and printed from.
-    void visit(const Visit& visit) const {
-        SCOPED_TRACE(visit.queue + ": " + visit.remembered + " -> " + visit.prints);
-        const auto body = [&] {
-            Settings settings{{"printer", visit.queue}};
-            if (!visit.remembered.empty()) settings["cups-MediaType"] = visit.remembered;
-            OpenDialog dialog(settings);
-            ASSERT_TRUE(dialog.waitForTab(kTab));
-            if (visit.opensTab) {
-                dialog.openTab(kTab);
-                if (visit.says.starts_with(kRow)) dialog.unfold();
-                EXPECT_TRUE(waitUntil([&] {
-                    const auto choices = dialog.choicesOf(kRow);
-                    const bool canPick =
-                        visit.picks.empty() || std::ranges::find(choices, visit.picks) != choices.end();
-                    return canPick && dialog.shownIn(kRow) == visit.shown && dialog.says(visit.says);
-                })) << dialog.shownIn(kRow);
-                dialog.keepPicture(visit.name);
-            }
-            if (!visit.picks.empty()) dialog.pick(kRow, visit.picks);
-            EXPECT_EQ(dialog.print(document_), "");
-            EXPECT_EQ(printed(visit.queue), visit.prints);
-        };
-        inApplication(body, {kAsks});
-    }
-};
+    replace("/usr/lib/cups/filter/commandtoorvan", "commandtoorvan");
+    replace("\"/status.xml\"", '"' + url + '"');
+    replace("*DefaultMediaType: Plain", std::string("*DefaultMediaType: ") + byDefault);
+    replace(" com.orvan.JobAccounting ReportLevels", "");
+    const TempFolder folder;
+    ASSERT_EQ(desktop_.printing->addQueue({.name = name,
+                  .ppdFile = folder.write("queue.ppd", ppd),
+                  .deviceURI = device.empty() ? desktop_.printing->fileDevice(name) : device}),
+        std::nullopt);
+}
 
-// A custom paper is its type, whatever its place, its name or the way to it is.
-TEST_F(PaperSituations, printTheTypeThatWasPicked) {
+bool PaperSituations::isQuestionOver(const std::string& queue, std::size_t count) const {
+    const auto all = jobs(queue);
+    return all.size() >= count &&
+           std::ranges::all_of(all, [](const PrintJob& job) { return job.isSettled(); });
+}
+
+std::string PaperSituations::printed(const std::string& queue, const std::string& code) const {
+    EXPECT_TRUE(waitUntil([&] { return isQuestionOver(queue); }));
+    std::ifstream stream(desktop_.printing->outputFile(queue), std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    const std::size_t place = bytes.rfind(code);
+    if (place == std::string::npos) return "nothing in " + std::to_string(bytes.size()) + " bytes";
+    const std::size_t begin = place + code.size();
+    return bytes.substr(begin, bytes.find_first_of(")\r\n", begin) - begin);
+}
+
+void PaperSituations::visit(const Visit& visit) const {
+    SCOPED_TRACE(visit.queue + ": " + visit.remembered + " -> " + visit.prints);
+    const auto body = [&] {
+        Settings settings{{"printer", visit.queue}};
+        if (!visit.remembered.empty()) settings["cups-MediaType"] = visit.remembered;
+        OpenDialog dialog(settings);
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        if (visit.opensTab) {
+            dialog.openTab(kTab);
+            if (visit.says.starts_with(kRow)) dialog.unfold();
+            EXPECT_TRUE(waitUntil([&] {
+                const auto choices = dialog.choicesOf(kRow);
+                const bool canPick =
+                    visit.picks.empty() || std::ranges::find(choices, visit.picks) != choices.end();
+                return canPick && dialog.shownIn(kRow) == visit.shown && dialog.says(visit.says);
+            })) << dialog.shownIn(kRow);
+            dialog.keepPicture(visit.name);
+        }
+        if (!visit.picks.empty()) dialog.pick(kRow, visit.picks);
+        EXPECT_EQ(dialog.print(document_), "");
+        EXPECT_EQ(printed(visit.queue), visit.prints);
+    };
+    inApplication(body, {kAsks});
+}
+
+void PaperSituations::visitOnGoodDays() {
     const SimulatedPrinter printer({"--no-snmp"}, statusDocument(kPapers));
     addQueue("Office", printer.url());
     addQueue("Ivory", printer.url(), "", "CustomType2");
@@ -142,6 +114,33 @@ TEST_F(PaperSituations, printTheTypeThatWasPicked) {
         .prints = "CustomType5"});
 }
 
+void PaperSituations::visitAPrinterThatIsOff() {
+    SimulatedPrinter printer({"--no-snmp"}, statusDocument(kPapers));
+    addQueue("Office", printer.url());
+    addQueue("New", printer.url());
+    visit({.name = "before-off", .shown = "Plain", .picks = "Ivory", .prints = "CustomType2"});
+    letPass(std::chrono::milliseconds(3100)); // times of answers are whole seconds
+    printer.end();
+    visit({.name = "off",
+        .remembered = "CustomType2",
+        .shown = "Ivory",
+        .says = "; the printer did not answer.",
+        .prints = "CustomType2"});
+    visit({.name = "never-asked",
+        .queue = "New",
+        .remembered = "CustomType2",
+        .shown = std::string("Custom Type 2") + kUnlisted,
+        .says = "The printer has not told its paper names.",
+        .prints = "CustomType2"});
+}
+
+namespace {
+
+// A custom paper is its type, whatever its place, its name or the way to it is.
+TEST_F(PaperSituations, printTheTypeThatWasPicked) {
+    visitOnGoodDays();
+}
+
 // What the queue's PPD cannot say is said, and no other paper is printed in its place by GTK.
 TEST_F(PaperSituations, sayWhatTheDriverCannotName) {
     const SimulatedPrinter printer({"--no-snmp"}, statusDocument({{"Gold", "17"}, {"Silver", "a b"}}));
@@ -168,23 +167,7 @@ TEST_F(PaperSituations, sayWhatTheDriverCannotName) {
 
 // The printer is off: the names of the last time, with their age; and where there are none, that is said.
 TEST_F(PaperSituations, showTheStoredNamesOfAPrinterThatIsOff) {
-    SimulatedPrinter printer({"--no-snmp"}, statusDocument(kPapers));
-    addQueue("Office", printer.url());
-    addQueue("New", printer.url());
-    visit({.name = "before-off", .shown = "Plain", .picks = "Ivory", .prints = "CustomType2"});
-    letPass(std::chrono::milliseconds(3100)); // times of answers are whole seconds
-    printer.end();
-    visit({.name = "off",
-        .remembered = "CustomType2",
-        .shown = "Ivory",
-        .says = "; the printer did not answer.",
-        .prints = "CustomType2"});
-    visit({.name = "never-asked",
-        .queue = "New",
-        .remembered = "CustomType2",
-        .shown = std::string("Custom Type 2") + kUnlisted,
-        .says = "The printer has not told its paper names.",
-        .prints = "CustomType2"});
+    visitAPrinterThatIsOff();
 }
 
 // Names that come late take the place of those that were shown, with the same marks, and nobody asks again.
