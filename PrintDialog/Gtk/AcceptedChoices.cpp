@@ -13,6 +13,8 @@ namespace {
 
 // More dialogs than anybody has jobs waiting for.
 constexpr std::size_t kMostDialogs = 16;
+// Of a page setup: the dialog that it comes from.
+constexpr const char* kDialogKey = "orvan-accepted-dialog";
 
 std::string settingKey(const std::string& keyword) {
     return "cups-" + keyword;
@@ -27,6 +29,22 @@ std::string_view setting(GtkPrintSettings* settings, const std::string& keyword)
 bool cameFrom(GtkPrintSettings* settings, const AcceptedDialog& dialog) {
     return std::ranges::all_of(dialog.choices,
         [settings](const auto& entry) { return setting(settings, entry.first) == entry.second.gtkValue; });
+}
+
+const AcceptedDialog* dialogOf(GtkPrintJob* job) {
+    GtkPageSetup* setup = nullptr;
+    g_object_get(job, "page-setup", &setup, nullptr);
+    if (setup == nullptr) return nullptr;
+    const GObjectRef<GtkPageSetup> owner(setup);
+    return static_cast<const AcceptedDialog*>(g_object_get_data(G_OBJECT(setup), kDialogKey));
+}
+
+void writeInto(GtkPrintSettings* settings, const AcceptedDialog& dialog) {
+    for (const auto& [keyword, choice] : dialog.choices) {
+        // "As the printer is set" stays so where it comes to the same.
+        if (choice.gtkValue == kAsPrinterIsSet && choice.isDefault) continue;
+        gtk_print_settings_set(settings, settingKey(keyword).c_str(), choice.marked.c_str());
+    }
 }
 
 gboolean onStatusChanged(GSignalInvocationHint*, guint, const GValue* arguments, gpointer) {
@@ -52,7 +70,10 @@ AcceptedChoices::AcceptedChoices() {
     if (signal != 0) g_signal_add_emission_hook(signal, 0, onStatusChanged, nullptr, nullptr);
 }
 
-void AcceptedChoices::add(AcceptedDialog dialog) {
+void AcceptedChoices::add(AcceptedDialog dialog, GtkPageSetup* pageSetup) {
+    if (pageSetup != nullptr)
+        g_object_set_data_full(G_OBJECT(pageSetup), kDialogKey, new AcceptedDialog(dialog),
+            [](gpointer data) { delete static_cast<AcceptedDialog*>(data); });
     dialogs_.push_front(std::move(dialog));
     if (dialogs_.size() > kMostDialogs) dialogs_.pop_back();
 }
@@ -62,15 +83,13 @@ void AcceptedChoices::apply(GtkPrintJob* job) const {
     GtkPrinter* const printer = gtk_print_job_get_printer(job);
     const char* const queue = printer != nullptr ? gtk_printer_get_name(printer) : nullptr;
     if (settings == nullptr || queue == nullptr) return;
-    const auto dialog = std::ranges::find_if(dialogs_, [&](const AcceptedDialog& candidate) {
+    const auto isIt = [&](const AcceptedDialog& candidate) {
         return candidate.queue == queue && cameFrom(settings, candidate);
-    });
-    if (dialog == dialogs_.end()) return;
-    for (const auto& [keyword, choice] : dialog->choices) {
-        // "As the printer is set" stays so where it comes to the same.
-        if (choice.gtkValue == kAsPrinterIsSet && choice.isDefault) continue;
-        gtk_print_settings_set(settings, settingKey(keyword).c_str(), choice.marked.c_str());
-    }
+    };
+    if (const AcceptedDialog* const own = dialogOf(job); own != nullptr && isIt(*own))
+        return writeInto(settings, *own);
+    const auto dialog = std::ranges::find_if(dialogs_, isIt);
+    if (dialog != dialogs_.end()) writeInto(settings, *dialog);
 }
 
 } // namespace orvan

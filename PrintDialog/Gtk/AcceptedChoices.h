@@ -24,16 +24,18 @@ struct AcceptedDialog {
     std::map<std::string, Choice> choices; // by PPD keyword; empty for a printer that is not ours
 };
 
-// The process's one keeper. GTK's thread.
+// The process's one keeper: dialogs and jobs of several applications meet in a portal's. GTK's thread.
 class AcceptedChoices {
 public:
     // The first call starts watching the process's print jobs.
     static AcceptedChoices& shared();
 
-    void add(AcceptedDialog dialog);
+    // `pageSetup` is the dialog's own, which it hands to whoever prints; may be null.
+    void add(AcceptedDialog dialog, GtkPageSetup* pageSetup);
 
-    // Writes the choices into the settings of a job that is about to be sent: those of the newest accepted
-    // dialog of the job's queue from which the job's settings came.
+    // Writes the choices into the settings of a job that is about to be sent: those of the dialog whose page
+    // setup the job has, or else of the newest accepted dialog of the job's queue from which its settings
+    // came.
     void apply(GtkPrintJob* job) const;
 
 private:

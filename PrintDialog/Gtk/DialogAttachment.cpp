@@ -74,7 +74,7 @@ void DialogAttachment::accepted() {
         dialog.choices.emplace(keyword,
             AcceptedDialog::Choice{marked.choice, marked.isDefault, gtkValue != nullptr ? gtkValue : ""});
     }
-    AcceptedChoices::shared().add(std::move(dialog));
+    AcceptedChoices::shared().add(std::move(dialog), gtk_print_unix_dialog_get_page_setup(dialog_));
 }
 
 void DialogAttachment::showTab(const std::string& title, std::shared_ptr<platform::View> tree) {

@@ -37,8 +37,8 @@ def below(widget):
             yield from below(child)
 
 
-def find(root, role, name=None, walk=below):
-    for widget in walk(root):
+def find(root, role, name=None):
+    for widget in below(root):
         if widget.get_role() == role and (name is None or widget.get_name() == name):
             return widget
     return None
@@ -51,6 +51,15 @@ def from_the_end(widget):
         if child is not None:
             yield from from_the_end(child)
     yield widget
+
+
+def application(pid):
+    desktop = Atspi.get_desktop(0)
+    for index in range(desktop.get_child_count()):
+        child = desktop.get_child_at_index(index)
+        if child is not None and child.get_process_id() == pid:
+            return child
+    return None
 
 
 def has_state(widget, state):
@@ -144,7 +153,11 @@ class Gtk4Dialog:
         xdotool("mousemove", "--window", self.window(), x, y, "click", 1)
 
     def press_button(self, name):
-        self.press(wait_for("the button", lambda: find(self.dialog, Atspi.Role.LABEL, name, from_the_end)))
+        def button():  # its name is its label, with the letter's mark, and once more without
+            buttons = (w for w in from_the_end(self.dialog) if w.get_role() == Atspi.Role.PUSH_BUTTON)
+            return next(w for w in buttons if w.get_name().endswith(name))
+
+        self.press(wait_for("the button", button))
 
     def take_picture(self, file):
         subprocess.run(["import", "-window", self.window(), file], check=True)
