@@ -128,8 +128,10 @@ bool isButtonHeld(GtkWidget* dialog) {
     GdkWindow* const window = gtk_widget_get_window(dialog);
     if (window == nullptr) return false;
     GdkSeat* const seat = gdk_display_get_default_seat(gdk_window_get_display(window));
+    GdkDevice* const pointer = seat != nullptr ? gdk_seat_get_pointer(seat) : nullptr;
+    if (pointer == nullptr) return false;
     GdkModifierType held{};
-    gdk_window_get_device_position(window, gdk_seat_get_pointer(seat), nullptr, nullptr, &held);
+    gdk_window_get_device_position(window, pointer, nullptr, nullptr, &held);
     return (held & (GDK_BUTTON1_MASK | GDK_BUTTON2_MASK | GDK_BUTTON3_MASK)) != 0;
 }
 

@@ -22,6 +22,9 @@ namespace {
 // Only an application that hangs takes that many seconds.
 constexpr unsigned kPatience = 600;
 
+// What GTK 3 says by itself where the compositor has no keyboard.
+constexpr const char* kNoKeyboard = "gdk_seat_get_keyboard: ";
+
 bool leaksAreGTKs = false;
 
 std::vector<std::string>& complaints() {
@@ -32,8 +35,9 @@ std::vector<std::string>& complaints() {
 GLogWriterOutput keepComplaint(GLogLevelFlags level, const GLogField* fields, gsize count, gpointer data) {
     if ((level & (G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_ERROR)) != 0)
         for (gsize i = 0; i < count; ++i)
-            if (std::string(fields[i].key) == "MESSAGE")
-                complaints().emplace_back(static_cast<const char*>(fields[i].value));
+            if (const std::string text = static_cast<const char*>(fields[i].value);
+                std::string(fields[i].key) == "MESSAGE" && !text.starts_with(kNoKeyboard))
+                complaints().push_back(text);
     return g_log_writer_default(level, fields, count, data);
 }
 

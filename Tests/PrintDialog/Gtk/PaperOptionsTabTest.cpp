@@ -335,6 +335,31 @@ TEST_F(PaperOptionsTab, isMirroredWithTheDialog) {
     });
 }
 
+TEST_F(PaperOptionsTab, isThereWithoutAnXServer) {
+    if (std::system("command -v weston >/dev/null") != 0)
+        GTEST_SKIP() << "the Debian package weston is not installed";
+    const Environment environment = desktop_.environment();
+    const std::filesystem::path runtime = *environment.at("XDG_RUNTIME_DIR");
+    const BackgroundProcess compositor(
+        {"/usr/bin/weston", "--backend=headless-backend.so", "--socket=orvan", "--idle-time=0", "--no-config",
+            "--log=" + (runtime / "weston.log").string()},
+        [&environment] { changeEnvironment(environment); });
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(runtime / "orvan"); }));
+    const auto body = [this] {
+        OpenDialog dialog(Settings{{"printer", "Office"}});
+        ASSERT_TRUE(dialog.waitForTab(kTab));
+        dialog.openTab(kTab);
+        dialog.pick("Edge to Edge:", "On");
+        dialog.pick("Paper Type:", "Transparency");
+        EXPECT_TRUE(dialog.says("Edge to Edge changed from “On” to “Off”."));
+        dialog.unfold();
+        EXPECT_TRUE(waitUntil([&] { return dialog.says("Paper Type: Transparency"); }));
+        EXPECT_EQ(dialog.print(document_), "");
+    };
+    inApplication(body, {"GDK_BACKEND=wayland", "WAYLAND_DISPLAY=orvan", "DISPLAY="});
+    EXPECT_EQ(option("MediaType"), "Transparency");
+}
+
 TEST_F(PaperOptionsTab, canBeSwitchedOff) {
     inApplication(
         [] {
