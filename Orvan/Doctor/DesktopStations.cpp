@@ -3,6 +3,7 @@
 #include "BiDi/Common/StoredPassword.h"
 #include "Orvan/Commands.h"
 #include "Orvan/Doctor/ObjectFile.h"
+#include "Orvan/Doctor/PortalStation.h"
 #include "Orvan/Doctor/SessionModules.h"
 #include "Platform/Bundle.h"
 #include "Platform/UserDefaults.h"
@@ -17,6 +18,8 @@
 
 #include <array>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <string_view>
 
@@ -42,13 +45,28 @@ struct FreeText {
 };
 using Text = std::unique_ptr<char, FreeText>;
 
+// A toolkit's module, what it opens, and what each must have.
+struct ModuleFiles {
+    const char* toolkit;
+    std::string module;
+    std::string host;
+    const char* entry;
+};
+
+ModuleFiles gtk3Files() {
+    return {"GTK 3", gtkModuleFile(), privateFolder() / kGtk3HostFile, "gtk_module_init"};
+}
+
+ModuleFiles gtk4Files() {
+    return {"GTK 4", gtk4ModuleFile(), privateFolder() / kGtk4HostFile, "g_io_module_load"};
+}
+
 // In a process of its own: what is opened stays, and may be damaged.
-Finding examineModule() {
-    const std::string module = gtkModuleFile().string();
-    const std::string host = (privateFolder() / kGtk3HostFile).string();
+Finding examineModule(const ModuleFiles& files) {
+    const auto& [toolkit, module, host, entry] = files;
     std::error_code ignored;
     if (!std::filesystem::exists(module, ignored))
-        return problem("the GTK module " + module + " is not there", kReinstall);
+        return problem("the module " + module + " of " + toolkit + " is not there", kReinstall);
     for (const std::string& file : {module, host})
         if (const std::string other = otherArchitecture(file); !other.empty())
             return problem(std::string(file)
@@ -58,9 +76,9 @@ Finding examineModule() {
                                .append(ownArchitecture())
                                .append(")"),
                 "Install the package orvan-paper-options for this kind of computer.");
-    std::array<std::string, 4> words{"/proc/self/exe", kOpenModuleCommand.name, module, host};
-    std::array<char*, 5> arguments{
-        words[0].data(), words[1].data(), words[2].data(), words[3].data(), nullptr};
+    std::array<std::string, 5> words{"/proc/self/exe", kOpenModuleCommand.name, module, entry, host};
+    std::array<char*, 6> arguments{
+        words[0].data(), words[1].data(), words[2].data(), words[3].data(), words[4].data(), nullptr};
     char* said = nullptr;
     GError* error = nullptr;
     int status = 0;
@@ -75,8 +93,29 @@ Finding examineModule() {
     why = why.substr(0, why.find('\n'));
     constexpr std::string_view kPrefix = "orvan: ";
     if (why.starts_with(kPrefix)) why.remove_prefix(kPrefix.size());
-    return problem("GTK cannot load the module: " + (why.empty() ? module + " is damaged" : std::string(why)),
+    return problem(std::string(toolkit) + " cannot load its module: " +
+                       (why.empty() ? module + " is damaged" : std::string(why)),
         kReinstall);
+}
+
+Finding examineGtk3Module() {
+    return examineModule(gtk3Files());
+}
+
+// GTK 4 looks into its folder by itself. The list there saves it from opening the module to see what it
+// offers.
+Finding examineGtk4Module() {
+    const ModuleFiles files = gtk4Files();
+    Finding finding = examineModule(files);
+    const std::filesystem::path module(files.module);
+    if (finding.verdict != Verdict::ok) return finding;
+    std::ifstream list(module.parent_path() / "giomodule.cache");
+    const std::string names{std::istreambuf_iterator<char>(list), std::istreambuf_iterator<char>()};
+    finding.found +=
+        names.find(module.filename().string() + ":") != std::string::npos
+            ? "; GTK 4's list of print back ends names it"
+            : "; GTK 4's list of print back ends, which gio-querymodules(1) writes, does not name it";
+    return finding;
 }
 
 // What mends a file whose password is not used.
@@ -124,8 +163,9 @@ int openModule(const Arguments& arguments) {
         std::string file;
         const char* symbol;
     };
-    for (const auto& [file, symbol] : {Object{arguments.text("MODULE"), "gtk_module_init"},
-             Object{arguments.text("HOST"), kAttachFunction}}) {
+    const std::string entry = arguments.text("ENTRY");
+    for (const auto& [file, symbol] :
+        {Object{arguments.text("MODULE"), entry.c_str()}, Object{arguments.text("HOST"), kAttachFunction}}) {
         void* const object = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (object == nullptr || dlsym(object, symbol) == nullptr) return cannot(dlerror());
     }
@@ -134,6 +174,7 @@ int openModule(const Arguments& arguments) {
 
 constexpr ArgumentSpec kOpenModuleArguments[]{
     {.name = "MODULE", .text = "", .count = ArgumentSpec::Count::required},
+    {.name = "ENTRY", .text = "", .count = ArgumentSpec::Count::required},
     {.name = "HOST", .text = "", .count = ArgumentSpec::Count::required},
 };
 
@@ -142,8 +183,10 @@ constexpr ArgumentSpec kOpenModuleArguments[]{
 void examineDesktop(Checkup& checkup) {
     checkup.look("password", examinePassword);
     checkup.look("bundle", examineBundle);
-    checkup.look("module", examineModule);
+    checkup.look("module", examineGtk3Module);
     checkup.look("session", examineSession);
+    checkup.look("GTK 4 module", examineGtk4Module);
+    checkup.look("portal", examinePortals);
 }
 const Command kOpenModuleCommand{
     .name = "open-module", .text = nullptr, .arguments = kOpenModuleArguments, .run = openModule};

@@ -30,4 +30,8 @@ std::filesystem::path gtkModuleFile() {
     return (privateFolder() / ORVAN_MODULE_FROM_PRIVATE_FOLDER).lexically_normal();
 }
 
+std::filesystem::path gtk4ModuleFile() {
+    return (privateFolder() / ORVAN_GTK4_MODULE_FROM_PRIVATE_FOLDER).lexically_normal();
+}
+
 } // namespace orvan

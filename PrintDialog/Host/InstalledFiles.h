@@ -14,7 +14,8 @@ std::filesystem::path privateFolder();
 // The plug-in bundle in it.
 std::filesystem::path paperOptionsBundleFolder();
 
-// The GTK module of the same tree.
+// The modules of the same tree that GTK's applications load.
 std::filesystem::path gtkModuleFile();
+std::filesystem::path gtk4ModuleFile();
 
 } // namespace orvan

@@ -32,7 +32,7 @@ class Tree {
 public:
     Tree() {
         const fs::path build = fs::path(ORVAN_PROGRAM).parent_path().parent_path();
-        for (const fs::path& part : {fs::path("bin/orvan"), fs::path("lib/orvan"), module()}) {
+        for (const fs::path& part : {fs::path("bin/orvan"), fs::path("lib/orvan"), module(), gtk4Module()}) {
             fs::create_directories(at(part).parent_path());
             fs::copy(build / part, at(part), fs::copy_options::recursive);
         }
@@ -40,6 +40,7 @@ public:
     // Of what lies in it.
     fs::path at(const fs::path& part) const { return folder_.path() / part; }
     static fs::path module() { return ORVAN_MODULE_PART; }
+    static fs::path gtk4Module() { return ORVAN_GTK4_MODULE_PART; }
     static fs::path bundle() { return "lib/orvan/OrvanPaperOptions.plugin"; }
     // The file of the stored password, when the folder is XDG_CONFIG_HOME.
     static fs::path password() { return "orvan/com.orvan.qbv.print.pde.cocoa.OrvanJobType.plist"; }
@@ -58,7 +59,7 @@ std::vector<std::string> asNobody(std::vector<std::string> command) {
 Json examine(Environment environment, std::vector<std::string> arguments, int exitCode,
     const fs::path& program = ORVAN_PROGRAM, bool isNobody = false) {
     environment.insert({{"GTK3_MODULES", "canberra:orvan-paper-options-module"}, {"DISPLAY", ":0"},
-        {"ORVAN_PAPER_OPTIONS", std::nullopt}});
+        {"ORVAN_PAPER_OPTIONS", std::nullopt}, {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/no/such/bus"}});
     arguments.insert(arguments.begin(), {program, "doctor", "--json", "--timeout", "100"});
     const ProgramEnd end = runProgram(isNobody ? asNobody(arguments) : arguments, environment);
     EXPECT_EQ(end.exitCode, exitCode) << end.output;
@@ -391,6 +392,8 @@ TEST(Doctor, FindsFaultsOfTheDesktop) {
         {[](const Tree& tree) { fs::remove(tree.at("lib/orvan/liborvan-print-dialog-gtk3.so")); },
             {{"GTK3_MODULES", "canberra"}, {"GTK_MODULES", "orvan-paper-options-module"}},
             {{"module", "liborvan-print-dialog-gtk3.so"}}},
+        {[](const Tree& tree) { fs::remove(tree.at("lib/orvan/liborvan-print-dialog-gtk4.so")); }, {},
+            {{"GTK 4 module", "liborvan-print-dialog-gtk4.so"}}},
         {[](const Tree&) {}, {{"GTK3_MODULES", "canberra;orvan-paper-options-module"}},
             {{"session", "has \";\" between its modules"}}},
         {[](const Tree& tree) { store(tree, "<plist><dict>"); },
@@ -411,12 +414,58 @@ TEST(Doctor, FindsFaultsOfTheDesktop) {
         variables.insert({{"CUPS_SERVER", "/no/such/socket"}, {"LC_ALL", "C.UTF-8"}, {"LANGUAGE", ""},
             {"XDG_CONFIG_HOME", tree.at("")}});
         const Json answer = examine(variables, {"-q", "Office"}, 1, tree.at("bin/orvan"));
-        EXPECT_EQ(answer["stations"].size(), 14U);
+        EXPECT_EQ(answer["stations"].size(), 16U);
         EXPECT_EQ(answer["stations"][1]["queue"], "Office");
         EXPECT_EQ(answer["stations"][1]["found"], "the scheduler has to answer first");
         Problems all{{"scheduler", "cannot reach the print scheduler at /no/such/socket"}};
         all.insert(all.end(), problems.begin(), problems.end());
         expectProblems(answer, all);
+    }
+}
+
+// Programs of the portals' names stand for the portals: what counts is what is in their memory.
+TEST(Doctor, TellsPortalsThatWereStartedBeforeTheInstallation) {
+    const Tree tree;
+    const TempFolder folder;
+    const fs::path backEnd = folder.path() / "printbackends" / "libprintbackend-cups.so";
+    fs::create_directories(backEnd.parent_path());
+    fs::copy(tree.at("lib/orvan/liborvan-print-dialog-gtk4.so"), backEnd); // anything that can be loaded
+    const std::string none = "none runs; ";
+    const std::string older = " was started before the paper options were installed";
+    const struct {
+        const char* program;
+        std::string preload;
+        std::string found;
+    } cases[] = {
+        {"some-other-program", "", none},
+        {"xdg-desktop-portal-gtk", "", "xdg-desktop-portal-gtk" + older},
+        {"xdg-desktop-portal-gtk", tree.at(Tree::module()),
+            "of xdg-desktop-portal-gtk have the paper options"},
+        {"xdg-desktop-portal-gnome", "", "of xdg-desktop-portal-gnome have the paper options"},
+        {"xdg-desktop-portal-gnome", backEnd, "xdg-desktop-portal-gnome" + older},
+        {"xdg-desktop-portal-gnome", backEnd.string() + ":" + tree.at(Tree::gtk4Module()).string(),
+            "of xdg-desktop-portal-gnome have the paper options"},
+    };
+    for (const auto& [name, preload, found] : cases) {
+        SCOPED_TRACE(found);
+        const fs::path program = folder.path() / name;
+        fs::copy_file("/bin/sleep", program, fs::copy_options::overwrite_existing);
+        const std::string bus = "unix:path=" + program.string();
+        const BackgroundProcess portal({program, "1000"}, [&bus, &preload = preload] {
+            setenv("DBUS_SESSION_BUS_ADDRESS", (bus + ",guid=1").c_str(), 1);
+            if (!preload.empty()) setenv("LD_PRELOAD", preload.c_str(), 1);
+        });
+        std::string said;
+        EXPECT_TRUE(eventually([&] {
+            const Json answer =
+                examine({{"DBUS_SESSION_BUS_ADDRESS", bus}, {"CUPS_SERVER", "/no/such/socket"},
+                            {"LC_ALL", "C.UTF-8"}, {"LANGUAGE", ""}},
+                    {"-q", "Office"}, 1, tree.at("bin/orvan"));
+            const Json& station = answer["stations"].back();
+            EXPECT_EQ(station["station"], "portal");
+            said = station["found"];
+            return said.find(found) != std::string::npos;
+        })) << said;
     }
 }
 
