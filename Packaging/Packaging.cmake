@@ -32,6 +32,12 @@ configure_file(${PROJECT_SOURCE_DIR}/Packaging/Monitoring/orvan-metrics.service.
 install(FILES ${PROJECT_BINARY_DIR}/Monitoring/orvan-metrics.service
     ${PROJECT_SOURCE_DIR}/Packaging/Monitoring/orvan-metrics.timer DESTINATION lib/systemd/system)
 
+# Not enabled: "systemctl enable --now orvan-publish-papers@QUEUE.timer".
+configure_file(${PROJECT_SOURCE_DIR}/Packaging/Publishing/orvan-publish-papers@.service.in
+    ${PROJECT_BINARY_DIR}/Publishing/orvan-publish-papers@.service @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/Publishing/orvan-publish-papers@.service
+    ${PROJECT_SOURCE_DIR}/Packaging/Publishing/orvan-publish-papers@.timer DESTINATION lib/systemd/system)
+
 # The switch for every session of the machine: in the package, but not for "cmake --install" into some folder.
 configure_file(${PROJECT_SOURCE_DIR}/Packaging/Session/90orvan-paper-options.in
     ${PROJECT_BINARY_DIR}/Session/90orvan-paper-options @ONLY)
@@ -39,6 +45,9 @@ install(FILES ${PROJECT_BINARY_DIR}/Session/90orvan-paper-options
     DESTINATION /etc/X11/Xsession.d COMPONENT session EXCLUDE_FROM_ALL)
 install(FILES ${PROJECT_SOURCE_DIR}/Packaging/Session/90-orvan-paper-options.conf
     DESTINATION lib/environment.d COMPONENT session EXCLUDE_FROM_ALL)
+install(FILES ${PROJECT_SOURCE_DIR}/Packaging/Session/xdg-desktop-portal-gtk.conf
+    DESTINATION lib/systemd/user/xdg-desktop-portal-gtk.service.d
+    RENAME orvan-paper-options.conf COMPONENT session EXCLUDE_FROM_ALL)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_INSTALL_CMAKE_PROJECTS
@@ -53,9 +62,10 @@ set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT "Orvan maintainers <maintainers@orvan.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "paper options of Orvan printers in the print dialog")
 set(CPACK_PACKAGE_DESCRIPTION
-"Adds a tab to the print dialog of GTK 3 applications where a person picks the
-paper of an Orvan printer by the names that the printer was given, separator
-pages, and what happens when a tray has other paper.
+"Adds a tab to the print dialog of GTK 3 and GTK 4 applications, and of sandboxed
+ones, where a person picks the paper of an Orvan printer by the names that the
+printer was given, separator pages, and what happens when a tray has other
+paper.
 .
 Also has a command that shows the same on a terminal, a print dialog for files
 of applications without one, the printers' PPD files, and their command filter,
