@@ -186,12 +186,15 @@ class Gtk4Dialog:
         self.press_until(f"the tab {name}", tab, lambda: has_state(tab(), Atspi.StateType.SELECTED))
         tabs = tab().get_parent()
         titles = [find(t, Atspi.Role.LABEL).get_name() for t in below(tabs) if t.get_role() == Atspi.Role.PAGE_TAB]
-        pages = tabs.get_parent().get_parent().get_child_at_index(1)
-        return pages.get_child_at_index(titles.index(name))
+        stack = tabs.get_parent().get_parent().get_child_at_index(1)
+        pages = [stack.get_child_at_index(i) for i in range(stack.get_child_count())]
+        # Later releases tell of what is in the page in front alone.
+        filled = [page for page in pages if page.get_child_count() > 0]
+        return filled[0] if len(filled) == 1 else pages[titles.index(name)]
 
     def shown(self, pop_up):
-        row = next(widget for widget in below(pop_up) if widget.get_name() == "GtkListItemWidget")
-        return find(row, Atspi.Role.LABEL).get_name()
+        face = pop_up.get_child_at_index(0)
+        return next(w for w in from_the_end(face) if w.get_role() == Atspi.Role.LABEL).get_name()
 
     def entries(self, pop_up):
         """Of an open list."""
@@ -207,9 +210,8 @@ class Gtk4Dialog:
         xdotool("windowfocus", self.window(), "key", "Home", *["Down"] * self.entries(pop_up()).index(choice), "Return")
 
     def unfold(self, page):
-        count = len(lines(page))
         self.press_until("the details", lambda: find(page, Atspi.Role.LABEL, "Details"),
-                         lambda: len(lines(page)) > count)
+                         lambda: any(": " in line for line in lines(page)))
 
 
 def xdotool(*arguments):

@@ -139,7 +139,7 @@ Environment Desktop::environment() const {
     std::filesystem::permissions(runtime, std::filesystem::perms::owner_all);
     // No bus answers, so that none starts what this machine happens to have: portals, file systems, settings.
     Environment variables{{"DISPLAY", display->name()}, {"GDK_BACKEND", "x11"}, {"GSK_RENDERER", "cairo"},
-        {"GDK_DEBUG", "gl-disable"}, {"NO_AT_BRIDGE", "1"}, {"GTK_A11Y", "none"},
+        {"GDK_DEBUG", "gl-disable"}, {"GDK_DISABLE", "gl"}, {"NO_AT_BRIDGE", "1"}, {"GTK_A11Y", "none"},
         {"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (runtime / "no-bus").string()},
         {"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + (runtime / "no-bus").string()}, {"GTK_USE_PORTAL", "0"},
         {"GIO_USE_VFS", "local"}, {"GSETTINGS_BACKEND", "memory"}, {"XDG_RUNTIME_DIR", runtime.string()},

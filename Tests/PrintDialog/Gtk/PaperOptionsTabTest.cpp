@@ -325,7 +325,10 @@ TEST_F(PaperOptionsTab, isMirroredWithTheDialog) {
         OpenDialog dialog(Settings{{"printer", "Office"}});
         ASSERT_TRUE(dialog.waitForTab(kTab));
         dialog.openTab(kTab);
-        ASSERT_TRUE(waitUntil([&] { return dialog.popUps().size() == labels().size(); }));
+        ASSERT_TRUE(waitUntil([&] {
+            return dialog.popUps().size() == labels().size() &&
+                   gtk_widget_get_allocated_width(dialog.popUps().begin()->second) > 1;
+        }));
         dialog.keepPicture("mirrored");
         for (const auto& [label, popUp] : dialog.popUps()) {
             EXPECT_LT(
