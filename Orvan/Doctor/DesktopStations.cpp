@@ -184,8 +184,8 @@ void examineDesktop(Checkup& checkup) {
     checkup.look("password", examinePassword);
     checkup.look("bundle", examineBundle);
     checkup.look("module", examineGtk3Module);
-    checkup.look("session", examineSession);
     checkup.look("GTK 4 module", examineGtk4Module);
+    checkup.look("session", examineSession);
     checkup.look("portal", examinePortals);
 }
 const Command kOpenModuleCommand{

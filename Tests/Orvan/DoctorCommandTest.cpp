@@ -121,9 +121,9 @@ TEST_F(DoctorCommand, FindsNothingWhereAllIsWell) {
         EXPECT_TRUE(one["state"] == "ok" || one["station"] == "ping") << one;
         EXPECT_EQ(one.size(), 5U);
     }
-    EXPECT_EQ(stations,
-        (std::vector<std::string>{"scheduler", "queue", "PPD", "command filter", "earlier job", "command job",
-            "answers", "address", "ping", "document", "password", "bundle", "module", "session"}));
+    EXPECT_EQ(stations, (std::vector<std::string>{"scheduler", "queue", "PPD", "command filter",
+                            "earlier job", "command job", "answers", "address", "ping", "document",
+                            "password", "bundle", "module", "GTK 4 module", "session", "portal"}));
     EXPECT_EQ(answer["stations"][1]["queue"], "Office");
     EXPECT_EQ(answer["stations"][9]["found"],
         "fetched and read: 4 trays, 4 supplies, 5 custom papers, 3 stored jobs");
@@ -132,7 +132,7 @@ TEST_F(DoctorCommand, FindsNothingWhereAllIsWell) {
         {{"DISPLAY", std::nullopt}, {"WAYLAND_DISPLAY", std::nullopt}, {"GTK3_MODULES", std::nullopt}});
     EXPECT_EQ(text.exitCode, 0) << text.output;
     EXPECT_EQ(text.errors, "");
-    EXPECT_EQ(std::ranges::count(text.output, '\n'), 15) << text.output;
+    EXPECT_EQ(std::ranges::count(text.output, '\n'), 17) << text.output;
     EXPECT_NE(text.output.find("\nok           Office  command job     "), std::string::npos) << text.output;
     EXPECT_TRUE(text.output.find(" not checked.\n") != std::string::npos &&
                 text.output.find("\nNo problem; ") != std::string::npos)
@@ -423,37 +423,41 @@ TEST(Doctor, FindsFaultsOfTheDesktop) {
     }
 }
 
-// Programs of the portals' names stand for the portals: what counts is what is in their memory.
+// Programs of the portals' names stand for the portals: what counts is which files are in their memory.
 TEST(Doctor, TellsPortalsThatWereStartedBeforeTheInstallation) {
     const Tree tree;
     const TempFolder folder;
-    const fs::path backEnd = folder.path() / "printbackends" / "libprintbackend-cups.so";
-    fs::create_directories(backEnd.parent_path());
-    fs::copy(tree.at("lib/orvan/liborvan-print-dialog-gtk4.so"), backEnd); // anything that can be loaded
-    const std::string none = "none runs; ";
+    fs::create_directory(folder.path() / "printbackends");
+    const std::string backEnd = folder.write("printbackends/libprintbackend-cups.so", "an ELF file");
+    const std::string gtk3Module = tree.at(Tree::module());
+    const std::string gtk4Module = tree.at(Tree::gtk4Module());
     const std::string older = " was started before the paper options were installed";
     const struct {
         const char* program;
-        std::string preload;
+        std::vector<std::string> files;
         std::string found;
     } cases[] = {
-        {"some-other-program", "", none},
-        {"xdg-desktop-portal-gtk", "", "xdg-desktop-portal-gtk" + older},
-        {"xdg-desktop-portal-gtk", tree.at(Tree::module()),
-            "of xdg-desktop-portal-gtk have the paper options"},
-        {"xdg-desktop-portal-gnome", "", "of xdg-desktop-portal-gnome have the paper options"},
-        {"xdg-desktop-portal-gnome", backEnd, "xdg-desktop-portal-gnome" + older},
-        {"xdg-desktop-portal-gnome", backEnd.string() + ":" + tree.at(Tree::gtk4Module()).string(),
+        {"some-other-program", {}, "none runs; "},
+        {"xdg-desktop-portal-gtk", {backEnd}, "xdg-desktop-portal-gtk" + older},
+        {"xdg-desktop-portal-gtk", {gtk3Module}, "of xdg-desktop-portal-gtk have the paper options"},
+        {"xdg-desktop-portal-gnome", {}, "of xdg-desktop-portal-gnome have the paper options"},
+        {"xdg-desktop-portal-gnome", {backEnd}, "xdg-desktop-portal-gnome" + older},
+        {"xdg-desktop-portal-gnome", {backEnd, gtk4Module},
             "of xdg-desktop-portal-gnome have the paper options"},
     };
-    for (const auto& [name, preload, found] : cases) {
+    for (const auto& [name, files, found] : cases) {
         SCOPED_TRACE(found);
         const fs::path program = folder.path() / name;
-        fs::copy_file("/bin/sleep", program, fs::copy_options::overwrite_existing);
+        fs::copy_file("/usr/bin/python3", program, fs::copy_options::overwrite_existing);
+        std::vector<std::string> command{program, "-c",
+            "import mmap, sys, time\n"
+            "maps = [mmap.mmap(open(f, 'rb').fileno(), 0, access=mmap.ACCESS_READ) for f in sys.argv[1:]]\n"
+            "time.sleep(1000)\n"};
+        command.insert(command.end(), files.begin(), files.end());
         const std::string bus = "unix:path=" + program.string();
-        const BackgroundProcess portal({program, "1000"}, [&bus, &preload = preload] {
+        const BackgroundProcess portal(command, [&bus] {
             setenv("DBUS_SESSION_BUS_ADDRESS", (bus + ",guid=1").c_str(), 1);
-            if (!preload.empty()) setenv("LD_PRELOAD", preload.c_str(), 1);
+            setenv("PYTHONHOME", "/usr", 1);
         });
         std::string said;
         EXPECT_TRUE(eventually([&] {
