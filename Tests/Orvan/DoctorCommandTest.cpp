@@ -450,8 +450,8 @@ TEST(Doctor, TellsPortalsThatWereStartedBeforeTheInstallation) {
         const fs::path program = folder.path() / name;
         fs::copy_file("/usr/bin/python3", program, fs::copy_options::overwrite_existing);
         std::vector<std::string> command{program, "-c",
-            "import mmap, sys, time\n"
-            "maps = [mmap.mmap(open(f, 'rb').fileno(), 0, access=mmap.ACCESS_READ) for f in sys.argv[1:]]\n"
+            "import mmap, os, sys, time\n"
+            "maps = [mmap.mmap(os.open(f, 0), 0, access=mmap.ACCESS_READ) for f in sys.argv[1:]]\n"
             "time.sleep(1000)\n"};
         command.insert(command.end(), files.begin(), files.end());
         const std::string bus = "unix:path=" + program.string();
