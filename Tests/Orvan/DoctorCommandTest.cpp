@@ -460,7 +460,7 @@ TEST(Doctor, TellsPortalsThatWereStartedBeforeTheInstallation) {
             setenv("PYTHONHOME", "/usr", 1);
         });
         std::string said;
-        EXPECT_TRUE(eventually([&] {
+        EXPECT_TRUE(eventually([&, &found = found] {
             const Json answer =
                 examine({{"DBUS_SESSION_BUS_ADDRESS", bus}, {"CUPS_SERVER", "/no/such/socket"},
                             {"LC_ALL", "C.UTF-8"}, {"LANGUAGE", ""}},
