@@ -32,18 +32,27 @@ protected:
         std::string queue = "Office";
         std::string remembered = {}; // the paper type in the application's settings
         bool opensTab = true;
-        std::string shown = {}; // in the row, when the tab is opened
-        std::string picks = {}; // "" for nothing
-        std::string says = {};  // on the tab
-        std::string prints = {};
+        std::string shown = {};  // in the row, when the tab is opened
+        std::string picks = {};  // "" for nothing
+        std::string says = {};   // on the tab
+        std::string prints = {}; // "" where it is only looked at
     };
     // One application: a dialog that is opened with its settings, looked at, and printed from.
     virtual void visit(const Visit& visit) const;
 
-    // A custom paper is its type, whatever its place, its name or the way to it is.
-    void visitOnGoodDays();
+    // A custom paper is its type, whatever its place, its name or the way to it is; from a published queue,
+    // while the printer has it.
+    void visitOnGoodDays(bool isPublished = false);
     // The names of the last time, with their age; and where there are none, that is said.
     void visitAPrinterThatIsOff();
+    // A printer that takes its time, asked for the first time.
+    void visitASlowPrinter();
+    // Another job keeps the printer busy, so the question waits behind it.
+    void visitABusyPrinter();
+
+private:
+    // Makes the printer's names titles in the queue's PPD.
+    void publish(const std::string& queue) const;
 };
 
 } // namespace orvan::test

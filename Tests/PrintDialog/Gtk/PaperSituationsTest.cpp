@@ -1,6 +1,7 @@
 #include "Tests/PrintDialog/Gtk/PaperSituations.h"
 
 #include "Tests/Support/DerivedPPD.h"
+#include "Tests/Support/Processes.h"
 #include "Tests/Support/ScriptedServer.h"
 #include "Tests/Support/SimulatedPrinter.h"
 
@@ -73,16 +74,19 @@ void PaperSituations::visit(const Visit& visit) const {
             dialog.keepPicture(visit.name);
         }
         if (!visit.picks.empty()) dialog.pick(kRow, visit.picks);
+        if (visit.prints.empty()) return;
         EXPECT_EQ(dialog.print(document_), "");
         EXPECT_EQ(printed(visit.queue), visit.prints);
     };
     inApplication(body, {kAsks});
 }
 
-void PaperSituations::visitOnGoodDays() {
+void PaperSituations::visitOnGoodDays(bool isPublished) {
     const SimulatedPrinter printer({"--no-snmp"}, statusDocument(kPapers));
     addQueue("Office", printer.url());
     addQueue("Ivory", printer.url(), "", "CustomType2");
+    for (const char* queue : {"Office", "Ivory"})
+        if (isPublished) publish(queue);
     visit({.name = "fresh",
         .shown = "Plain",
         .picks = "Ivory",
@@ -99,6 +103,7 @@ void PaperSituations::visitOnGoodDays() {
         .remembered = "CustomType2",
         .shown = "Ivory 120",
         .prints = "CustomType2"});
+    if (isPublished) return;
     printer.replaceDocument(statusDocument({{"Certificates", "3"}, {"Labels A", "1"}}));
     visit({.name = "removed",
         .remembered = "CustomType2",
@@ -112,6 +117,42 @@ void PaperSituations::visitOnGoodDays() {
         .shown = std::string("Custom Type 5") + kUnlisted,
 
         .prints = "CustomType5"});
+}
+
+void PaperSituations::visitASlowPrinter() {
+    const SimulatedPrinter printer(
+        {"--no-snmp", "--misbehave", "slow", "--interval", "5"}, statusDocument(kPapers));
+    addQueue("Office", printer.url());
+    visit({.name = "slow", .remembered = "CustomType2", .shown = "Ivory", .prints = "CustomType2"});
+}
+
+void PaperSituations::visitABusyPrinter() {
+    const SimulatedPrinter printer({"--no-snmp"}, statusDocument(kPapers));
+    int port = 0;
+    const auto engaged = listenOnLoopback(1, &port); // takes connections, and never ends one
+    addQueue("Office", printer.url());
+    visit({.name = "before-busy", .shown = "Plain", .picks = "Ivory", .prints = "CustomType2"});
+    // With the answers that its PPD has.
+    const TempFolder folder;
+    const std::filesystem::path ppd = folder.path() / "queue.ppd";
+    std::filesystem::copy(desktop_.printing->folder().configurationFolder() / "ppd" / "Office.ppd", ppd);
+    const std::string device = "socket://127.0.0.1:" + std::to_string(port);
+    ASSERT_EQ(
+        desktop_.printing->addQueue({.name = "Office", .ppdFile = ppd, .deviceURI = device}), std::nullopt);
+    int job = 0;
+    ASSERT_EQ(desktop_.printing->print("Office", document_, {}, &job), std::nullopt);
+    ASSERT_TRUE(waitUntil([&] { return jobs("Office").back().state == IPP_JSTATE_PROCESSING; }));
+    visit({.name = "busy",
+        .remembered = "CustomType2",
+        .shown = "Ivory",
+        .says = "; the printer is busy with another job."});
+    ASSERT_EQ(desktop_.printing->cancelJob(job), std::nullopt);
+}
+
+void PaperSituations::publish(const std::string& queue) const {
+    const ProgramEnd end = runProgram(
+        {ORVAN_PROGRAM, "papers", "-q", queue, "--release", "10.9.0", "--publish"}, desktop_.environment());
+    EXPECT_EQ(end.exitCode, 0) << end.errors;
 }
 
 void PaperSituations::visitAPrinterThatIsOff() {
@@ -258,50 +299,17 @@ TEST_F(PaperSituations, sayThatNoTrayHoldsThePaper) {
     inApplication(body, {kAsks});
 }
 
-// A printer that takes its time, asked for the first time.
 TEST_F(PaperSituations, waitForASlowPrinter) {
-    const SimulatedPrinter printer(
-        {"--no-snmp", "--misbehave", "slow", "--interval", "5"}, statusDocument(kPapers));
-    addQueue("Office", printer.url());
-    const auto body = [&] {
-        OpenDialog dialog(Settings{{"printer", "Office"}, {"cups-MediaType", "CustomType2"}});
-        ASSERT_TRUE(dialog.waitForTab(kTab));
-        dialog.openTab(kTab);
-        dialog.keepPicture("slow");
-        EXPECT_TRUE(waitUntil([&] { return dialog.shownIn(kRow) == "Ivory"; })) << dialog.shownIn(kRow);
-        EXPECT_EQ(dialog.print(document_), "");
-        EXPECT_EQ(printed("Office"), "CustomType2");
-    };
-    inApplication(body, {kAsks});
+    visitASlowPrinter();
 }
 
-// Another job keeps the printer busy, so the question waits behind it.
 TEST_F(PaperSituations, sayThatThePrinterIsBusy) {
-    const SimulatedPrinter printer({"--no-snmp"}, statusDocument(kPapers));
-    int port = 0;
-    const auto engaged = listenOnLoopback(1, &port); // takes connections, and never ends one
-    addQueue("Office", printer.url());
-    visit({.name = "before-busy", .shown = "Plain", .picks = "Ivory", .prints = "CustomType2"});
-    // With the answers that its PPD has.
-    const TempFolder folder;
-    const std::filesystem::path ppd = folder.path() / "queue.ppd";
-    std::filesystem::copy(desktop_.printing->folder().configurationFolder() / "ppd" / "Office.ppd", ppd);
-    const std::string device = "socket://127.0.0.1:" + std::to_string(port);
-    ASSERT_EQ(
-        desktop_.printing->addQueue({.name = "Office", .ppdFile = ppd, .deviceURI = device}), std::nullopt);
-    int job = 0;
-    ASSERT_EQ(desktop_.printing->print("Office", document_, {}, &job), std::nullopt);
-    ASSERT_TRUE(waitUntil([&] { return jobs("Office").back().state == IPP_JSTATE_PROCESSING; }));
-    const auto body = [] {
-        OpenDialog dialog(Settings{{"printer", "Office"}, {"cups-MediaType", "CustomType2"}});
-        ASSERT_TRUE(dialog.waitForTab(kTab));
-        dialog.openTab(kTab);
-        EXPECT_TRUE(waitUntil([&] { return dialog.shownIn(kRow) == "Ivory"; })) << dialog.shownIn(kRow);
-        EXPECT_TRUE(dialog.says("; the printer is busy with another job."));
-        dialog.keepPicture("busy");
-    };
-    inApplication(body, {kAsks});
-    ASSERT_EQ(desktop_.printing->cancelJob(job), std::nullopt);
+    visitABusyPrinter();
+}
+
+// Where the names are titles of the driver's choices for every client.
+TEST_F(PaperSituations, printTheSameFromAPublishedQueue) {
+    visitOnGoodDays(true);
 }
 
 } // namespace

@@ -47,7 +47,7 @@ protected:
                                                visit.remembered + "\n");
         std::vector<std::string> command{"/usr/bin/env", "-C", folder.path(), session, "/usr/bin/env",
             variable + "=" + value, demo + "print-with-dialog", "--activate", "org.gtk.PrintEditor4=print",
-            "--printer", visit.queue, "--stays"};
+            "--printer", visit.queue};
         const auto add = [&command](const char* option, const std::string& wanted) {
             if (!wanted.empty()) command.insert(command.end(), {option, wanted});
         };
@@ -58,12 +58,15 @@ protected:
             add("--says", visit.says);
             if (!visit.picks.empty()) add("--pick", std::string(kRow) + "=" + visit.picks);
         }
-        command.insert(command.end(), {"--", "gtk4-print-editor", "document.txt"});
+        add("--button", visit.prints.empty() ? "Cancel" : "Print");
+        command.insert(command.end(),
+            {visit.prints.empty() ? "--leave" : "--stays", "--", "gtk4-print-editor", "document.txt"});
         Environment environment = desktop_.environment();
         environment["ORVAN_SYSTEM_RELEASE"] = "10.9.0";
         const ProgramEnd end = runProgram(command, environment);
         EXPECT_EQ(end.exitCode, 0) << end.errors;
         EXPECT_EQ(end.errors.find("CRITICAL"), std::string::npos) << end.errors;
+        if (visit.prints.empty()) return;
         EXPECT_TRUE(isSame(printed(visit.queue, "@PJL SET MEDIATYPE="), visit.prints));
     }
 };
@@ -74,6 +77,14 @@ TEST_F(UnknowingApplication, printsTheTypeThatWasPicked) {
 
 TEST_F(UnknowingApplication, hasTheStoredNamesOfAPrinterThatIsOff) {
     visitAPrinterThatIsOff();
+}
+
+TEST_F(UnknowingApplication, waitsForASlowPrinter) {
+    visitASlowPrinter();
+}
+
+TEST_F(UnknowingApplication, saysThatThePrinterIsBusy) {
+    visitABusyPrinter();
 }
 
 } // namespace
