@@ -8,7 +8,6 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
-#include <map>
 #include <memory>
 
 namespace orvan {
@@ -233,8 +232,14 @@ std::string publishedTitle(std::string_view name) {
     return std::string(platform::prefixOfUTF8(name, kLongestTitle));
 }
 
-bool isPublished(ppd_file_t& record, std::string_view choice) {
-    return ppdFindAttr(&record, kSavedKeyword, std::string(choice).c_str()) != nullptr;
+std::map<std::string, std::string> publishedTitles(ppd_file_t& record) {
+    std::map<std::string, std::string> titles;
+    ppd_option_t* const option = ppdFindOption(&record, "MediaType");
+    for (const ppd_attr_t* saved = ppdFindAttr(&record, kSavedKeyword, nullptr);
+         option != nullptr && saved != nullptr; saved = ppdFindNextAttr(&record, kSavedKeyword, nullptr))
+        if (const ppd_choice_t* const choice = ppdFindChoice(option, saved->spec))
+            titles.emplace(choice->choice, choice->text);
+    return titles;
 }
 
 } // namespace orvan

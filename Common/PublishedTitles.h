@@ -6,6 +6,7 @@
 
 #include <cups/ppd.h>
 
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,7 +34,7 @@ std::string withoutPublishedTitles(const std::string& ppd);
 // As much of the name as clients see.
 std::string publishedTitle(std::string_view name);
 
-// Whether the choice of MediaType has an office's name as its title in the PPD itself.
-bool isPublished(ppd_file_t& record, std::string_view choice);
+// The choices of the record that have an office's name as their title in the PPD itself, with that title.
+std::map<std::string, std::string> publishedTitles(ppd_file_t& record);
 
 } // namespace orvan

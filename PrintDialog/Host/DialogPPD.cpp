@@ -4,6 +4,7 @@
 #include "Common/PublishedTitles.h"
 #include "Formats/TextEncoding.h"
 #include "Platform/FileDescriptor.h"
+#include "Platform/Input.h"
 #include "Platform/UserDefaults.h"
 #include "PrintDialog/Host/HostText.h"
 #include "PrintDialog/Host/PPDTitles.h"
@@ -107,14 +108,34 @@ platform::FileDescriptor copyInMemory(int descriptor) {
     return memory;
 }
 
+// libcups closes what it reads. Null when it is no PPD.
+ppd_file_t* openRecord(int descriptor) {
+    return ppdOpenFd(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+}
+
+// The PPD without the names that an office published in it. None when it cannot be read once more.
+platform::FileDescriptor asItWas(int descriptor) {
+    platform::Failure ignored;
+    const auto text = platform::readFile("/proc/self/fd/" + std::to_string(descriptor), ignored);
+    if (!text) return {};
+    const std::string before = withoutPublishedTitles(*text);
+    platform::FileDescriptor memory(::memfd_create("ppd", MFD_CLOEXEC));
+    if (!memory || ::write(memory.get(), before.data(), before.size()) != static_cast<ssize_t>(before.size()))
+        return {};
+    ::lseek(memory.get(), 0, SEEK_SET);
+    return memory;
+}
+
 bool isPaperSize(std::string_view keyword) {
     return keyword == kPageSizeOption || keyword == "PageRegion";
 }
 
 } // namespace
 
-DialogPPD::DialogPPD(ppd_file_t* record, int descriptor)
-    : record_(record), language_(languageOf(*record, platform::preferredLanguages(), hostLanguages())) {
+DialogPPD::DialogPPD(ppd_file_t* record, int descriptor, std::map<std::string, std::string> publishedTitles)
+    : record_(record),
+      language_(languageOf(*record, platform::preferredLanguages(), hostLanguages())),
+      publishedTitles_(std::move(publishedTitles)) {
     setTitles(*record, language_, descriptor);
     ppdMarkDefaults(record);
     for (const ppd_option_t* option = ppdFirstOption(record); option != nullptr;
@@ -129,9 +150,16 @@ DialogPPD::DialogPPD(ppd_file_t* record, int descriptor)
 // Of a file.
 std::unique_ptr<DialogPPD> DialogPPD::create(
     int descriptor, const std::string& name, platform::Failure& error) {
-    // libcups closes what it reads.
-    ppd_file_t* const record = ppdOpenFd(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
-    if (record != nullptr) return std::unique_ptr<DialogPPD>(new DialogPPD(record, descriptor));
+    if (ppd_file_t* const record = openRecord(descriptor); record != nullptr) {
+        std::unique_ptr<ppd_file_t, Close> owner(record);
+        auto published = orvan::publishedTitles(*record);
+        const platform::FileDescriptor before =
+            published.empty() ? platform::FileDescriptor() : asItWas(descriptor);
+        // An office's names are the printer's to tell: what the dialog shows starts without them.
+        if (ppd_file_t* const original = before ? openRecord(before.get()) : nullptr)
+            return std::unique_ptr<DialogPPD>(new DialogPPD(original, before.get(), std::move(published)));
+        return std::unique_ptr<DialogPPD>(new DialogPPD(owner.release(), descriptor, std::move(published)));
+    }
     int line = 0;
     const std::string why = kProblems.at(ppdLastError(&line));
     error = cannotRead(name, why + " (line " + std::to_string(line) + ")");
@@ -182,7 +210,6 @@ bool DialogPPD::isInFile(const std::string& option, const std::string& choice) c
 }
 
 bool DialogPPD::isRenamed(const std::string& option, const std::string& choice) const {
-    if (option == "MediaType" && isPublished(*record_, choice)) return true;
     return !isInFile(option, choice) || titlesInFile_.at(option).at(choice) != choiceTitle(option, choice);
 }
 

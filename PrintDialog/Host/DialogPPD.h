@@ -63,9 +63,11 @@ public:
     // Whether the queue's own PPD has the choice, whatever a panel has made of the record: what it does not
     // have cannot be said to the printer.
     bool isInFile(const std::string& option, const std::string& choice) const;
-    // Whether the choice has another title than the queue's own PPD gives it, or
-    // the office's own there: an office has named it.
+    // Whether the choice has another title than the file gives it: an office has named it.
     bool isRenamed(const std::string& option, const std::string& choice) const;
+    // The names that an office published as titles in the queue's PPD, by choice of MediaType. The record has
+    // the titles that were there before.
+    const std::map<std::string, std::string>& publishedTitles() const { return publishedTitles_; }
     // The keyword of the option's default choice; "" when there is no such option, or neither the record nor
     // the file has the choice.
     std::string defaultChoiceOf(const std::string& option) const;
@@ -95,7 +97,7 @@ private:
     struct Close {
         void operator()(ppd_file_t* ppd) const { ppdClose(ppd); }
     };
-    DialogPPD(ppd_file_t* record, int descriptor);
+    DialogPPD(ppd_file_t* record, int descriptor, std::map<std::string, std::string> publishedTitles);
     static std::unique_ptr<DialogPPD> create(
         int descriptor, const std::string& name, platform::Failure& error);
     bool markOne(const std::string& option, const std::string& choice);
@@ -105,6 +107,7 @@ private:
 
     std::unique_ptr<ppd_file_t, Close> record_;
     std::string language_;
+    std::map<std::string, std::string> publishedTitles_;
     std::map<std::string, Marks> titlesInFile_; // of each option: choice to title
     Marks absent_;                              // marked choices that no record has any more
 };

@@ -144,14 +144,10 @@ std::vector<CustomPaper> customPapers(const std::vector<PropertyList>& responses
     return papers;
 }
 
-std::vector<std::string> outdatedTitles(DialogPPD& ppd, const std::vector<CustomPaper>& papers) {
+std::vector<std::string> outdatedTitles(const DialogPPD& ppd, const std::vector<CustomPaper>& papers) {
     std::vector<std::string> outdated;
-    ppd_option_t* const option = ppdFindOption(ppd.record(), "MediaType");
-    for (int i = 0; option != nullptr && i < option->num_choices; ++i) {
-        const std::string choice(fieldText(option->choices[i].choice));
-        if (!choice.starts_with(kCustomType) || !isPublished(*ppd.record(), choice)) continue;
+    for (const auto& [choice, title] : ppd.publishedTitles()) {
         const auto paper = std::ranges::find(papers, choice.substr(kCustomType.size()), &CustomPaper::type);
-        const std::string title = ppd.choiceTitle("MediaType", choice);
         if (paper == papers.end() || publishedTitle(paper->name) != title) outdated.push_back(title);
     }
     return outdated;

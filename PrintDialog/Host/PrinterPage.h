@@ -23,10 +23,10 @@ struct CustomPaper {
 // Those of all responses, in order.
 std::vector<CustomPaper> customPapers(const std::vector<platform::PropertyList>& responses);
 
+// The names that were published for the queue and are not those of the papers of these types any more.
+std::vector<std::string> outdatedTitles(const DialogPPD& ppd, const std::vector<CustomPaper>& papers);
 // Those whose type the PPD has no choice for, so that nobody can ask the printer for them; those
 // without a type as well.
-// The names of custom papers in the PPD's titles that are not those of the papers of these types any more.
-std::vector<std::string> outdatedTitles(DialogPPD& ppd, const std::vector<CustomPaper>& papers);
 std::vector<CustomPaper> papersUnknownTo(const DialogPPD& ppd, const std::vector<CustomPaper>& papers);
 
 struct Level {

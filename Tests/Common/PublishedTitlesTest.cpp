@@ -48,8 +48,8 @@ TEST(PublishedTitles, AreThereAndBack) {
         EXPECT_EQ(withoutPublishedTitles(changed), text);
         EXPECT_EQ(published(changed, {{"3", name}}), changed) << "again";
         const PPDRecord record = recordOf(changed);
-        EXPECT_TRUE(isPublished(*record, "CustomType3"));
-        EXPECT_FALSE(isPublished(*record, "CustomType5"));
+        EXPECT_EQ(publishedTitles(*record), (std::map<std::string, std::string>{{"CustomType3",
+                                                std::string(platform::prefixOfUTF8(name, 79))}}));
         // The code and all other lines are as they were.
         EXPECT_STREQ(ppdFindChoice(ppdFindOption(record.get(), "MediaType"), "CustomType3")->code,
             ppdFindChoice(ppdFindOption(recordOf(text).get(), "MediaType"), "CustomType3")->code);

@@ -2,6 +2,7 @@
 #include "BiDi/StoredAnswers.h"
 #include "PrintDialog/Host/QueuePPD.h"
 #include "Tests/Support/CommandQueue.h"
+#include "Tests/Support/DerivedPPD.h"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +29,15 @@ protected:
         EXPECT_NE(ppd, nullptr) << error.value_or("");
         return ppd;
     }
-    static std::string title(const std::string& choice) { return ppd()->choiceTitle("MediaType", choice); }
+    // What every client shows.
+    static std::string title(const std::string& choice) {
+        const TempFolder folder;
+        const PPDRecord record(ppdOpenFile(folder.write("office.ppd", text()).c_str()));
+        const ppd_choice_t* const found =
+            record != nullptr ? ppdFindChoice(ppdFindOption(record.get(), "MediaType"), choice.c_str())
+                              : nullptr;
+        return found != nullptr ? found->text : "(no choice)";
+    }
     // The PPD as the scheduler gives it to everybody.
     static std::string text() {
         platform::Failure error;

@@ -40,8 +40,7 @@ protected:
     // One application: a dialog that is opened with its settings, looked at, and printed from.
     virtual void visit(const Visit& visit) const;
 
-    // A custom paper is its type, whatever its place, its name or the way to it is; from a published queue,
-    // while the printer has it.
+    // A custom paper is its type, whatever its place, its name or the way to it is.
     void visitOnGoodDays(bool isPublished = false);
     // The names of the last time, with their age; and where there are none, that is said.
     void visitAPrinterThatIsOff();

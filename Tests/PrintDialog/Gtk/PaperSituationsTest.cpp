@@ -103,7 +103,6 @@ void PaperSituations::visitOnGoodDays(bool isPublished) {
         .remembered = "CustomType2",
         .shown = "Ivory 120",
         .prints = "CustomType2"});
-    if (isPublished) return;
     printer.replaceDocument(statusDocument({{"Certificates", "3"}, {"Labels A", "1"}}));
     visit({.name = "removed",
         .remembered = "CustomType2",
