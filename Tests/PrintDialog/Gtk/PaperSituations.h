@@ -48,6 +48,10 @@ protected:
     void visitASlowPrinter();
     // Another job keeps the printer busy, so the question waits behind it.
     void visitABusyPrinter();
+    // No tray has the paper; or the queue's driver has no choice for it.
+    void visitAPrinterWithoutThePaper();
+    // The question is held back, so the names of the last time stay.
+    void visitBeforeALateAnswer();
 
 private:
     // Makes the printer's names titles in the queue's PPD.

@@ -15,6 +15,25 @@
 
 namespace orvan::test {
 
+namespace {
+
+// Two trays, with plain paper and with the paper of type 2.
+std::string documentWithTrays(const NamedPapers& papers) {
+    const std::string trays =
+        "<deviceStatus><printer><inputTrays>"
+        "<tray><name>Tray 1</name><status>OK</status><paperSize>A4</paperSize>"
+        "<paperType>Plain Paper</paperType></tray>"
+        "<tray><name>Tray 2</name><status>Low</status><paperSize>A4</paperSize>"
+        "<paperType>Custom Type 2</paperType></tray>"
+        "</inputTrays><supplies><supply><name>Cyan Toner</name><status>42</status></supply>"
+        "</supplies></printer></deviceStatus>";
+    std::string document = statusDocument(papers);
+    document.insert(document.find("<customPaperTypes>"), trays);
+    return document;
+}
+
+} // namespace
+
 void PaperSituations::SetUp() {
     PrintingSystemOptions options;
     options.folder.extraFilters = {ORVAN_COMMAND_FILTER};
@@ -148,6 +167,32 @@ void PaperSituations::visitABusyPrinter() {
     ASSERT_EQ(desktop_.printing->cancelJob(job), std::nullopt);
 }
 
+void PaperSituations::visitAPrinterWithoutThePaper() {
+    const SimulatedPrinter printer(
+        {"--no-snmp"}, documentWithTrays({{"Certificates", "3"}, {"Ivory", "2"}, {"Gold", "17"}}));
+    addQueue("Office", printer.url());
+    visit({.name = "no-tray",
+        .remembered = "CustomType3",
+        .shown = "Certificates",
+        .says = "No tray holds “Certificates” in ",
+        .prints = "CustomType3"});
+    visit({.name = "no-driver",
+        .shown = "Plain",
+        .picks = "Gold (not known to this queue\u2019s driver)",
+        .says = "Paper Type: Plain"});
+}
+
+void PaperSituations::visitBeforeALateAnswer() {
+    const SimulatedPrinter printer({"--no-snmp"}, statusDocument(kPapers));
+    addQueue("Office", printer.url());
+    visit({.name = "before-late", .shown = "Plain", .picks = "Ivory", .prints = "CustomType2"});
+    ASSERT_EQ(desktop_.printing->holdNewJobs("Office"), std::nullopt);
+    visit({.name = "not-answered-yet",
+        .remembered = "CustomType2",
+        .shown = "Ivory",
+        .says = "; the printer has not answered yet."});
+}
+
 void PaperSituations::publish(const std::string& queue) const {
     const ProgramEnd end = runProgram(
         {ORVAN_PROGRAM, "papers", "-q", queue, "--release", "10.9.0", "--publish"}, desktop_.environment());
@@ -254,17 +299,7 @@ TEST_F(PaperSituations, followThePrinterWhenItAnswersLate) {
 
 // What the printer has told of its trays counts before anything is printed.
 TEST_F(PaperSituations, sayThatNoTrayHoldsThePaper) {
-    const std::string trays =
-        "<deviceStatus><printer><inputTrays>"
-        "<tray><name>Tray 1</name><status>OK</status><paperSize>A4</paperSize>"
-        "<paperType>Plain Paper</paperType></tray>"
-        "<tray><name>Tray 2</name><status>Low</status><paperSize>A4</paperSize>"
-        "<paperType>Custom Type 2</paperType></tray>"
-        "</inputTrays><supplies><supply><name>Cyan Toner</name><status>42</status></supply>"
-        "</supplies></printer></deviceStatus>";
-    std::string document = statusDocument(kPapers);
-    document.insert(document.find("<customPaperTypes>"), trays);
-    const SimulatedPrinter printer({"--no-snmp"}, document);
+    const SimulatedPrinter printer({"--no-snmp"}, documentWithTrays(kPapers));
     addQueue("Office", printer.url());
     const auto body = [&] {
         OpenDialog dialog(Settings{{"printer", "Office"}});

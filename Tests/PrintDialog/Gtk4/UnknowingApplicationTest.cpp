@@ -87,5 +87,13 @@ TEST_F(UnknowingApplication, saysThatThePrinterIsBusy) {
     visitABusyPrinter();
 }
 
+TEST_F(UnknowingApplication, saysWhatThePrinterDoesNotHave) {
+    visitAPrinterWithoutThePaper();
+}
+
+TEST_F(UnknowingApplication, hasTheStoredNamesWhileThePrinterWasNotAsked) {
+    visitBeforeALateAnswer();
+}
+
 } // namespace
 } // namespace orvan::test
